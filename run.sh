@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# ./run.sh demo | test | asan | bench
+# Installs what a fresh machine lacks (apt-get, as root), builds, and runs the chosen task.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev
+          libbenchmark-dev clang-format libexpat1-dev libpugixml-dev)
+
+install_missing() {
+  local missing=()
+  for p in "${PACKAGES[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+  done
+  if ((${#missing[@]})); then
+    echo "Installing: ${missing[*]}"
+    local sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    $sudo apt-get update -qq || true
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
+  fi
+}
+
+jobs=2
+build() { # build <dir> <cmake args...>
+  local dir=$1; shift
+  cmake -S . -B "$dir" "$@" >/dev/null
+  cmake --build "$dir" -j"$jobs"
+}
+
+task=${1:-}
+case "$task" in
+  demo)
+    install_missing
+    build build -DCMAKE_BUILD_TYPE=Release
+    ./build/example_demo
+    ;;
+  test)
+    install_missing
+    build build -DCMAKE_BUILD_TYPE=Release
+    ctest --test-dir build --output-on-failure -j"$jobs"
+    ;;
+  asan)
+    install_missing
+    build build-asan -DCMAKE_BUILD_TYPE=Debug -DLORVANE_SANITIZE=ON
+    ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1 \
+      ctest --test-dir build-asan --output-on-failure -j"$jobs"
+    ;;
+  bench)
+    install_missing
+    build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
+    for b in build-bench/bench/bench_*; do
+      [ -x "$b" ] && "$b" "${@:2}"
+    done
+    ;;
+  *)
+    echo "usage: ./run.sh demo | test | asan | bench" >&2
+    exit 2
+    ;;
+esac

@@ -1,0 +1,88 @@
+// UTF-8 and UTF-16 transcoding with replacement of ill-formed input.
+#include "platform/Utf.h"
+
+namespace lorvane::utf {
+
+namespace {
+constexpr bool IsContinuation(Byte B) noexcept { return (B & 0xC0) == 0x80; }
+} // namespace
+
+char32_t DecodeUTF8(const Byte* AText, std::size_t AAvailable, int& AUsed) noexcept {
+  const Byte Lead = AText[0];
+  AUsed = 1;
+  if (Lead < 0x80)
+    return Lead;
+  const int Length = SequenceLength(Lead);
+  if (Length == 1)
+    return ReplacementChar;
+  // The second byte has a narrower range after E0, ED, F0 and F4 (no overlongs, no surrogates,
+  // nothing above U+10FFFF).
+  Byte Low = 0x80, High = 0xBF;
+  if (Lead == 0xE0)
+    Low = 0xA0;
+  else if (Lead == 0xED)
+    High = 0x9F;
+  else if (Lead == 0xF0)
+    Low = 0x90;
+  else if (Lead == 0xF4)
+    High = 0x8F;
+  char32_t Code = Lead & (0x7F >> Length);
+  for (int I = 1; I < Length; ++I) {
+    if (static_cast<std::size_t>(I) >= AAvailable)
+      return ReplacementChar;
+    const Byte B = AText[I];
+    if (I == 1 ? (B < Low || B > High) : !IsContinuation(B))
+      return ReplacementChar;
+    Code = (Code << 6) | (B & 0x3F);
+    AUsed = I + 1;
+  }
+  return Code;
+}
+
+void AppendUTF8AsUTF16(std::u16string& AOut, const Byte* AText, std::size_t ALength) {
+  const std::size_t Start = AOut.size();
+  AOut.resize(Start + ALength); // never more units than bytes
+  char16_t* Out = AOut.data() + Start;
+  std::size_t I = 0;
+  while (I < ALength) {
+    if (AText[I] < 0x80) {
+      *Out++ = AText[I++];
+      continue;
+    }
+    int Used;
+    const char32_t Code = DecodeUTF8(AText + I, ALength - I, Used);
+    Out += EncodeUTF16(Code, Out);
+    I += Used;
+  }
+  AOut.resize(static_cast<std::size_t>(Out - AOut.data()));
+}
+
+void AppendUTF16AsUTF8(std::string& AOut, const char16_t* AText, std::size_t ALength) {
+  AOut.reserve(AOut.size() + ALength);
+  for (std::size_t I = 0; I < ALength; ++I) {
+    char32_t Code = AText[I];
+    if (Code < 0x80) {
+      AOut += static_cast<char>(Code);
+      continue;
+    }
+    if (Code >= 0xD800 && Code <= 0xDFFF) {
+      if (Code <= 0xDBFF && I + 1 < ALength && AText[I + 1] >= 0xDC00 && AText[I + 1] <= 0xDFFF)
+        Code = 0x10000 + ((Code - 0xD800) << 10) + (AText[++I] - 0xDC00);
+      else
+        Code = ReplacementChar;
+    }
+    if (Code < 0x800) {
+      AOut += static_cast<char>(0xC0 | (Code >> 6));
+    } else if (Code < 0x10000) {
+      AOut += static_cast<char>(0xE0 | (Code >> 12));
+      AOut += static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+    } else {
+      AOut += static_cast<char>(0xF0 | (Code >> 18));
+      AOut += static_cast<char>(0x80 | ((Code >> 12) & 0x3F));
+      AOut += static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+    }
+    AOut += static_cast<char>(0x80 | (Code & 0x3F));
+  }
+}
+
+} // namespace lorvane::utf
