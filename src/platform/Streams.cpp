@@ -10,7 +10,8 @@
 
 namespace lorvane {
 
-// --- TStream --------------------------------------------------------------------------------------
+// --- TStream
+// --------------------------------------------------------------------------------------
 Int64 TStream::GetSize() {
   const Int64 Position = Seek(0, soCurrent);
   const Int64 Size = Seek(0, soEnd);
@@ -59,7 +60,8 @@ Int64 TStream::CopyFrom(TStream* ASource, Int64 ACount) {
   return ACount;
 }
 
-// --- TMemoryStream --------------------------------------------------------------------------------
+// --- TMemoryStream
+// --------------------------------------------------------------------------------
 Int64 TMemoryStream::Read(void* ABuffer, Int64 ACount) {
   const Int64 Count = std::max<Int64>(0, std::min(ACount, FSize - FPosition));
   if (Count > 0)
@@ -124,7 +126,8 @@ void TMemoryStream::SaveToFile(const TFileName& AFileName) {
   SaveToStream(File.get());
 }
 
-// --- TFileStream ----------------------------------------------------------------------------------
+// --- TFileStream
+// ----------------------------------------------------------------------------------
 TFileStream::TFileStream(const TFileName& AFileName, Word AMode) : FFileName(AFileName) {
   const std::string Path = StringToUTF8(AFileName);
   if (AMode == fmCreate || (AMode & 0xFF00) == fmCreate) {

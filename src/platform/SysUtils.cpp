@@ -13,7 +13,8 @@ namespace lorvane {
 
 TFormatSettings FormatSettings;
 
-// --- exceptions -----------------------------------------------------------------------------------
+// --- exceptions
+// -----------------------------------------------------------------------------------
 Exception::Exception(UnicodeString AMessage)
     : FMessage(std::move(AMessage)), FWhat(StringToUTF8(FMessage)) {}
 
@@ -30,7 +31,8 @@ void Assert(bool ACondition, std::u16string_view AMessage) {
     throw EAssertionFailed(UnicodeString(AMessage));
 }
 
-// --- UTF-8 and UTF-16 -----------------------------------------------------------------------------
+// --- UTF-8 and UTF-16
+// -----------------------------------------------------------------------------
 UnicodeString UTF8ToString(std::string_view AUTF8) {
   UnicodeString Result;
   utf::AppendUTF8AsUTF16(Result, reinterpret_cast<const Byte*>(AUTF8.data()), AUTF8.size());
@@ -47,7 +49,8 @@ UnicodeString AsciiToString(std::string_view AText) {
   return UnicodeString(AText.begin(), AText.end());
 }
 
-// --- Format ---------------------------------------------------------------------------------------
+// --- Format
+// ---------------------------------------------------------------------------------------
 namespace {
 
 [[noreturn]] void RaiseFormatError(std::u16string_view AFormat) {
@@ -56,8 +59,8 @@ namespace {
 }
 
 void AppendPadded(UnicodeString& AOut, std::u16string_view AText, int AWidth, bool ALeft) {
-  const int Pad = AWidth > static_cast<int>(AText.size()) ? AWidth - static_cast<int>(AText.size())
-                                                          : 0;
+  const int Pad =
+      AWidth > static_cast<int>(AText.size()) ? AWidth - static_cast<int>(AText.size()) : 0;
   if (!ALeft)
     AOut.append(Pad, u' ');
   AOut.append(AText);
@@ -137,9 +140,9 @@ UnicodeString Format(std::u16string_view AFormat, const TVarRec* AArgs, Integer 
     case u'd':
     case u'u':
       if (Arg.Kind() == K::vtInteger)
-        Text = IntToStr(Type == u'u' ? static_cast<Int64>(static_cast<UInt64>(Arg.AsInt()) &
-                                                          0xFFFFFFFFull)
-                                     : Arg.AsInt());
+        Text = IntToStr(Type == u'u'
+                            ? static_cast<Int64>(static_cast<UInt64>(Arg.AsInt()) & 0xFFFFFFFFull)
+                            : Arg.AsInt());
       else if (Arg.Kind() == K::vtUnsigned)
         Text = UIntToStr(Arg.AsUInt());
       else
@@ -162,7 +165,9 @@ UnicodeString Format(std::u16string_view AFormat, const TVarRec* AArgs, Integer 
     case u'g':
       if (Arg.Kind() == K::vtExtended)
         Text = FormatFloatSpec(Type, Arg.AsFloat(),
-                               Precision < 0 ? (Type == u'g' ? 15 : Type == u'e' ? 14 : 2)
+                               Precision < 0 ? (Type == u'g'   ? 15
+                                                : Type == u'e' ? 14
+                                                               : 2)
                                              : Precision);
       else
         RaiseFormatError(AFormat);
@@ -196,7 +201,8 @@ UnicodeString Format(std::u16string_view AFormat, TFormatArgs AArgs) {
   return Format(AFormat, AArgs.begin(), static_cast<Integer>(AArgs.size()) - 1);
 }
 
-// --- numbers --------------------------------------------------------------------------------------
+// --- numbers
+// --------------------------------------------------------------------------------------
 UnicodeString IntToStr(Int64 AValue) {
   char Buffer[24];
   auto End = std::to_chars(Buffer, Buffer + sizeof Buffer, AValue).ptr;
@@ -286,8 +292,7 @@ bool TryStrToInt64(std::u16string_view AText, Int64& AValue) noexcept {
 }
 bool TryStrToUInt64(std::u16string_view AText, UInt64& AValue) noexcept {
   bool Negative;
-  return ParseInteger(AText, std::numeric_limits<UInt64>::max(), 0, Negative, AValue) &&
-         !Negative;
+  return ParseInteger(AText, std::numeric_limits<UInt64>::max(), 0, Negative, AValue) && !Negative;
 }
 
 Integer StrToInt(std::u16string_view AText) {
@@ -475,7 +480,8 @@ bool StrToBool(std::u16string_view AText) {
   return Value;
 }
 
-// --- text helpers ---------------------------------------------------------------------------------
+// --- text helpers
+// ---------------------------------------------------------------------------------
 UnicodeString Trim(std::u16string_view AText) {
   std::size_t Begin = 0, End = AText.size();
   while (Begin < End && AText[Begin] <= u' ')

@@ -11,7 +11,8 @@
 
 namespace lorvane {
 
-// --- format arguments -----------------------------------------------------------------------------
+// --- format arguments
+// -----------------------------------------------------------------------------
 /// One argument of Format: an integer, a float, a character or a text.
 class TVarRec {
 public:
@@ -59,7 +60,8 @@ using TFormatArgs = std::initializer_list<TVarRec>;
 UnicodeString Format(std::u16string_view AFormat, TFormatArgs AArgs);
 UnicodeString Format(std::u16string_view AFormat, const TVarRec* AArgs, Integer AArgsHigh);
 
-// --- exceptions -----------------------------------------------------------------------------------
+// --- exceptions
+// -----------------------------------------------------------------------------------
 /// Root of all failures; what() gives the message as UTF-8.
 class Exception : public std::exception {
 public:
@@ -111,7 +113,8 @@ LX_EXCEPTION_CLASS(EVariantInvalidArgError, EVariantError);
 /// Raises EAssertionFailed with AMessage when ACondition is false: misuse by a caller.
 void Assert(bool ACondition, std::u16string_view AMessage = u"Assertion failed");
 
-// --- format settings ------------------------------------------------------------------------------
+// --- format settings
+// ------------------------------------------------------------------------------
 /// Stands for the system's regional settings; process-wide, to be set once at start (tests set
 /// the decimal separator to ',' to play a system with decimal commas).
 struct TFormatSettings {
@@ -122,14 +125,16 @@ struct TFormatSettings {
 };
 extern TFormatSettings FormatSettings;
 
-// --- UTF-8 and UTF-16 -----------------------------------------------------------------------------
+// --- UTF-8 and UTF-16
+// -----------------------------------------------------------------------------
 /// Ill-formed input becomes U+FFFD; nothing raises.
 UnicodeString UTF8ToString(std::string_view AUTF8);
 std::string StringToUTF8(std::u16string_view AText);
 /// ASCII text to UTF-16, for literals and messages written in plain char.
 UnicodeString AsciiToString(std::string_view AText);
 
-// --- numbers to text and back ---------------------------------------------------------------------
+// --- numbers to text and back
+// ---------------------------------------------------------------------
 UnicodeString IntToStr(Int64 AValue);
 UnicodeString UIntToStr(UInt64 AValue);
 UnicodeString IntToHex(UInt64 AValue, Integer ADigits);
@@ -159,7 +164,8 @@ UnicodeString BoolToStr(bool AValue, bool AUseBoolStrs = false);
 bool StrToBool(std::u16string_view AText);
 bool TryStrToBool(std::u16string_view AText, bool& AValue) noexcept;
 
-// --- text helpers ---------------------------------------------------------------------------------
+// --- text helpers
+// ---------------------------------------------------------------------------------
 /// Takes off leading and trailing characters up to U+0020.
 UnicodeString Trim(std::u16string_view AText);
 UnicodeString TrimLeft(std::u16string_view AText);

@@ -13,7 +13,8 @@
 
 namespace lorvane {
 
-// --- scalar types ---------------------------------------------------------------------------------
+// --- scalar types
+// ---------------------------------------------------------------------------------
 using Byte = std::uint8_t;
 using ShortInt = std::int8_t;
 using Word = std::uint16_t;
@@ -36,7 +37,8 @@ constexpr HRESULT S_OK = 0;
 constexpr HRESULT S_FALSE = 1;
 constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002u);
 
-// --- text -----------------------------------------------------------------------------------------
+// --- text
+// -----------------------------------------------------------------------------------------
 using WideChar = char16_t;
 using AnsiChar = char;
 /// UTF-16 text; an empty and a missing string are the same thing.
@@ -48,7 +50,8 @@ using RawByteString = std::string;
 using AnsiString = std::string;
 using UTF8String = std::string;
 
-// --- classes and metaclasses ----------------------------------------------------------------------
+// --- classes and metaclasses
+// ----------------------------------------------------------------------
 class TObject;
 
 /// One record per class: its name, its parent and, when the class can be made without
@@ -142,7 +145,8 @@ struct TFreeDeleter {
 };
 template <class T> using TOwned = std::unique_ptr<T, TFreeDeleter>;
 
-// --- interfaces -----------------------------------------------------------------------------------
+// --- interfaces
+// -----------------------------------------------------------------------------------
 struct TGUID {
   std::uint32_t D1;
   std::uint16_t D2;
@@ -252,7 +256,8 @@ template <class I, class J> bool Supports(const IPtr<J>& AIntf, IPtr<I>& AResult
   return Supports(AIntf.Get(), AResult);
 }
 
-// --- sets -----------------------------------------------------------------------------------------
+// --- sets
+// -----------------------------------------------------------------------------------------
 /// A set over the ordinals of an enumeration (at most 256 of them).
 template <class E, std::size_t N = 256> class TSet {
 public:

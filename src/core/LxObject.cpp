@@ -1,0 +1,40 @@
+// The counted base object and the readers' base exception.
+#include "lorvane/core/LxObject.h"
+
+namespace lorvane {
+
+void TLxObject::AfterConstruction() { FRefCount.fetch_sub(1, std::memory_order_release); }
+
+HRESULT TLxObject::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxObject::IID) {
+    *AObj = static_cast<ILxObject*>(this);
+  } else if (AIID == IInterface::IID) {
+    *AObj = static_cast<IInterface*>(this);
+  } else {
+    *AObj = nullptr;
+    return E_NOINTERFACE;
+  }
+  _AddRef();
+  return S_OK;
+}
+
+Integer TLxObject::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }
+
+Integer TLxObject::_Release() {
+  const Integer Count = FRefCount.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (Count == 0 && GetAutoDestroy())
+    Free();
+  return Count;
+}
+
+ELxException::ELxException(const UnicodeString& AMessage, Integer AErrorCode)
+    : Exception(AMessage), FErrorCode(AErrorCode) {}
+
+ELxException::ELxException(std::u16string_view AFormat, const TVarRec* AArgs, Integer AArgsHigh,
+                           Integer AErrorCode)
+    : Exception(Format(AFormat, AArgs, AArgsHigh)), FErrorCode(AErrorCode) {}
+
+ELxException::ELxException(std::u16string_view AFormat, TFormatArgs AArgs, Integer AErrorCode)
+    : Exception(Format(AFormat, AArgs)), FErrorCode(AErrorCode) {}
+
+} // namespace lorvane

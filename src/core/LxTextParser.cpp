@@ -1,0 +1,721 @@
+// The character cursor: source window, per-character-set operation variants, marks, selection.
+#include "lorvane/core/LxTextParser.h"
+
+#include "lorvane/platform/CodePages.h"
+#include "platform/Utf.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace lorvane {
+
+namespace {
+
+constexpr WideChar NoChar[3] = {0, 0, 0};
+constexpr Byte NoByte[1] = {0};
+constexpr std::ptrdiff_t BlockSize = 64 * 1024;
+// The longest character of any character set, in bytes; the window keeps this much before the
+// cursor so that tpPrev and PrevCharW can still be read.
+constexpr std::ptrdiff_t LongestChar = 4;
+
+inline WideChar LoadUnit(const Byte* AAt) noexcept {
+  WideChar Unit;
+  std::memcpy(&Unit, AAt, sizeof Unit);
+  return Unit;
+}
+
+constexpr bool IsHighSurrogate(WideChar C) noexcept { return C >= 0xD800 && C <= 0xDBFF; }
+constexpr bool IsLowSurrogate(WideChar C) noexcept { return C >= 0xDC00 && C <= 0xDFFF; }
+
+[[noreturn]] void RaiseBadSkipOperator(TLxTextParserSkipOp AOperator) {
+  throw EArgumentOutOfRangeException(u"Skip operator %d is not supported here",
+                                     {static_cast<int>(AOperator)});
+}
+
+} // namespace
+
+// --- construction
+// ---------------------------------------------------------------------------------
+TLxTextParser::TLxTextParser(TStream* ASourceStream, bool AStreamOwner, Word AStreamCodePage)
+    : FStream(ASourceStream), FStreamOwner(AStreamOwner), FSourceDone(ASourceStream == nullptr),
+      FStreamStart(ASourceStream ? ASourceStream->GetPosition() : 0) {
+  InitSource(AStreamCodePage);
+}
+
+TLxTextParser::TLxTextParser(const void* AAddress, Int64 ASize, Word ACodePage)
+    : FData(static_cast<const Byte*>(AAddress)), FCur(FData), FEnd(FData + (FData ? ASize : 0)) {
+  InitSource(ACodePage);
+}
+
+void TLxTextParser::InitSource(Word ACodePage) {
+  SetContentCodePage(ACodePage);
+  SetCharacterSetType(ACodePage == CP_UTF16LE ? csWide : ACodePage == CP_UTF8 ? csUTF8 : csAnsi);
+}
+
+TLxTextParser::~TLxTextParser() {
+  if (FStreamOwner)
+    lorvane::Free(FStream);
+}
+
+void TLxTextParser::SetCharacterSetType(TLxCharacterSetType ACharSet) {
+  FCharSet = ACharSet;
+  FUnitSize = ACharSet == csWide ? 2 : 1;
+  auto Fill = [this]<TLxCharacterSetType CS>() {
+    FRawCurrByte = &TLxTextParser::RawCurrByteT<CS>;
+    FRawCurrWide = &TLxTextParser::RawCurrWideT<CS>;
+    FCurrChar = &TLxTextParser::CurrCharT<CS>;
+    FReadChar = &TLxTextParser::ReadCharT<CS>;
+    FPeekChar = &TLxTextParser::PeekCharT<CS>;
+    FMoveNext = &TLxTextParser::MoveNextT<CS>;
+    FSkipSet = &TLxTextParser::SkipSetT<CS>;
+    FCurrCharA = &TLxTextParser::CurrCharAT<CS>;
+    FCurrCharW = &TLxTextParser::CurrCharWT<CS>;
+  };
+  switch (ACharSet) {
+  case csAnsi:
+    Fill.operator()<csAnsi>();
+    break;
+  case csWide:
+    Fill.operator()<csWide>();
+    break;
+  case csUTF8:
+    Fill.operator()<csUTF8>();
+    break;
+  }
+}
+
+void TLxTextParser::SetContentCodePage(Word ACodePage) {
+  FContentCodePage = ACodePage;
+  FAnsiTable = SingleByteTable(ACodePage);
+}
+
+// --- source window
+// --------------------------------------------------------------------------------
+Int64 TLxTextParser::OldestKeptOffset() const noexcept {
+  Int64 Keep = std::max(FDataOffset, Offset(FCur) - LongestChar);
+  for (TLxTextParserPos Mark : FMarks)
+    if (Mark != 0)
+      Keep = std::min(Keep, Mark - 1);
+  return std::max(Keep, FDataOffset);
+}
+
+bool TLxTextParser::Refill() {
+  if (FSourceDone)
+    return false;
+  const Int64 CursorOffset = Offset(FCur);
+  // Lines and columns are counted from the window, so count before any text drops out.
+  CountLinesUpTo(CursorOffset);
+  const Int64 Keep = OldestKeptOffset();
+  const std::size_t Drop = static_cast<std::size_t>(Keep - FDataOffset);
+  const std::size_t Kept = static_cast<std::size_t>(FEnd - FData) - Drop;
+  if (Drop > 0 && Kept > 0)
+    std::memmove(FBuffer.data(), FBuffer.data() + Drop, Kept);
+  FDataOffset = Keep;
+  // Keep the buffer at least twice what must stay, so that moving the kept text costs no more
+  // than reading the text that follows it.
+  const std::size_t Wanted = std::max<std::size_t>(BlockSize, Kept);
+  if (FBuffer.size() - Kept < Wanted)
+    FBuffer.resize(std::max(FBuffer.size() * 2, Kept + Wanted));
+  const Int64 Got = FStream->Read(FBuffer.data() + Kept, static_cast<Int64>(FBuffer.size() - Kept));
+  FData = FBuffer.data();
+  FEnd = FData + Kept + std::max<Int64>(Got, 0);
+  FCur = PtrAt(CursorOffset);
+  if (Got <= 0) {
+    FSourceDone = true;
+    return false;
+  }
+  return true;
+}
+
+bool TLxTextParser::EnsureAhead(std::ptrdiff_t ACount) {
+  while (FEnd - FCur < ACount)
+    if (!Refill())
+      return false;
+  return true;
+}
+
+void TLxTextParser::First() {
+  FMarks[0] = FMarks[1] = FMarks[2] = 0;
+  FCountedOffset = 0;
+  FLineNr = 1;
+  FColNr = 1;
+  FAfterCR = false;
+  if (FDataOffset == 0) {
+    FCur = FData;
+    return;
+  }
+  if (FStream->Seek(FStreamStart, soBeginning) != FStreamStart)
+    throw EReadError(u"The stream can't return to the start of the text");
+  FDataOffset = 0;
+  FData = FCur = FEnd = FBuffer.data();
+  FSourceDone = false;
+}
+
+void TLxTextParser::Last() {
+  for (;;) {
+    FCur = FEnd;
+    if (!Refill())
+      break;
+  }
+  if (FCharSet == csWide && (Offset(FEnd) & 1))
+    FCur = FEnd - 1;
+}
+
+// --- characters
+// -----------------------------------------------------------------------------------
+template <TLxCharacterSetType CS>
+std::size_t TLxTextParser::CharLengthAt(const Byte* AChar) const noexcept {
+  if constexpr (CS == csAnsi) {
+    return 1;
+  } else if constexpr (CS == csWide) {
+    return 2;
+  } else {
+    if (*AChar < 0x80)
+      return 1;
+    int Used;
+    utf::DecodeUTF8(AChar, static_cast<std::size_t>(FEnd - AChar), Used);
+    return static_cast<std::size_t>(Used);
+  }
+}
+
+template <TLxCharacterSetType CS>
+int TLxTextParser::DecodeAt(const Byte* AChar, WideChar* AOut) const noexcept {
+  if constexpr (CS == csAnsi) {
+    AOut[0] = FAnsiTable ? FAnsiTable[*AChar] : (*AChar < 0x80 ? *AChar : 0xFFFD);
+    return 1;
+  } else if constexpr (CS == csWide) {
+    AOut[0] = LoadUnit(AChar);
+    if (IsHighSurrogate(AOut[0]) && FEnd - AChar >= 4 && IsLowSurrogate(LoadUnit(AChar + 2))) {
+      AOut[1] = LoadUnit(AChar + 2);
+      return 2;
+    }
+    return 1;
+  } else {
+    if (*AChar < 0x80) {
+      AOut[0] = *AChar;
+      return 1;
+    }
+    int Used;
+    return utf::EncodeUTF16(utf::DecodeUTF8(AChar, static_cast<std::size_t>(FEnd - AChar), Used),
+                            AOut);
+  }
+}
+
+template <TLxCharacterSetType CS> const Byte* TLxTextParser::RawCurrByteT() {
+  return FEnd - FCur >= FUnitSize || EnsureAhead(FUnitSize) ? FCur : NoByte;
+}
+
+template <TLxCharacterSetType CS> const WideChar* TLxTextParser::RawCurrWideT() {
+  if constexpr (CS == csWide)
+    return FEnd - FCur >= 2 || EnsureAhead(2) ? reinterpret_cast<const WideChar*>(FCur) : NoChar;
+  else
+    return CurrCharT<CS>();
+}
+
+template <TLxCharacterSetType CS> const WideChar* TLxTextParser::CurrCharT() {
+  if (FEnd - FCur < FUnitSize && !EnsureAhead(FUnitSize))
+    return NoChar;
+  if constexpr (CS == csWide) {
+    if (!FStream)
+      return reinterpret_cast<const WideChar*>(FCur);
+  }
+  if constexpr (CS != csAnsi) {
+    if (FEnd - FCur < LongestChar)
+      EnsureAhead(LongestChar);
+  }
+  FCharBuffer[DecodeAt<CS>(FCur, FCharBuffer)] = 0;
+  return FCharBuffer;
+}
+
+template <TLxCharacterSetType CS> const WideChar* TLxTextParser::ReadCharT() {
+  const WideChar* Result = CurrCharT<CS>();
+  if (FEnd - FCur >= FUnitSize)
+    FCur += CharLengthAt<CS>(FCur);
+  return Result;
+}
+
+template <TLxCharacterSetType CS> const WideChar* TLxTextParser::PeekCharT() {
+  if (FEnd - FCur < 2 * LongestChar)
+    EnsureAhead(2 * LongestChar);
+  if (FEnd - FCur < FUnitSize)
+    return NoChar;
+  const Byte* Next = FCur + CharLengthAt<CS>(FCur);
+  if (FEnd - Next < FUnitSize)
+    return NoChar;
+  FPeekBuffer[DecodeAt<CS>(Next, FPeekBuffer)] = 0;
+  return FPeekBuffer;
+}
+
+template <TLxCharacterSetType CS> void TLxTextParser::MoveNextT() {
+  if (FEnd - FCur < FUnitSize && !EnsureAhead(FUnitSize))
+    RaiseEOF();
+  if constexpr (CS == csUTF8) {
+    if (*FCur >= 0x80 && FEnd - FCur < LongestChar)
+      EnsureAhead(LongestChar);
+  }
+  FCur += CharLengthAt<CS>(FCur);
+}
+
+template <TLxCharacterSetType CS> Byte TLxTextParser::CurrCharAT() {
+  if (FEnd - FCur < FUnitSize && !EnsureAhead(FUnitSize))
+    return 0;
+  if constexpr (CS == csWide) {
+    const WideChar Unit = LoadUnit(FCur);
+    return Unit < 0x100 ? static_cast<Byte>(Unit) : 0xFF;
+  } else {
+    return *FCur;
+  }
+}
+
+template <TLxCharacterSetType CS> WideChar TLxTextParser::CurrCharWT() {
+  if (FEnd - FCur < FUnitSize && !EnsureAhead(FUnitSize))
+    return 0;
+  if constexpr (CS == csAnsi) {
+    return FAnsiTable ? FAnsiTable[*FCur] : (*FCur < 0x80 ? *FCur : 0xFFFD);
+  } else if constexpr (CS == csWide) {
+    return LoadUnit(FCur);
+  } else {
+    if (*FCur < 0x80)
+      return *FCur;
+    return CurrCharT<CS>()[0];
+  }
+}
+
+Byte TLxTextParser::ReadCharA() {
+  const Byte Result = CurrCharA();
+  if (FEnd - FCur >= FUnitSize)
+    MoveNext();
+  return Result;
+}
+
+WideChar TLxTextParser::ReadCharW() {
+  const WideChar Result = CurrCharW();
+  if (FEnd - FCur >= FUnitSize)
+    MoveNext();
+  return Result;
+}
+
+template <TLxCharacterSetType CS> Int64 TLxTextParser::PrevOffsetT() const noexcept {
+  const Int64 Cursor = Offset(FCur);
+  if constexpr (CS == csUTF8) {
+    if (FCur == FData)
+      return Cursor;
+    // Back over continuation bytes to the lead byte of the last character.
+    const Byte* P = FCur - 1;
+    for (int Steps = 0; Steps < 3 && P > FData && (*P & 0xC0) == 0x80; ++Steps)
+      --P;
+    return Offset(P);
+  } else {
+    return std::max(FDataOffset, Cursor - FUnitSize);
+  }
+}
+
+WideChar TLxTextParser::PrevCharW() {
+  const Int64 Prev = PlaceOffset(tpPrev);
+  if (Prev == Offset(FCur))
+    return 0;
+  WideChar Buffer[2] = {0, 0};
+  switch (FCharSet) {
+  case csAnsi:
+    DecodeAt<csAnsi>(PtrAt(Prev), Buffer);
+    break;
+  case csWide:
+    DecodeAt<csWide>(PtrAt(Prev), Buffer);
+    break;
+  case csUTF8:
+    DecodeAt<csUTF8>(PtrAt(Prev), Buffer);
+    break;
+  }
+  return Buffer[0];
+}
+
+void TLxTextParser::RaiseEOF() { throw ELxTextParserEOF(u"Unexpected end of the text", 1); }
+
+void TLxTextParser::CheckEOF() {
+  if (_GetEOF())
+    RaiseEOF();
+}
+
+void TLxTextParser::SkipChars(Integer ACount) {
+  for (Integer I = 0; I < ACount; ++I)
+    MoveNext();
+}
+
+template <TLxCharacterSetType CS> UnicodeString TLxTextParser::PeekStringT(Integer ACount) {
+  UnicodeString Result;
+  if (ACount <= 0)
+    return Result;
+  EnsureAhead(static_cast<std::ptrdiff_t>(ACount) * (CS == csUTF8 ? LongestChar : FUnitSize));
+  Result.reserve(static_cast<std::size_t>(ACount));
+  WideChar Buffer[2];
+  const Byte* P = FCur;
+  for (Integer I = 0; I < ACount && FEnd - P >= FUnitSize; ++I) {
+    Result.append(Buffer, static_cast<std::size_t>(DecodeAt<CS>(P, Buffer)));
+    P += CharLengthAt<CS>(P);
+  }
+  return Result;
+}
+
+UnicodeString TLxTextParser::PeekString(Integer ACount) {
+  switch (FCharSet) {
+  case csAnsi:
+    return PeekStringT<csAnsi>(ACount);
+  case csWide:
+    return PeekStringT<csWide>(ACount);
+  default:
+    return PeekStringT<csUTF8>(ACount);
+  }
+}
+
+// --- skips
+// ----------------------------------------------------------------------------------------
+template <class TPredicate> void TLxTextParser::SkipBytes(TPredicate APredicate) {
+  for (;;) {
+    const Byte* P = FCur;
+    const Byte* const End = FEnd;
+    while (P < End && APredicate(*P))
+      ++P;
+    FCur = P;
+    if (P < End || !Refill())
+      return;
+  }
+}
+
+void TLxTextParser::SrcASkipWhileA(TLxTextParserSkipOp AOperator, AnsiChar AChar) {
+  const Byte Char = static_cast<Byte>(AChar);
+  switch (AOperator) {
+  case spEqual:
+    SkipBytes([Char](Byte B) { return B == Char; });
+    break;
+  case spNotEqual:
+    for (;;) {
+      const void* Found =
+          FEnd > FCur ? std::memchr(FCur, Char, static_cast<std::size_t>(FEnd - FCur)) : nullptr;
+      if (Found) {
+        FCur = static_cast<const Byte*>(Found);
+        return;
+      }
+      FCur = FEnd;
+      if (!Refill())
+        return;
+    }
+  case spLessEqual:
+    SkipBytes([Char](Byte B) { return B <= Char; });
+    break;
+  default:
+    RaiseBadSkipOperator(AOperator);
+  }
+}
+
+void TLxTextParser::SrcUSkipWhileA(TLxTextParserSkipOp AOperator, AnsiChar AChar) {
+  // Byte comparison is exact for ASCII: no byte of a multi-byte sequence is below 0x80.
+  if (static_cast<Byte>(AChar) < 0x80)
+    SrcASkipWhileA(AOperator, AChar);
+  else
+    SkipUTF8Decoded(AOperator, static_cast<Byte>(AChar));
+}
+
+void TLxTextParser::SkipUTF8Decoded(TLxTextParserSkipOp AOperator, char32_t AChar) {
+  if (AOperator != spEqual && AOperator != spNotEqual && AOperator != spLessEqual)
+    RaiseBadSkipOperator(AOperator);
+  while (!_GetEOF()) {
+    if (FEnd - FCur < LongestChar)
+      EnsureAhead(LongestChar);
+    int Used;
+    const char32_t Code = utf::DecodeUTF8(FCur, static_cast<std::size_t>(FEnd - FCur), Used);
+    const bool GoOn = AOperator == spEqual      ? Code == AChar
+                      : AOperator == spNotEqual ? Code != AChar
+                                                : Code <= AChar;
+    if (!GoOn)
+      return;
+    FCur += Used;
+  }
+}
+
+void TLxTextParser::SkipWideNotEqual(WideChar AChar) {
+  for (;;) {
+    const Byte* P = FCur;
+    const Byte* const End = FEnd;
+#if defined(__SSE2__)
+    const __m128i Needle = _mm_set1_epi16(static_cast<short>(AChar));
+    while (End - P >= 16) {
+      const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(P));
+      const int Hits = _mm_movemask_epi8(_mm_cmpeq_epi16(Block, Needle));
+      if (Hits) {
+        FCur = P + __builtin_ctz(static_cast<unsigned>(Hits));
+        return;
+      }
+      P += 16;
+    }
+#endif
+    while (End - P >= 2) {
+      if (LoadUnit(P) == AChar) {
+        FCur = P;
+        return;
+      }
+      P += 2;
+    }
+    FCur = P;
+    if (!Refill())
+      return;
+  }
+}
+
+void TLxTextParser::SrcWSkipWhileW(TLxTextParserSkipOp AOperator, WideChar AChar) {
+  auto SkipUnits = [this](auto APredicate) {
+    for (;;) {
+      const Byte* P = FCur;
+      const Byte* const End = FEnd;
+      while (End - P >= 2 && APredicate(LoadUnit(P)))
+        P += 2;
+      FCur = P;
+      if (End - P >= 2 || !Refill())
+        return;
+    }
+  };
+  switch (AOperator) {
+  case spEqual:
+    SkipUnits([AChar](WideChar C) { return C == AChar; });
+    break;
+  case spNotEqual:
+    SkipWideNotEqual(AChar);
+    break;
+  case spLessEqual:
+    SkipUnits([AChar](WideChar C) { return C <= AChar; });
+    break;
+  default:
+    RaiseBadSkipOperator(AOperator);
+  }
+}
+
+void TLxTextParser::SkipWhile(TLxTextParserSkipOp AOperator, WideChar AChar) {
+  switch (FCharSet) {
+  case csWide:
+    SrcWSkipWhileW(AOperator, AChar);
+    break;
+  case csUTF8:
+    if (AChar < 0x80)
+      SrcASkipWhileA(AOperator, static_cast<AnsiChar>(AChar));
+    else
+      SkipUTF8Decoded(AOperator, AChar);
+    break;
+  case csAnsi:
+    if (AChar < 0x100) {
+      SrcASkipWhileA(AOperator, static_cast<AnsiChar>(AChar));
+    } else {
+      // No byte equals a character above U+00FF, and every byte lies below it.
+      if (AOperator != spEqual && AOperator != spNotEqual && AOperator != spLessEqual)
+        RaiseBadSkipOperator(AOperator);
+      if (AOperator != spEqual)
+        SkipBytes([](Byte) { return true; });
+    }
+    break;
+  }
+}
+
+template <TLxCharacterSetType CS>
+void TLxTextParser::SkipSetT(TLxTextParserSkipOp AOperator, const TLxCharSet& ASet) {
+  if (AOperator != spInSet && AOperator != spNotInSet)
+    RaiseBadSkipOperator(AOperator);
+  const bool Inside = AOperator == spInSet;
+  if constexpr (CS == csAnsi) {
+    SkipBytes([&ASet, Inside](Byte B) { return ASet.Contains(B) == Inside; });
+  } else if constexpr (CS == csWide) {
+    for (;;) {
+      const Byte* P = FCur;
+      const Byte* const End = FEnd;
+      while (End - P >= 2 && ASet.Contains(LoadUnit(P)) == Inside)
+        P += 2;
+      FCur = P;
+      if (End - P >= 2 || !Refill())
+        return;
+    }
+  } else {
+    for (;;) {
+      const Byte* P = FCur;
+      const Byte* const End = FEnd;
+      bool NeedMore = false;
+      while (P < End) {
+        if (*P < 0x80) {
+          if (ASet.Contains(*P) != Inside)
+            break;
+          ++P;
+          continue;
+        }
+        // A character from U+0080 on: decode it; only U+0080..U+00FF can be in a set.
+        if (End - P < LongestChar && !FSourceDone) {
+          NeedMore = true;
+          break;
+        }
+        int Used;
+        const char32_t Code = utf::DecodeUTF8(P, static_cast<std::size_t>(End - P), Used);
+        if (ASet.Contains(Code) != Inside)
+          break;
+        P += Used;
+      }
+      FCur = P;
+      if (P < End && !NeedMore)
+        return;
+      if (!Refill() && !NeedMore)
+        return;
+    }
+  }
+}
+
+// --- lines and columns
+// ----------------------------------------------------------------------------
+template <TLxCharacterSetType CS>
+void TLxTextParser::CountLinesT(const Byte* AFrom, const Byte* ATo) {
+  Integer Line = FLineNr, Col = FColNr;
+  bool AfterCR = FAfterCR;
+  const std::ptrdiff_t Step = CS == csWide ? 2 : 1;
+  for (const Byte* P = AFrom; ATo - P >= Step; P += Step) {
+    const unsigned C = CS == csWide ? LoadUnit(P) : *P;
+    if (C == '\n') {
+      if (!AfterCR)
+        ++Line, Col = 1;
+      AfterCR = false;
+    } else if (C == '\r') {
+      ++Line, Col = 1;
+      AfterCR = true;
+    } else {
+      AfterCR = false;
+      // Continuation bytes and low surrogates belong to the character before them.
+      if (CS == csUTF8 ? (C & 0xC0) != 0x80 : !(CS == csWide && IsLowSurrogate(C)))
+        ++Col;
+    }
+  }
+  FLineNr = Line;
+  FColNr = Col;
+  FAfterCR = AfterCR;
+}
+
+void TLxTextParser::CountLinesUpTo(Int64 AOffset) {
+  if (AOffset <= FCountedOffset)
+    return;
+  const Byte* From = PtrAt(FCountedOffset);
+  const Byte* To = PtrAt(AOffset);
+  switch (FCharSet) {
+  case csAnsi:
+    CountLinesT<csAnsi>(From, To);
+    break;
+  case csWide:
+    CountLinesT<csWide>(From, To);
+    break;
+  case csUTF8:
+    CountLinesT<csUTF8>(From, To);
+    break;
+  }
+  FCountedOffset = AOffset;
+}
+
+Integer TLxTextParser::GetLineNr() {
+  CountLinesUpTo(Offset(FCur));
+  return FLineNr;
+}
+
+Integer TLxTextParser::GetColNr() {
+  CountLinesUpTo(Offset(FCur));
+  return FColNr;
+}
+
+// --- marks and selection
+// --------------------------------------------------------------------------
+void TLxTextParser::SetMark(TLxTextParserPosType AMark) {
+  if (AMark < tpMark1)
+    throw EArgumentOutOfRangeException(u"Only the marks can be set or cleared");
+  FMarks[AMark - tpMark1] = Offset(FCur) + 1;
+}
+
+void TLxTextParser::ClearMark(TLxTextParserPosType AMark) {
+  if (AMark < tpMark1)
+    throw EArgumentOutOfRangeException(u"Only the marks can be set or cleared");
+  FMarks[AMark - tpMark1] = 0;
+}
+
+Int64 TLxTextParser::PlaceOffset(TLxTextParserPosType APlace) {
+  switch (APlace) {
+  case tpPrev:
+    switch (FCharSet) {
+    case csAnsi:
+      return PrevOffsetT<csAnsi>();
+    case csWide:
+      return PrevOffsetT<csWide>();
+    default:
+      return PrevOffsetT<csUTF8>();
+    }
+  case tpCurrent:
+    return Offset(FCur);
+  case tpNext:
+    if (FEnd - FCur < 2 * LongestChar)
+      EnsureAhead(2 * LongestChar);
+    if (FEnd - FCur < FUnitSize)
+      return Offset(FCur);
+    switch (FCharSet) {
+    case csAnsi:
+      return Offset(FCur + CharLengthAt<csAnsi>(FCur));
+    case csWide:
+      return Offset(FCur + CharLengthAt<csWide>(FCur));
+    default:
+      return Offset(FCur + CharLengthAt<csUTF8>(FCur));
+    }
+  default:
+    return FMarks[APlace - tpMark1] - 1;
+  }
+}
+
+TLxTextParserPos TLxTextParser::GetPos(TLxTextParserPosType APlace) {
+  return APlace >= tpMark1 ? FMarks[APlace - tpMark1] : PlaceOffset(APlace) + 1;
+}
+
+UnicodeString TLxTextParser::Decode(const Byte* AFrom, std::size_t ALength) const {
+  UnicodeString Result;
+  switch (FCharSet) {
+  case csWide:
+    Result.resize(ALength / 2);
+    std::memcpy(Result.data(), AFrom, Result.size() * 2);
+    break;
+  case csUTF8:
+    utf::AppendUTF8AsUTF16(Result, AFrom, ALength);
+    break;
+  case csAnsi:
+    if (FAnsiTable) {
+      Result.resize(ALength);
+      for (std::size_t I = 0; I < ALength; ++I)
+        Result[I] = FAnsiTable[AFrom[I]];
+    } else {
+      Result = CodePageToUnicode(AFrom, ALength, FContentCodePage);
+    }
+    break;
+  }
+  return Result;
+}
+
+UnicodeString TLxTextParser::Selected(TLxTextParserPosType AFrom, TLxTextParserPosType ATo,
+                                      bool AClearMark) {
+  const TLxTextParserPos From = GetPos(AFrom), To = GetPos(ATo);
+  UnicodeString Result;
+  if (From != 0 && To > From)
+    Result = Decode(PtrAt(From - 1), static_cast<std::size_t>(To - From));
+  if (AClearMark && AFrom >= tpMark1)
+    FMarks[AFrom - tpMark1] = 0;
+  return Result;
+}
+
+RawByteString TLxTextParser::SelectedA(TLxTextParserPosType AFrom, TLxTextParserPosType ATo,
+                                       bool AClearMark) {
+  const TLxTextParserPos From = GetPos(AFrom), To = GetPos(ATo);
+  RawByteString Result;
+  if (From != 0 && To > From)
+    Result.assign(reinterpret_cast<const char*>(PtrAt(From - 1)),
+                  static_cast<std::size_t>(To - From));
+  if (AClearMark && AFrom >= tpMark1)
+    FMarks[AFrom - tpMark1] = 0;
+  return Result;
+}
+
+} // namespace lorvane

@@ -1,0 +1,13 @@
+# Checks SOURCE compiles as it is and fails to compile with -DDELETE.
+foreach(variant ok fail)
+  set(flags -std=c++20 -fsyntax-only -x c++ -I${INCLUDE})
+  if(variant STREQUAL fail)
+    list(APPEND flags -DDELETE)
+  endif()
+  execute_process(COMMAND ${CXX} ${flags} ${SOURCE} RESULT_VARIABLE rc OUTPUT_QUIET ERROR_QUIET)
+  if(variant STREQUAL ok AND rc)
+    message(FATAL_ERROR "${SOURCE} doesn't compile even without the failing line")
+  elseif(variant STREQUAL fail AND NOT rc)
+    message(FATAL_ERROR "${SOURCE} compiles with the line that must fail")
+  endif()
+endforeach()
