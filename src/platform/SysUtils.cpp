@@ -229,22 +229,16 @@ UnicodeString IntToHex(UInt64 AValue, Integer ADigits) {
 
 namespace {
 
-// Integer text: leading blanks, an optional sign, then decimal digits, or hexadecimal behind
-// '$', "0x" or "x". Magnitudes are checked against the target's range with the sign applied.
+// Integer text: an optional sign, then decimal digits, or hexadecimal digits behind '$'.
+// Magnitudes are checked against the target's range with the sign applied.
 bool ParseInteger(std::u16string_view AText, UInt64 ALimitPositive, UInt64 ALimitNegative,
                   bool& ANegative, UInt64& AMagnitude) noexcept {
   std::size_t I = 0;
-  while (I < AText.size() && AText[I] == u' ')
-    ++I;
   ANegative = false;
   if (I < AText.size() && (AText[I] == u'-' || AText[I] == u'+'))
     ANegative = AText[I++] == u'-';
   unsigned Base = 10;
   if (I < AText.size() && AText[I] == u'$')
-    Base = 16, ++I;
-  else if (I + 1 < AText.size() && AText[I] == u'0' && (AText[I + 1] | 0x20) == u'x')
-    Base = 16, I += 2;
-  else if (I < AText.size() && (AText[I] | 0x20) == u'x')
     Base = 16, ++I;
   if (I == AText.size())
     return false;

@@ -138,8 +138,8 @@ UnicodeString AsciiToString(std::string_view AText);
 UnicodeString IntToStr(Int64 AValue);
 UnicodeString UIntToStr(UInt64 AValue);
 UnicodeString IntToHex(UInt64 AValue, Integer ADigits);
-/// Decimal digits with an optional sign, or hexadecimal behind '$' (or "0x"); surrounding blanks
-/// are allowed. Anything else, the empty text too, raises EConvertError.
+/// Decimal digits with an optional sign, or hexadecimal digits behind '$'. Anything else, blanks
+/// and the empty text too, raises EConvertError "'%s' is not a valid integer value".
 Integer StrToInt(std::u16string_view AText);
 Int64 StrToInt64(std::u16string_view AText);
 Integer StrToIntDef(std::u16string_view AText, Integer ADefault) noexcept;
