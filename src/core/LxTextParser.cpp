@@ -74,6 +74,7 @@ void TLxTextParser::SetCharacterSetType(TLxCharacterSetType ACharSet) {
     FSkipSet = &TLxTextParser::SkipSetT<CS>;
     FCurrCharA = &TLxTextParser::CurrCharAT<CS>;
     FCurrCharW = &TLxTextParser::CurrCharWT<CS>;
+    FReadCharW = &TLxTextParser::ReadCharWT<CS>;
   };
   switch (ACharSet) {
   case csAnsi:
@@ -292,11 +293,25 @@ Byte TLxTextParser::ReadCharA() {
   return Result;
 }
 
-WideChar TLxTextParser::ReadCharW() {
-  const WideChar Result = CurrCharW();
-  if (FEnd - FCur >= FUnitSize)
-    MoveNext();
-  return Result;
+template <TLxCharacterSetType CS> WideChar TLxTextParser::ReadCharWT() {
+  if constexpr (CS == csAnsi) {
+    if (FEnd - FCur < 1 && !EnsureAhead(1))
+      return 0;
+    const Byte B = *FCur++;
+    return FAnsiTable ? FAnsiTable[B] : (B < 0x80 ? B : 0xFFFD);
+  } else if constexpr (CS == csWide) {
+    if (FEnd - FCur < 2 && !EnsureAhead(2))
+      return 0;
+    const WideChar Unit = LoadUnit(FCur);
+    FCur += 2;
+    return Unit;
+  } else {
+    if (FEnd - FCur < 1 && !EnsureAhead(1))
+      return 0;
+    if (*FCur < 0x80)
+      return *FCur++;
+    return ReadCharT<CS>()[0];
+  }
 }
 
 template <TLxCharacterSetType CS> Int64 TLxTextParser::PrevOffsetT() const noexcept {
@@ -568,30 +583,68 @@ void TLxTextParser::SkipSetT(TLxTextParserSkipOp AOperator, const TLxCharSet& AS
 
 // --- lines and columns
 // ----------------------------------------------------------------------------
+namespace {
+
+// Columns of a run without line ends: characters that start a column (no UTF-8 continuation
+// byte). Plain loops over bytes, so that the compiler vectorizes them.
+Integer CountColumns(const Byte* AFrom, const Byte* ATo, bool AUTF8) noexcept {
+  if (!AUTF8)
+    return static_cast<Integer>(ATo - AFrom);
+  Integer Columns = 0;
+  for (const Byte* P = AFrom; P < ATo; ++P)
+    Columns += (*P & 0xC0) != 0x80;
+  return Columns;
+}
+
+const Byte* FindByte(const Byte* AFrom, const Byte* ATo, Byte AByte) noexcept {
+  const void* Found = AFrom < ATo ? std::memchr(AFrom, AByte, std::size_t(ATo - AFrom)) : nullptr;
+  return Found ? static_cast<const Byte*>(Found) : ATo;
+}
+
+} // namespace
+
 template <TLxCharacterSetType CS>
 void TLxTextParser::CountLinesT(const Byte* AFrom, const Byte* ATo) {
-  Integer Line = FLineNr, Col = FColNr;
-  bool AfterCR = FAfterCR;
-  const std::ptrdiff_t Step = CS == csWide ? 2 : 1;
-  for (const Byte* P = AFrom; ATo - P >= Step; P += Step) {
-    const unsigned C = CS == csWide ? LoadUnit(P) : *P;
-    if (C == '\n') {
-      if (!AfterCR)
-        ++Line, Col = 1;
-      AfterCR = false;
-    } else if (C == '\r') {
-      ++Line, Col = 1;
-      AfterCR = true;
-    } else {
-      AfterCR = false;
-      // Continuation bytes and low surrogates belong to the character before them.
-      if (CS == csUTF8 ? (C & 0xC0) != 0x80 : !(CS == csWide && IsLowSurrogate(C)))
-        ++Col;
+  // This walk covers every byte of a stream source once, so byte sources hop from line end to
+  // line end with memchr.
+  if constexpr (CS != csWide) {
+    const Byte* LineStart = AFrom;
+    const Byte* NextLF = FindByte(AFrom, ATo, '\n');
+    const Byte* NextCR = FindByte(AFrom, ATo, '\r');
+    for (;;) {
+      const Byte* Break = std::min(NextLF, NextCR);
+      if (Break == ATo)
+        break;
+      const bool AfterCR = Break == AFrom ? FAfterCR : Break[-1] == '\r';
+      if (*Break == '\r' || !AfterCR)
+        ++FLineNr;
+      FColNr = 1;
+      LineStart = Break + 1;
+      if (NextLF == Break)
+        NextLF = FindByte(LineStart, ATo, '\n');
+      if (NextCR == Break)
+        NextCR = FindByte(LineStart, ATo, '\r');
+    }
+    FColNr += CountColumns(LineStart, ATo, CS == csUTF8);
+    FAfterCR = ATo > AFrom ? ATo[-1] == '\r' : FAfterCR;
+  } else {
+    for (const Byte* P = AFrom; ATo - P >= 2; P += 2) {
+      const WideChar C = LoadUnit(P);
+      if (C == u'\n') {
+        if (!FAfterCR)
+          ++FLineNr;
+        FColNr = 1;
+        FAfterCR = false;
+      } else if (C == u'\r') {
+        ++FLineNr;
+        FColNr = 1;
+        FAfterCR = true;
+      } else {
+        FAfterCR = false;
+        FColNr += !IsLowSurrogate(C);
+      }
     }
   }
-  FLineNr = Line;
-  FColNr = Col;
-  FAfterCR = AfterCR;
 }
 
 void TLxTextParser::CountLinesUpTo(Int64 AOffset) {

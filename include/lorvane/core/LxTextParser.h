@@ -105,7 +105,7 @@ class TLxTextParser : public TObject {
   /// The current character as one UTF-16 unit (the high surrogate of a supplementary one).
   WideChar CurrCharW() { return (this->*FCurrCharW)(); }
   Byte ReadCharA();
-  WideChar ReadCharW();
+  WideChar ReadCharW() { return (this->*FReadCharW)(); }
   /// The character just before the cursor; NUL at the start.
   WideChar PrevCharW();
   void NextChar() { MoveNext(); }
@@ -164,6 +164,7 @@ private:
   template <TLxCharacterSetType CS> void SkipSetT(TLxTextParserSkipOp, const TLxCharSet&);
   template <TLxCharacterSetType CS> Byte CurrCharAT();
   template <TLxCharacterSetType CS> WideChar CurrCharWT();
+  template <TLxCharacterSetType CS> WideChar ReadCharWT();
   template <TLxCharacterSetType CS> UnicodeString PeekStringT(Integer ACount);
   template <TLxCharacterSetType CS> Int64 PrevOffsetT() const noexcept;
   template <TLxCharacterSetType CS> void CountLinesT(const Byte* AFrom, const Byte* ATo);
@@ -222,6 +223,7 @@ private:
   TSkipSetSlot FSkipSet = nullptr;
   TCharASlot FCurrCharA = nullptr;
   TCharWSlot FCurrCharW = nullptr;
+  TCharWSlot FReadCharW = nullptr;
 };
 
 } // namespace lorvane
