@@ -69,9 +69,9 @@ void AppendPadded(UnicodeString& AOut, std::u16string_view AText, int AWidth, bo
 }
 
 UnicodeString FormatFloatSpec(char16_t AType, double AValue, int APrecision) {
-  char Spec[8] = {'%', '.', '*', static_cast<char>(AType == u'g' ? 'G' : AType), 0};
+  char Pattern[8] = {'%', '.', '*', static_cast<char>(AType == u'g' ? 'G' : AType), 0};
   char Buffer[400];
-  std::snprintf(Buffer, sizeof Buffer, Spec, APrecision, AValue);
+  std::snprintf(Buffer, sizeof Buffer, Pattern, APrecision, AValue);
   UnicodeString Result = AsciiToString(Buffer);
   for (auto& C : Result)
     if (C == u'.')
