@@ -197,8 +197,7 @@ bool ScanTime(TDateTimeScanner& AScanner, Int64& AMSecs) noexcept {
 
 } // namespace
 
-// --- calendar
-// -------------------------------------------------------------------------------------
+// --- calendar ------------------------------------------------------------------------------------
 bool IsLeapYear(Word AYear) noexcept {
   return AYear % 4 == 0 && (AYear % 100 != 0 || AYear % 400 == 0);
 }
@@ -305,8 +304,7 @@ Word DayOfWeek(TDateTime AValue) noexcept {
   return static_cast<Word>(Weekday < 0 ? Weekday + 7 : Weekday) + 1;
 }
 
-// --- stepping
-// -------------------------------------------------------------------------------------
+// --- stepping ------------------------------------------------------------------------------------
 TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays) noexcept {
   return IncBy(AValue, ANumberOfDays, MSecsPerDayInt);
 }
@@ -323,8 +321,7 @@ TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds) noexcept
   return IncBy(AValue, ANumberOfMilliSeconds, 1);
 }
 
-// --- the present moment and the local zone
-// --------------------------------------------------------
+// --- the present moment and the local zone -------------------------------------------------------
 TDateTime NowUTC() { return FromLinearMSecs(NowLinearMSecs()); }
 
 TDateTime Now() {
@@ -374,8 +371,7 @@ TDateTime LocalToUTC(TDateTime ALocalMoment) {
   return FromLinearMSecs(Int64{UnixSeconds} * 1000 + MSecOfDay % 1000 + UnixEpochMSecs);
 }
 
-// --- text
-// -----------------------------------------------------------------------------------------
+// --- text ----------------------------------------------------------------------------------------
 UnicodeString DateTimeToStr(TDateTime AValue) {
   UnicodeString Result;
   Result.reserve(19);

@@ -233,7 +233,7 @@ TEST(DateText, TextReadsBackAndBadTextRaises) {
   for (const char16_t* Bad : {u"", u"abc", u"2024-02-30", u"2024-03-05T10:00", u"12:61", u"24:00",
                               u"2024-03-05 10", u"10:00 x"}) {
     ExpectRaises<EConvertError>([&] { StrToDateTime(Bad); },
-                                u"'" + UnicodeString(Bad) + u"' is not a valid date and time");
+                                Format(u"'%s' is not a valid date and time", {Bad}));
   }
 }
 
@@ -319,7 +319,8 @@ TEST(DateZone, NowAgreesWithNowUTC) {
   const TDateTime Local = Now();
   // The two readings lie a moment apart; a minute leaves room for a slow machine.
   EXPECT_NEAR(Local - UTC, LocalUTCOffsetMinutes(UTC) / MinsPerDay, 1 / MinsPerDay);
-  EXPECT_EQ(Date(), std::trunc(Date().Value));
+  const TDateTime Today = Date();
+  EXPECT_EQ(Today.Value, std::trunc(Today.Value));
   EXPECT_GT(UTC, EncodeDate(2024, 1, 1));
 }
 

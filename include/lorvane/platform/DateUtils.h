@@ -39,8 +39,7 @@ constexpr Integer DateDelta = 693594;
 /// Days between 1899-12-30 and 1970-01-01.
 constexpr Integer UnixDateDelta = 25569;
 
-// --- calendar
-// -------------------------------------------------------------------------------------
+// --- calendar ------------------------------------------------------------------------------------
 bool IsLeapYear(Word AYear) noexcept;
 /// 28 to 31; raises EConvertError "Invalid argument to date encode" for a month outside 1..12.
 Word DaysInAMonth(Word AYear, Word AMonth);
@@ -71,8 +70,7 @@ void DecodeDateTime(TDateTime AValue, Word& AYear, Word& AMonth, Word& ADay, Wor
 /// 1 for Sunday to 7 for Saturday.
 Word DayOfWeek(TDateTime AValue) noexcept;
 
-// --- stepping
-// -------------------------------------------------------------------------------------
+// --- stepping ------------------------------------------------------------------------------------
 /// Moves the moment along the time line, across midnight and across 1899-12-30 alike; the result
 /// is kept to the millisecond. A value outside years 1..9999 is moved by plain float arithmetic.
 TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays = 1) noexcept;
@@ -81,7 +79,7 @@ TDateTime IncMinute(TDateTime AValue, Int64 ANumberOfMinutes = 1) noexcept;
 TDateTime IncSecond(TDateTime AValue, Int64 ANumberOfSeconds = 1) noexcept;
 TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds = 1) noexcept;
 
-// --- the present moment and the local zone
+// --- the present moment and the local zone -------------------------------------------------------
 // -------------------------------------------------------- The local zone is the C library's: set
 // TZ and call tzset() to change it.
 
@@ -101,8 +99,7 @@ TDateTime UTCToLocal(TDateTime AUTCMoment);
 /// one of the two offsets around the change, which one being the C library's choice.
 TDateTime LocalToUTC(TDateTime ALocalMoment);
 
-// --- text
-// -----------------------------------------------------------------------------------------
+// --- text ----------------------------------------------------------------------------------------
 /// "yyyy-mm-dd hh:nn:ss", the time left out when it is exactly midnight. The separators are
 /// FormatSettings.DateSeparator and TimeSeparator ('-' and ':' unless an application sets others).
 UnicodeString DateTimeToStr(TDateTime AValue);
