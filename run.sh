@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev
-          libbenchmark-dev clang-format libexpat1-dev libpugixml-dev)
+          libbenchmark-dev clang-format tzdata)
 
 install_missing() {
   local missing=()

@@ -1,6 +1,8 @@
 // Variant: storage, conversions between the type codes, arithmetic, comparison and arrays.
 #include "lorvane/platform/Variants.h"
 
+#include "lorvane/platform/CodePages.h"
+
 #include <atomic>
 #include <cfloat>
 #include <cmath>
@@ -114,19 +116,12 @@ bool IsIntegerKind(TKind AKind) noexcept {
          AKind == TKind::Empty;
 }
 
-UnicodeString Latin1ToText(std::string_view ABytes) {
-  UnicodeString Result(ABytes.size(), u'\0');
-  for (std::size_t I = 0; I < ABytes.size(); ++I)
-    Result[I] = static_cast<unsigned char>(ABytes[I]);
-  return Result;
+// A byte string carries no code page of its own: it stands in the process default.
+UnicodeString BytesToText(std::string_view ABytes) {
+  return CodePageToUnicode(ABytes.data(), ABytes.size(), CP_ACP);
 }
 
-RawByteString TextToLatin1(std::u16string_view AText) {
-  RawByteString Result(AText.size(), '\0');
-  for (std::size_t I = 0; I < AText.size(); ++I)
-    Result[I] = AText[I] <= 0xFF ? static_cast<char>(AText[I]) : '?';
-  return Result;
-}
+RawByteString TextToBytes(std::u16string_view AText) { return UnicodeToCodePage(AText, CP_ACP); }
 
 bool IsValidElementType(TVarType AType) noexcept {
   switch (AType) {
@@ -168,7 +163,7 @@ struct VariantAccess {
   // The text of a text kind; bytes are decoded into ABuffer.
   static std::u16string_view TextView(const Variant& AValue, UnicodeString& ABuffer) {
     if (AValue.FType == varString) {
-      ABuffer = Latin1ToText(AValue.FData.Bytes->Value);
+      ABuffer = BytesToText(AValue.FData.Bytes->Value);
       return ABuffer;
     }
     return AValue.FData.Text ? std::u16string_view(AValue.FData.Text->Value)
@@ -890,7 +885,7 @@ Variant VarAsType(const Variant& AValue, TVarType AVarType) {
   case varUString:
     return VA::MakeText(AVarType, ToText(AValue, AVarType));
   case varString:
-    return VA::MakeBytes(TextToLatin1(ToText(AValue, AVarType)));
+    return VA::MakeBytes(TextToBytes(ToText(AValue, AVarType)));
   case varBoolean:
     return Variant(ToBoolean(AValue));
   case varVariant:

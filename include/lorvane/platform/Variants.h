@@ -13,9 +13,8 @@
 ///   "True"/"False", a float FloatToStr, a date DateTimeToStr.
 /// - A number too big for the target raises EVariantOverflowError, "Overflow while converting
 ///   variant of type (Double) into type (Integer)". Floats go to integers rounded half to even.
-/// - A byte string (varString) holds bytes with no code page of its own; as text each byte is
-///   the character of the same number (Latin-1), so bytes survive a trip through text unchanged,
-///   and characters above U+00FF become '?' on the way back.
+/// - A byte string (varString) holds bytes in the process default code page (1252 unless the
+///   application sets another); characters that code page can't hold become '?'.
 /// - Arithmetic: Null in, Null out. Empty is 0 (and "" beside a string); Empty with Empty stays
 ///   Empty. '+' joins two texts; otherwise a text takes part as a Double. Integers stay integers
 ///   (the small ones and Integer give Integer, widening to Int64 when 32 bits overflow; Int64
