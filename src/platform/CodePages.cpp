@@ -360,20 +360,23 @@ private:
   UConverter* FConverter;
 };
 
-UnicodeString IcuToUnicode(const TCodePageEntry& AEntry, const char* ABytes, std::size_t ALength) {
+// Runs one of ICU's two conversion directions over the whole input, growing the output as asked.
+// TConvert is ucnv_toUnicode or ucnv_fromUnicode, which share their shape.
+template <class TResult, class TSource, class TConvert>
+TResult IcuConvert(const TCodePageEntry& AEntry, const TSource* ASource, std::size_t ALength,
+                   std::size_t AFirstGuess, TConvert AConvert) {
+  using TTarget = typename TResult::value_type;
   TConverterLease Lease(AEntry);
-  UnicodeString Result;
-  // One unit per byte covers every page in the table but gb18030's four-byte supplementary
-  // characters (two units for four bytes); the loop grows the buffer if a page ever needs more.
-  Result.resize(ALength + 16);
-  const char* Source = ABytes;
-  const char* SourceLimit = ABytes + ALength;
+  TResult Result;
+  Result.resize(AFirstGuess);
+  const TSource* Source = ASource;
+  const TSource* SourceLimit = ASource + ALength;
   std::size_t Written = 0;
   for (;;) {
-    UChar* Target = Result.data() + Written;
+    TTarget* Target = Result.data() + Written;
     UErrorCode Error = U_ZERO_ERROR;
-    ucnv_toUnicode(Lease.Get(), &Target, Result.data() + Result.size(), &Source, SourceLimit,
-                   nullptr, /*flush=*/true, &Error);
+    AConvert(Lease.Get(), &Target, Result.data() + Result.size(), &Source, SourceLimit, nullptr,
+             /*flush=*/true, &Error);
     Written = static_cast<std::size_t>(Target - Result.data());
     if (Error == U_BUFFER_OVERFLOW_ERROR) {
       Result.resize(Result.size() * 2);
@@ -388,30 +391,15 @@ UnicodeString IcuToUnicode(const TCodePageEntry& AEntry, const char* ABytes, std
   return Result;
 }
 
+UnicodeString IcuToUnicode(const TCodePageEntry& AEntry, const char* ABytes, std::size_t ALength) {
+  // One unit per byte covers every page in the table but gb18030's four-byte supplementary
+  // characters (two units for four bytes); the conversion grows the buffer if a page needs more.
+  return IcuConvert<UnicodeString>(AEntry, ABytes, ALength, ALength + 16, &ucnv_toUnicode);
+}
+
 RawByteString IcuFromUnicode(const TCodePageEntry& AEntry, std::u16string_view AText) {
-  TConverterLease Lease(AEntry);
-  RawByteString Result;
-  Result.resize(AText.size() * AEntry.MaxCharSize + 16);
-  const UChar* Source = AText.data();
-  const UChar* SourceLimit = AText.data() + AText.size();
-  std::size_t Written = 0;
-  for (;;) {
-    char* Target = Result.data() + Written;
-    UErrorCode Error = U_ZERO_ERROR;
-    ucnv_fromUnicode(Lease.Get(), &Target, Result.data() + Result.size(), &Source, SourceLimit,
-                     nullptr, /*flush=*/true, &Error);
-    Written = static_cast<std::size_t>(Target - Result.data());
-    if (Error == U_BUFFER_OVERFLOW_ERROR) {
-      Result.resize(Result.size() * 2);
-      continue;
-    }
-    if (U_FAILURE(Error))
-      throw EEncodingError(u"Code page %d conversion failed: %s",
-                           {static_cast<int>(AEntry.CodePage), u_errorName(Error)});
-    break;
-  }
-  Result.resize(Written);
-  return Result;
+  return IcuConvert<RawByteString>(AEntry, AText.data(), AText.size(),
+                                   AText.size() * AEntry.MaxCharSize + 16, &ucnv_fromUnicode);
 }
 
 // --- single-byte tables

@@ -2,6 +2,8 @@
 // exception.
 #include "lorvane/core/LxObject.h"
 
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 namespace lorvane {
@@ -20,34 +22,28 @@ protected:
   ~TProbe() override = default;
 };
 
-class LxObject : public ::testing::Test {
-protected:
-  void SetUp() override { FLiveBefore = TObject::LiveInstances(); }
-  void TearDown() override { EXPECT_EQ(TObject::LiveInstances(), FLiveBefore) << "leaked"; }
-  Int64 Live() const { return TObject::LiveInstances() - FLiveBefore; }
-  Int64 FLiveBefore = 0;
-};
+using LxObject = test::LiveObjectsTest;
 
 TEST_F(LxObject, InterfaceTakenInsideTheConstructorDoesNotDestroyIt) {
   TProbe* Probe = New<TProbe>();
   EXPECT_EQ(Probe->CountInConstructor, 2) << "1 while constructing, plus the interface";
   EXPECT_EQ(Probe->RefCount(), 0);
-  EXPECT_EQ(Live(), 1);
+  EXPECT_EQ(Alive(), 1);
   Probe->Free();
 }
 
 TEST_F(LxObject, LastReleaseDestroysOnlyWithAutoDestroy) {
   {
     IPtr<ILxObject> Intf(New<TProbe>());
-    EXPECT_EQ(Live(), 1);
+    EXPECT_EQ(Alive(), 1);
   }
-  EXPECT_EQ(Live(), 0) << "AutoDestroy is true after construction";
+  EXPECT_EQ(Alive(), 0) << "AutoDestroy is true after construction";
 
   TProbe* Owned = New<TProbe>();
   Owned->SetAutoDestroy(false);
   Owned->_AddRef();
   EXPECT_EQ(Owned->_Release(), 0);
-  EXPECT_EQ(Live(), 1) << "survives its last release";
+  EXPECT_EQ(Alive(), 1) << "survives its last release";
   Owned->Free();
 }
 
@@ -64,14 +60,14 @@ TEST_F(LxObject, OwnerLettingGoLeavesDestructionToTheLastInterface) {
   Held->SetAutoDestroy(false);
   IPtr<ILxObject> Intf(Held);
   LetGo(Held);
-  EXPECT_EQ(Live(), 1);
+  EXPECT_EQ(Alive(), 1);
   Intf = nullptr;
-  EXPECT_EQ(Live(), 0);
+  EXPECT_EQ(Alive(), 0);
 
   TProbe* Unheld = New<TProbe>();
   Unheld->SetAutoDestroy(false);
   LetGo(Unheld);
-  EXPECT_EQ(Live(), 0);
+  EXPECT_EQ(Alive(), 0);
 }
 
 TEST_F(LxObject, QueryInterfaceLeadsBackToTheImplementor) {

@@ -2,6 +2,8 @@
 #include "lorvane/platform/Classes.h"
 #include "lorvane/platform/SyncObjs.h"
 
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -12,26 +14,9 @@
 namespace lorvane {
 namespace {
 
-template <class E>
-void ExpectRaises(const std::function<void()>& AAction, std::u16string_view AMessage) {
-  try {
-    AAction();
-    ADD_FAILURE() << "nothing raised; expected " << StringToUTF8(AMessage);
-  } catch (const E& Error) {
-    EXPECT_EQ(StringToUTF8(Error.Message()), StringToUTF8(AMessage));
-  }
-}
+using test::ExpectRaises;
 
-/// Fails a test that ends with more or fewer objects alive than it started with.
-class ClassesFixture : public ::testing::Test {
-protected:
-  void SetUp() override { FLiveAtStart = TObject::LiveInstances(); }
-  void TearDown() override { EXPECT_EQ(TObject::LiveInstances(), FLiveAtStart); }
-  Int64 Alive() const { return TObject::LiveInstances() - FLiveAtStart; }
-
-private:
-  Int64 FLiveAtStart = 0;
-};
+using ClassesFixture = test::LiveObjectsTest;
 
 TOwned<TStringList> MakeList(std::initializer_list<std::u16string_view> ALines) {
   TOwned<TStringList> List(New<TStringList>());

@@ -1,6 +1,8 @@
 // Calendar encoding and decoding, stepping, local time zones and date text.
 #include "lorvane/platform/DateUtils.h"
 
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,15 +15,7 @@
 namespace lorvane {
 namespace {
 
-template <class E, class F> void ExpectRaises(F&& AAction, std::u16string_view AMessage) {
-  try {
-    AAction();
-    ADD_FAILURE() << "no exception raised";
-  } catch (const E& Error) {
-    EXPECT_EQ(typeid(Error), typeid(E));
-    EXPECT_EQ(Error.Message(), AMessage);
-  }
-}
+using test::ExpectRaises;
 
 struct TCalendarDate {
   Word Year, Month, Day;

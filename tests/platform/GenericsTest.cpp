@@ -1,6 +1,8 @@
 // Array lists, object lists and dictionaries: index errors, ownership, order and key look-up.
 #include "lorvane/platform/Generics.h"
 
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -10,26 +12,9 @@
 namespace lorvane {
 namespace {
 
-template <class E>
-void ExpectRaises(const std::function<void()>& AAction, std::u16string_view AMessage) {
-  try {
-    AAction();
-    ADD_FAILURE() << "nothing raised; expected " << StringToUTF8(AMessage);
-  } catch (const E& Error) {
-    EXPECT_EQ(StringToUTF8(Error.Message()), StringToUTF8(AMessage));
-  }
-}
+using test::ExpectRaises;
 
-/// Fails a test that ends with more or fewer objects alive than it started with.
-class GenericsFixture : public ::testing::Test {
-protected:
-  void SetUp() override { FLiveAtStart = TObject::LiveInstances(); }
-  void TearDown() override { EXPECT_EQ(TObject::LiveInstances(), FLiveAtStart); }
-  Int64 Alive() const { return TObject::LiveInstances() - FLiveAtStart; }
-
-private:
-  Int64 FLiveAtStart = 0;
-};
+using GenericsFixture = test::LiveObjectsTest;
 
 class TTracked : public TObject {
   LX_CLASS(TTracked, TObject)

@@ -1,6 +1,8 @@
 // Variant: type codes, conversions, arithmetic type rules, comparison and arrays.
 #include "lorvane/platform/Variants.h"
 
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,17 +14,9 @@
 namespace lorvane {
 namespace {
 
-static_assert(sizeof(Variant) == 16, "a Variant is a code and one 8-byte payload");
+using test::ExpectRaises;
 
-template <class E, class F> void ExpectRaises(F&& AAction, std::u16string_view AMessage) {
-  try {
-    AAction();
-    ADD_FAILURE() << "no exception raised";
-  } catch (const E& Error) {
-    EXPECT_EQ(typeid(Error), typeid(E));
-    EXPECT_EQ(Error.Message(), AMessage);
-  }
-}
+static_assert(sizeof(Variant) == 16, "a Variant is a code and one 8-byte payload");
 
 // Type name and text of a value, so that one string pins both.
 std::string Describe(const Variant& AValue) {
