@@ -15,9 +15,10 @@ namespace lorvane::bench {
 class TimeCollector : public ::benchmark::ConsoleReporter {
 public:
   void ReportRuns(const std::vector<Run>& ARuns) override {
+    // With repetitions the median, reported after the single runs, is the one that counts.
     for (const Run& R : ARuns)
-      if (R.run_type == Run::RT_Iteration && !R.error_occurred)
-        Times[R.benchmark_name()] = R.GetAdjustedRealTime();
+      if (!R.error_occurred && (R.run_type == Run::RT_Iteration || R.aggregate_name == "median"))
+        Times[R.run_name.function_name] = R.GetAdjustedRealTime();
     ConsoleReporter::ReportRuns(ARuns);
   }
   std::map<std::string, double> Times;
