@@ -1,0 +1,106 @@
+/// The event readers: TLxSAXReader, the frame that takes text from a stream, a file, a buffer or
+/// a string and runs a format's parse loop, and TLxSAXXMLReader, the XML format.
+#pragma once
+
+#include "lorvane/sax/LxSAXAttributes.h"
+#include "lorvane/sax/LxXMLParser.h"
+
+namespace lorvane {
+
+/// AutoDestroy is false from construction: an owner frees a reader, interface references don't.
+/// The locator reports the line and column where the construct being parsed began once a parse
+/// has ended in ELxTextParserEOF, the parser's own during a parse, and -1 otherwise; GetPosition
+/// gives the parser's byte offset during a parse and -1 outside one.
+class TLxSAXReader : public TLxObject, public ILxSAXLocator, public ILxSAXXMLReader {
+  LX_CLASS(TLxSAXReader, TLxObject)
+  TLxSAXReader();
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+
+  // ILxSAXLocator
+  Integer GetPosition() override;
+  Integer GetLineNr() override;
+  Integer GetColNr() override;
+  LxXMLString GetPublicID() override { return FPublicID; }
+
+  // ILxSAXXMLReader
+  IPtr<ILxSAXLexicalHandler> GetLexicalHandler() override { return FLexicalHandler; }
+  IPtr<ILxSAXContentHandler> GetContentHandler() override { return FContentHandler; }
+  IPtr<ILxSAXErrorHandler> GetErrorHandler() override { return FErrorHandler; }
+  /// The reader has no features: always false.
+  bool GetFeature(const LxXMLString&) override { return false; }
+  /// Always Null.
+  Variant GetProperty(const LxXMLString&) override;
+  void SetLexicalHandler(ILxSAXLexicalHandler* AHandler) override { FLexicalHandler = AHandler; }
+  void SetContentHandler(ILxSAXContentHandler* AHandler) override { FContentHandler = AHandler; }
+  void SetErrorHandler(ILxSAXErrorHandler* AHandler) override { FErrorHandler = AHandler; }
+  void SetFeature(const LxXMLString&, bool) override {}
+  void SetProperty(const LxXMLString&, const Variant&) override {}
+  void ParseStream(TStream* AStream, Word AStreamCodePage,
+                   const LxXMLString& APublicID = LxXMLString()) override;
+  void ParseFile(const TFileName& AFileName, Word AMode,
+                 const LxXMLString& APublicID = LxXMLString()) override;
+  void ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ABufCodePage,
+                   const LxXMLString& APublicID = LxXMLString()) override;
+  void Parse(const LxXMLString& AXML, const LxXMLString& APublicID = LxXMLString()) override;
+  void Parse(const RawByteString& AXML, Word ACodePage,
+             const LxXMLString& APublicID = LxXMLString()) override;
+
+protected:
+  ~TLxSAXReader() override;
+
+  /// Makes the parser of one parse; the reader frees it when the parse ends.
+  virtual TLxTextParser* CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
+                                      Word AStreamCodePage) = 0;
+  /// Runs the format over FParser.
+  virtual void InternalParse() = 0;
+
+  LxXMLString FPublicID;
+  Integer FLineNr = -1;
+  Integer FColNr = -1;
+  bool FUnexpectedEOF = false;
+  TLxTextParser* FParser = nullptr;
+  TLxSAXXMAttributes* FEmptyAttributes = nullptr;
+  IPtr<ILxSAXLexicalHandler> FLexicalHandler;
+  IPtr<ILxSAXContentHandler> FContentHandler;
+  IPtr<ILxSAXErrorHandler> FErrorHandler;
+
+private:
+  void RunParse(TStream* AStream, bool AStreamOwner, bool AReadBOM, Word ACodePage,
+                const LxXMLString& APublicID);
+};
+
+/// The XML format: a tolerant, flat scanner that keeps a depth counter and no stack of open
+/// elements, and delivers names and text exactly as they stand in the source.
+class TLxSAXXMLReader : public TLxSAXReader {
+  LX_CLASS(TLxSAXXMLReader, TLxSAXReader)
+  TLxSAXXMLReader();
+
+  /// Whether a second root element or text behind the root is an error; true by default.
+  bool GetSingleRoot() const noexcept { return FCheckSingleRootElm; }
+  void SetSingleRoot(bool AValue) noexcept { FCheckSingleRootElm = AValue; }
+  TLxSAXNamespaceList* GetNamespaceList() noexcept { return &FNamespaceList; }
+
+protected:
+  ~TLxSAXXMLReader() override = default;
+  TLxTextParser* CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
+                              Word AStreamCodePage) override;
+  void InternalParse() override;
+
+private:
+  void MarkStart();
+  void ParseProcessingInstruction();
+  void ParseComment();
+  void ParseDTD();
+  void ParseCDATA();
+  void ParseCharacters();
+  void ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
+  void ParseElement(Integer& ALevel);
+  void ParseAfterRoot(Integer& ALevel);
+
+  bool FCheckSingleRootElm = true;
+  TLxSAXNamespaceList FNamespaceList;
+  TLxXMLParser* FXMLParser = nullptr; // FParser in its own type
+};
+
+} // namespace lorvane

@@ -1,0 +1,9 @@
+/// XML reading: the event interfaces (LxSAXInterfaces.h), the XML text cursor and the reading
+/// failures (LxXMLParser.h), attribute and namespace lists (LxSAXAttributes.h), the readers
+/// (LxSAXReader.h) and the event component (LxSAXParser.h).
+#pragma once
+
+#include "lorvane/sax/LxSAXAttributes.h"
+#include "lorvane/sax/LxSAXInterfaces.h"
+#include "lorvane/sax/LxSAXReader.h"
+#include "lorvane/sax/LxXMLParser.h"
