@@ -146,6 +146,12 @@ class TLxTextParser : public TObject {
 protected:
   ~TLxTextParser() override;
 
+  /// The raw bytes of the current character, or nil at the end of the text; for derived parsers
+  /// that compare raw characters without a call per comparison.
+  const Byte* RawAt() {
+    return FEnd - FCur >= FUnitSize || EnsureAhead(FUnitSize) ? FCur : nullptr;
+  }
+
 private:
   using TRawByteSlot = const Byte* (TLxTextParser::*)();
   using TRawWideSlot = const WideChar* (TLxTextParser::*)();

@@ -96,7 +96,10 @@ private:
   void ParseCharacters();
   void ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
   void ParseElement(Integer& ALevel);
+  /// One tag, start, empty or end, up to its closing '>'.
+  void ParseTag(Integer& ALevel);
   void ParseAfterRoot(Integer& ALevel);
+  void ParseTextBehindTag();
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;

@@ -117,8 +117,10 @@ protected:
   ~TLxXMLParser() override = default;
 
 private:
-  template <class TChar> bool CheckRaw(TChar ARaw, TChar AExpected, bool ARaise);
   void DecideEncodingFromDeclaration();
+  /// The current character as a message shows it; empty at the end.
+  UnicodeString CurrCharText();
+  [[noreturn]] void RaiseNotWellFormed(WideChar AExpected);
 
   TLxXMLTextParserSkipFunc FSkipWhile = nullptr;
   TLxXMLTextParserCheckFunc FCheckCurrChar = nullptr;

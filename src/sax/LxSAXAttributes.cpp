@@ -1,0 +1,158 @@
+// Attribute lists of one element and the prefix bindings in force while a document is read.
+#include "lorvane/sax/LxSAXAttributes.h"
+
+#include "lorvane/sax/LxSAXReader.h"
+
+namespace lorvane {
+
+// --- TLxSAXXMAttributes
+// ---------------------------------------------------------------------------
+TLxSAXXMAttributes::TLxSAXXMAttributes() { SetAutoDestroy(false); }
+
+TLxSAXXMAttributes::~TLxSAXXMAttributes() { Clear(); }
+
+HRESULT TLxSAXXMAttributes::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxSAXAttributes::IID) {
+    *AObj = static_cast<ILxSAXAttributes*>(this);
+    _AddRef();
+    return S_OK;
+  }
+  return TLxObject::QueryInterface(AIID, AObj);
+}
+
+void TLxSAXXMAttributes::Add(LxXMLString ALocalName, LxXMLString AQName, LxXMLString AURI,
+                             LxXMLString AValue, TLxSAXAttributeType AAttrType) {
+  auto* Attribute =
+      new TLxSAXXMAttribute{FLast,           FCount,    std::move(ALocalName), std::move(AQName),
+                            std::move(AURI), AAttrType, std::move(AValue),     nullptr};
+  if (FLast)
+    FLast->Next = Attribute;
+  else
+    FFirst = Attribute;
+  FLast = Attribute;
+  ++FCount;
+}
+
+void TLxSAXXMAttributes::Clear() {
+  for (PLxSAXXMAttribute Attribute = FFirst; Attribute;) {
+    PLxSAXXMAttribute Next = Attribute->Next;
+    delete Attribute;
+    Attribute = Next;
+  }
+  FFirst = FLast = FCurrent = nullptr;
+  FCount = 0;
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::FindIndex(Integer AIdx) {
+  for (FCurrent = FFirst; FCurrent && FCurrent->Idx != AIdx; FCurrent = FCurrent->Next) {
+  }
+  return FCurrent;
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::FindQName(const LxXMLString& AQName) {
+  for (FCurrent = FFirst; FCurrent && !SameText(FCurrent->QName, AQName);
+       FCurrent = FCurrent->Next) {
+  }
+  return FCurrent;
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::FindName(const LxXMLString& AURI,
+                                               const LxXMLString& ALocalName, bool AAnyURI) {
+  for (FCurrent = FFirst; FCurrent; FCurrent = FCurrent->Next)
+    if (SameText(FCurrent->LocalName, ALocalName) && (AAnyURI || SameText(FCurrent->URI, AURI)))
+      break;
+  return FCurrent;
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::ExistingIndex(Integer AIdx) {
+  if (PLxSAXXMAttribute Found = FindIndex(AIdx))
+    return Found;
+  throw ELxXMLParseError(_cLxXMLListIndexOutOfBounds1, {AIdx}, cLxXMLErrListIndexOutOfBounds);
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::ExistingQName(const LxXMLString& AQName) {
+  if (PLxSAXXMAttribute Found = FindQName(AQName))
+    return Found;
+  throw ELxXMLParseError(_cLxXMLListIndexOutOfBounds2, {AQName}, cLxXMLErrListIndexOutOfBounds);
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::ExistingName(const LxXMLString& AURI,
+                                                   const LxXMLString& ALocalName, bool AAnyURI) {
+  if (PLxSAXXMAttribute Found = FindName(AURI, ALocalName, AAnyURI))
+    return Found;
+  throw ELxXMLParseError(_cLxXMLListIndexOutOfBounds3, {AURI, ALocalName},
+                         cLxXMLErrListIndexOutOfBounds);
+}
+
+PLxSAXXMAttribute TLxSAXXMAttributes::GetAttribute(Integer AIdx) { return ExistingIndex(AIdx); }
+LxXMLString TLxSAXXMAttributes::GetLocalName(Integer AIdx) {
+  return ExistingIndex(AIdx)->LocalName;
+}
+LxXMLString TLxSAXXMAttributes::GetQName(Integer AIdx) { return ExistingIndex(AIdx)->QName; }
+LxXMLString TLxSAXXMAttributes::GetURI(Integer AIdx) { return ExistingIndex(AIdx)->URI; }
+
+Integer TLxSAXXMAttributes::GetIndex(const LxXMLString& AQName) {
+  PLxSAXXMAttribute Found = FindQName(AQName);
+  return Found ? Found->Idx : -1;
+}
+
+Integer TLxSAXXMAttributes::GetIndex(const LxXMLString& AURI, const LxXMLString& ALocalName) {
+  PLxSAXXMAttribute Found = FindName(AURI, ALocalName, /*AAnyURI=*/false);
+  return Found ? Found->Idx : -1;
+}
+
+TLxSAXAttributeType TLxSAXXMAttributes::GetType(Integer AIdx) {
+  return ExistingIndex(AIdx)->AttrType;
+}
+TLxSAXAttributeType TLxSAXXMAttributes::GetType(const LxXMLString& AQName) {
+  return ExistingQName(AQName)->AttrType;
+}
+TLxSAXAttributeType TLxSAXXMAttributes::GetType(const LxXMLString& AURI,
+                                                const LxXMLString& ALocalName) {
+  return ExistingName(AURI, ALocalName, /*AAnyURI=*/false)->AttrType;
+}
+
+LxXMLString TLxSAXXMAttributes::GetValue(Integer AIdx) { return ExistingIndex(AIdx)->Value; }
+LxXMLString TLxSAXXMAttributes::GetValue(const LxXMLString& AQName) {
+  return ExistingQName(AQName)->Value;
+}
+LxXMLString TLxSAXXMAttributes::GetValue(const LxXMLString& AURI, const LxXMLString& ALocalName) {
+  return ExistingName(AURI, ALocalName, /*AAnyURI=*/AURI == u"*")->Value;
+}
+
+// --- TLxSAXNamespaceList
+// --------------------------------------------------------------------------
+void TLxSAXNamespaceList::AddURI(Integer ALevel, const LxXMLString& APrefix,
+                                 const LxXMLString& AURI) {
+  FList.push_back(TLxSAXNamespace{ALevel, APrefix, AURI});
+  if (auto Handler = FOwner->GetContentHandler())
+    Handler->StartPrefixMapping(APrefix, AURI);
+}
+
+PLxSAXNamespace TLxSAXNamespaceList::GetNamespace(const LxXMLString& APrefix) {
+  for (auto It = FList.rbegin(); It != FList.rend(); ++It)
+    if (SameText(It->Prefix, APrefix))
+      return &*It;
+  return nullptr;
+}
+
+LxXMLString TLxSAXNamespaceList::GetURI(const LxXMLString& APrefix) {
+  PLxSAXNamespace Found = GetNamespace(APrefix);
+  return Found ? Found->URI : LxXMLString();
+}
+
+void TLxSAXNamespaceList::RemoveLevel(Integer ALevel) {
+  // The whole list is walked: after a failed parse, bindings of deeper levels can stand below
+  // newer ones of a lower level.
+  for (std::size_t I = FList.size(); I-- > 0;) {
+    if (FList[I].Level < ALevel)
+      continue;
+    if (auto Handler = FOwner->GetContentHandler())
+      Handler->EndPrefixMapping(FList[I].Prefix);
+    FList.erase(FList.begin() + static_cast<std::ptrdiff_t>(I));
+  }
+}
+
+void TLxSAXNamespaceList::Clear() { FList.clear(); }
+
+} // namespace lorvane
