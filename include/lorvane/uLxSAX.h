@@ -3,8 +3,8 @@
 /// (LxSAXReader.h) and the event component (LxSAXParser.h).
 #pragma once
 
-#include "lorvane/uLxCore.h"
 #include "lorvane/sax/LxSAXAttributes.h"
 #include "lorvane/sax/LxSAXInterfaces.h"
 #include "lorvane/sax/LxSAXReader.h"
 #include "lorvane/sax/LxXMLParser.h"
+#include "lorvane/uLxCore.h"
