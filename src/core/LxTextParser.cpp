@@ -1,6 +1,7 @@
 // The character cursor: source window, per-character-set operation variants, marks, selection.
 #include "lorvane/core/LxTextParser.h"
 
+#include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
 #include "platform/Utf.h"
 
@@ -43,6 +44,19 @@ constexpr bool IsLowSurrogate(WideChar C) noexcept { return C >= 0xDC00 && C <= 
 TLxTextParser::TLxTextParser(TStream* ASourceStream, bool AStreamOwner, Word AStreamCodePage)
     : FStream(ASourceStream), FStreamOwner(AStreamOwner), FSourceDone(ASourceStream == nullptr),
       FStreamStart(ASourceStream ? ASourceStream->GetPosition() : 0) {
+  // A stream on memory is read in place: the text is all there already, and copying it block by
+  // block would only cost time.
+  const Byte* Memory = nullptr;
+  if (auto* Own = dynamic_cast<TLxMemoryStream*>(ASourceStream))
+    Memory = Own->Memory();
+  else if (auto* Platform = dynamic_cast<TMemoryStream*>(ASourceStream))
+    Memory = Platform->Memory();
+  if (Memory) {
+    const Int64 Size = std::max<Int64>(ASourceStream->GetSize(), FStreamStart);
+    FData = FCur = Memory + FStreamStart;
+    FEnd = Memory + Size;
+    FSourceDone = true;
+  }
   InitSource(AStreamCodePage);
 }
 

@@ -44,7 +44,9 @@ using TLxTextParserPos = Int64;
 /// column counts characters: bytes in csAnsi, code points in csUTF8 and csWide (a surrogate pair
 /// is one column; a byte that starts no valid UTF-8 sequence is one column).
 ///
-/// Stream sources are read in blocks from the stream's position at construction on. Only the
+/// A memory stream (TLxMemoryStream, TMemoryStream) is read in place, from its position at
+/// construction to its size then; it must not change while the parser lives. Other stream
+/// sources are read in blocks from the stream's position at construction on. Only the
 /// text from the earliest set mark (or from just before the cursor, when no mark is older) on is
 /// kept, so memory is bounded by the longest selection whatever the size of the stream. First
 /// returns to the start: at once while the first block is still held, else by seeking the stream
