@@ -62,10 +62,11 @@ void LxStrToXML(const WideChar* ABuffer, Integer ALength, TLxStringStream* AStre
 ///   "'' is not a valid integer value" for "&#;" or "'$g' is not a valid integer value" for
 ///   "&#xg;".
 /// - a name of HTML 4.01 (the Latin-1, symbol and special sets) or "apos" becomes its
-///   character. The look-up folds a name of at most 8 characters into a 32-bit key (see
-///   FoldEntityName in the sources), so a name that isn't known but folds to a known one's key,
-///   which takes a short name of 4 characters or fewer, gets that entity's character.
-///   Longer names and names of no known key stay as they are: no failure.
+///   character; names are case-sensitive. The look-up is by a 32-bit key, not by name: the low
+///   bytes c0..c7 of a name of at most 8 characters (0 behind its end) give the key bytes
+///   c0+c7, c1+c6, c2+c5, c3+c4 (mod 256). So a name of 4 characters or fewer that isn't in
+///   the table but spells a known name's key, such as "&Ag\u00D7\u00D7;" for Agrave, gets that
+///   entity's character. Names over 8 characters and unknown keys stay as they are: no failure.
 UnicodeString LxXMLToStr(std::u16string_view AValue);
 
 /// The small decoder of single-byte text: the same scan, then only the first character behind
