@@ -155,6 +155,8 @@ bool TLxTextParser::EnsureAhead(std::ptrdiff_t ACount) {
 
 void TLxTextParser::First() {
   FMarks[0] = FMarks[1] = FMarks[2] = 0;
+  FPinOffset = -1;
+  FPinLineNr = FPinColNr = 1;
   FCountedOffset = 0;
   FLineNr = 1;
   FColNr = 1;
@@ -662,6 +664,13 @@ void TLxTextParser::CountLinesT(const Byte* AFrom, const Byte* ATo) {
 }
 
 void TLxTextParser::CountLinesUpTo(Int64 AOffset) {
+  if (FPinOffset >= 0 && FPinOffset <= AOffset) {
+    // The pinned place is passed on the way: keep its line and column.
+    const Int64 Pin = std::exchange(FPinOffset, -1);
+    CountLinesUpTo(Pin);
+    FPinLineNr = FLineNr;
+    FPinColNr = FColNr;
+  }
   if (AOffset <= FCountedOffset)
     return;
   const Byte* From = PtrAt(FCountedOffset);
@@ -678,6 +687,23 @@ void TLxTextParser::CountLinesUpTo(Int64 AOffset) {
     break;
   }
   FCountedOffset = AOffset;
+}
+
+void TLxTextParser::PinLineCol() {
+  FPinOffset = Offset(FCur);
+  if (FPinOffset <= FCountedOffset) {
+    // Lines are counted up to the cursor already: take the count as it stands.
+    FPinOffset = -1;
+    FPinLineNr = FLineNr;
+    FPinColNr = FColNr;
+  }
+}
+
+void TLxTextParser::GetPinnedLineCol(Integer& ALineNr, Integer& AColNr) {
+  if (FPinOffset >= 0)
+    CountLinesUpTo(FPinOffset);
+  ALineNr = FPinLineNr;
+  AColNr = FPinColNr;
 }
 
 Integer TLxTextParser::GetLineNr() {
@@ -739,37 +765,65 @@ TLxTextParserPos TLxTextParser::GetPos(TLxTextParserPosType APlace) {
   return APlace >= tpMark1 ? FMarks[APlace - tpMark1] : PlaceOffset(APlace) + 1;
 }
 
-UnicodeString TLxTextParser::Decode(const Byte* AFrom, std::size_t ALength) const {
-  UnicodeString Result;
+void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
+                               std::size_t ALength) const {
+  // The target keeps its capacity, so that a caller that selects into the same string again and
+  // again allocates only while its texts grow.
   switch (FCharSet) {
   case csWide:
-    Result.resize(ALength / 2);
-    std::memcpy(Result.data(), AFrom, Result.size() * 2);
-    break;
-  case csUTF8:
-    utf::AppendUTF8AsUTF16(Result, AFrom, ALength);
-    break;
+    ATarget.resize(ALength / 2);
+    if (!ATarget.empty())
+      std::memcpy(ATarget.data(), AFrom, ATarget.size() * 2);
+    return;
+  case csUTF8: {
+    // Most selections (names, short values) are ASCII: one widening copy.
+    std::size_t Ascii = 0;
+    for (UInt64 Word8; Ascii + 8 <= ALength; Ascii += 8) {
+      std::memcpy(&Word8, AFrom + Ascii, 8);
+      if (Word8 & 0x8080808080808080ull)
+        break;
+    }
+    while (Ascii < ALength && AFrom[Ascii] < 0x80)
+      ++Ascii;
+    if (Ascii == ALength) {
+      ATarget.resize(ALength);
+      char16_t* Out = ATarget.data();
+      for (std::size_t I = 0; I < ALength; ++I)
+        Out[I] = AFrom[I];
+      return;
+    }
+    ATarget.clear();
+    utf::AppendUTF8AsUTF16(ATarget, AFrom, ALength);
+    return;
+  }
   case csAnsi:
     if (FAnsiTable) {
-      Result.resize(ALength);
+      ATarget.resize(ALength);
+      char16_t* Out = ATarget.data();
       for (std::size_t I = 0; I < ALength; ++I)
-        Result[I] = FAnsiTable[AFrom[I]];
+        Out[I] = FAnsiTable[AFrom[I]];
     } else {
-      Result = CodePageToUnicode(AFrom, ALength, FContentCodePage);
+      ATarget = CodePageToUnicode(AFrom, ALength, FContentCodePage);
     }
-    break;
+    return;
   }
-  return Result;
+}
+
+void TLxTextParser::SelectInto(UnicodeString& ATarget, TLxTextParserPosType AFrom,
+                               TLxTextParserPosType ATo, bool AClearMark) {
+  const TLxTextParserPos From = GetPos(AFrom), To = GetPos(ATo);
+  if (From != 0 && To > From)
+    DecodeInto(ATarget, PtrAt(From - 1), static_cast<std::size_t>(To - From));
+  else
+    ATarget.clear();
+  if (AClearMark && AFrom >= tpMark1)
+    FMarks[AFrom - tpMark1] = 0;
 }
 
 UnicodeString TLxTextParser::Selected(TLxTextParserPosType AFrom, TLxTextParserPosType ATo,
                                       bool AClearMark) {
-  const TLxTextParserPos From = GetPos(AFrom), To = GetPos(ATo);
   UnicodeString Result;
-  if (From != 0 && To > From)
-    Result = Decode(PtrAt(From - 1), static_cast<std::size_t>(To - From));
-  if (AClearMark && AFrom >= tpMark1)
-    FMarks[AFrom - tpMark1] = 0;
+  SelectInto(Result, AFrom, ATo, AClearMark);
   return Result;
 }
 

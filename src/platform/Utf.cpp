@@ -1,6 +1,8 @@
 // UTF-8 and UTF-16 transcoding with replacement of ill-formed input.
 #include "platform/Utf.h"
 
+#include <cstring>
+
 namespace lorvane::utf {
 
 namespace {
@@ -45,6 +47,19 @@ void AppendUTF8AsUTF16(std::u16string& AOut, const Byte* AText, std::size_t ALen
   char16_t* Out = AOut.data() + Start;
   std::size_t I = 0;
   while (I < ALength) {
+    // ASCII runs, eight bytes at a time.
+    while (I + 8 <= ALength) {
+      UInt64 Word8;
+      std::memcpy(&Word8, AText + I, 8);
+      if (Word8 & 0x8080808080808080ull)
+        break;
+      for (int K = 0; K < 8; ++K)
+        Out[K] = AText[I + K];
+      Out += 8;
+      I += 8;
+    }
+    if (I >= ALength)
+      break;
     if (AText[I] < 0x80) {
       *Out++ = AText[I++];
       continue;

@@ -9,7 +9,13 @@ namespace lorvane {
 // ---------------------------------------------------------------------------
 TLxSAXXMAttributes::TLxSAXXMAttributes() { SetAutoDestroy(false); }
 
-TLxSAXXMAttributes::~TLxSAXXMAttributes() { Clear(); }
+TLxSAXXMAttributes::~TLxSAXXMAttributes() {
+  Clear();
+  while (PLxSAXXMAttribute Attribute = FSpare) {
+    FSpare = Attribute->Next;
+    delete Attribute;
+  }
+}
 
 HRESULT TLxSAXXMAttributes::QueryInterface(const TGUID& AIID, void** AObj) {
   if (AIID == ILxSAXAttributes::IID) {
@@ -20,24 +26,39 @@ HRESULT TLxSAXXMAttributes::QueryInterface(const TGUID& AIID, void** AObj) {
   return TLxObject::QueryInterface(AIID, AObj);
 }
 
-void TLxSAXXMAttributes::Add(LxXMLString ALocalName, LxXMLString AQName, LxXMLString AURI,
-                             LxXMLString AValue, TLxSAXAttributeType AAttrType) {
-  auto* Attribute =
-      new TLxSAXXMAttribute{FLast,           FCount,    std::move(ALocalName), std::move(AQName),
-                            std::move(AURI), AAttrType, std::move(AValue),     nullptr};
+PLxSAXXMAttribute TLxSAXXMAttributes::Append() {
+  PLxSAXXMAttribute Attribute = FSpare;
+  if (Attribute)
+    FSpare = Attribute->Next;
+  else
+    Attribute = new TLxSAXXMAttribute;
+  Attribute->Prev = FLast;
+  Attribute->Next = nullptr;
+  Attribute->Idx = FCount;
   if (FLast)
     FLast->Next = Attribute;
   else
     FFirst = Attribute;
   FLast = Attribute;
   ++FCount;
+  return Attribute;
+}
+
+void TLxSAXXMAttributes::Add(LxXMLString ALocalName, LxXMLString AQName, LxXMLString AURI,
+                             LxXMLString AValue, TLxSAXAttributeType AAttrType) {
+  PLxSAXXMAttribute Attribute = Append();
+  Attribute->LocalName = std::move(ALocalName);
+  Attribute->QName = std::move(AQName);
+  Attribute->URI = std::move(AURI);
+  Attribute->AttrType = AAttrType;
+  Attribute->Value = std::move(AValue);
 }
 
 void TLxSAXXMAttributes::Clear() {
-  for (PLxSAXXMAttribute Attribute = FFirst; Attribute;) {
-    PLxSAXXMAttribute Next = Attribute->Next;
-    delete Attribute;
-    Attribute = Next;
+  // Records go to the spare list with their strings' capacity, for the next element.
+  if (FLast) {
+    FLast->Next = FSpare;
+    FSpare = FFirst;
   }
   FFirst = FLast = FCurrent = nullptr;
   FCount = 0;
@@ -136,10 +157,13 @@ PLxSAXNamespace TLxSAXNamespaceList::GetNamespace(const LxXMLString& APrefix) {
   return nullptr;
 }
 
-LxXMLString TLxSAXNamespaceList::GetURI(const LxXMLString& APrefix) {
+const LxXMLString& TLxSAXNamespaceList::URIOf(const LxXMLString& APrefix) {
+  static const LxXMLString None;
   PLxSAXNamespace Found = GetNamespace(APrefix);
-  return Found ? Found->URI : LxXMLString();
+  return Found ? Found->URI : None;
 }
+
+LxXMLString TLxSAXNamespaceList::GetURI(const LxXMLString& APrefix) { return URIOf(APrefix); }
 
 void TLxSAXNamespaceList::RemoveLevel(Integer ALevel) {
   // The whole list is walked: after a failed parse, bindings of deeper levels can stand below

@@ -33,15 +33,26 @@ Integer TLxSAXReader::GetPosition() {
 }
 
 Integer TLxSAXReader::GetLineNr() {
-  if (FUnexpectedEOF)
+  if (FUnexpectedEOF) {
+    TakeStart();
     return FLineNr;
+  }
   return FParser ? FParser->GetLineNr() : -1;
 }
 
 Integer TLxSAXReader::GetColNr() {
-  if (FUnexpectedEOF)
+  if (FUnexpectedEOF) {
+    TakeStart();
     return FColNr;
+  }
   return FParser ? FParser->GetColNr() : -1;
+}
+
+void TLxSAXReader::MarkStart() { FParser->PinLineCol(); }
+
+void TLxSAXReader::TakeStart() {
+  if (FParser)
+    FParser->GetPinnedLineCol(FLineNr, FColNr);
 }
 
 Variant TLxSAXReader::GetProperty(const LxXMLString&) { return Null(); }
@@ -101,15 +112,12 @@ const TLxCharSet TargetEnd{' ', '?'};
 
 TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
 
+TLxSAXXMLReader::~TLxSAXXMLReader() { lorvane::Free(FAttributes); }
+
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
                                              Word AStreamCodePage) {
   FXMLParser = New<TLxXMLParser>(AStream, AStreamOwner, AReadBOM, AStreamCodePage);
   return FXMLParser;
-}
-
-void TLxSAXXMLReader::MarkStart() {
-  FLineNr = FXMLParser->GetLineNr();
-  FColNr = FXMLParser->GetColNr();
 }
 
 void TLxSAXXMLReader::InternalParse() {
@@ -142,7 +150,7 @@ void TLxSAXXMLReader::InternalParse() {
     P->SkipWhile(spLessEqual, P->FSpace);
     P->CheckCurrChar(P->FLt, true);
     while (!P->_GetEOF()) {
-      if (!P->CheckCurrChar(P->FLt, false)) {
+      if (!P->RawEquals(P->FLt)) {
         ParseCharacters();
         continue;
       }
@@ -161,6 +169,7 @@ void TLxSAXXMLReader::InternalParse() {
     }
     FContentHandler->EndDocument();
   } catch (const std::exception& E) {
+    TakeStart();
     FUnexpectedEOF = dynamic_cast<const ELxTextParserEOF*>(&E) != nullptr;
     if (FErrorHandler) {
       const auto* Own = dynamic_cast<const Exception*>(&E);
@@ -180,7 +189,7 @@ void TLxSAXXMLReader::ParseProcessingInstruction() {
   P->SkipSet(spNotInSet, TargetEnd);
   const LxXMLString Target = P->Selected(tpMark1, tpCurrent, true);
   LxXMLString Data;
-  if (P->CheckCurrChar(P->FSpace, false)) {
+  if (P->RawEquals(P->FSpace)) {
     P->SkipWhile(spEqual, P->FSpace);
     P->SetMark(tpMark1);
     P->SkipWhile(spNotEqual, P->FQuest);
@@ -196,7 +205,7 @@ void TLxSAXXMLReader::ParseProcessingInstruction() {
 void TLxSAXXMLReader::ParseComment() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
-  if (P->CheckCurrChar(P->FLt, false))
+  if (P->RawEquals(P->FLt))
     P->NextChar();
   P->CheckCurrChar(P->FExcl, true);
   P->SkipChars(3);
@@ -218,7 +227,7 @@ void TLxSAXXMLReader::ParseComment() {
 void TLxSAXXMLReader::ParseDTD() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
-  if (P->CheckCurrChar(P->FLt, false))
+  if (P->RawEquals(P->FLt))
     P->NextChar();
   P->CheckCurrChar(P->FExcl, true);
   P->NextChar();
@@ -233,9 +242,9 @@ void TLxSAXXMLReader::ParseDTD() {
   Integer Open = 1;
   do {
     P->NextChar();
-    if (P->CheckCurrChar(P->FLt, false))
+    if (P->RawEquals(P->FLt))
       ++Open;
-    else if (P->CheckCurrChar(P->FGt, false) && --Open == 0)
+    else if (P->RawEquals(P->FGt) && --Open == 0)
       break;
   } while (!P->_GetEOF());
   if (FLexicalHandler)
@@ -280,7 +289,7 @@ void TLxSAXXMLReader::ParseCharacters() {
   P->MoveNext();
   if (White)
     P->SkipWhile(spLessEqual, P->FSpace);
-  if (!P->_GetEOF() && !P->CheckCurrChar(P->FLt, false)) {
+  if (!P->_GetEOF() && !P->RawEquals(P->FLt)) {
     White = false;
     P->SkipWhile(spNotEqual, P->FLt);
   }
@@ -289,22 +298,42 @@ void TLxSAXXMLReader::ParseCharacters() {
   else if (P->_GetEOF())
     P->SetMark(tpMark2);
   if (White) {
-    FContentHandler->IgnorableWhitespace(P->Selected(tpMark1, tpCurrent, false));
+    P->SelectInto(FText, tpMark1, tpCurrent, false);
+    FContentHandler->IgnorableWhitespace(FText);
   } else if (P->GetPos(tpMark2) != 0) {
-    FContentHandler->Characters(P->Selected(tpMark1, tpMark2, false));
-    FContentHandler->IgnorableWhitespace(P->Selected(tpMark2, tpCurrent, false));
+    P->SelectInto(FText, tpMark1, tpMark2, false);
+    FContentHandler->Characters(FText);
+    P->SelectInto(FText, tpMark2, tpCurrent, false);
+    FContentHandler->IgnorableWhitespace(FText);
   } else if (P->GetCurPos() != P->GetPos(tpMark1)) {
-    FContentHandler->Characters(P->Selected(tpMark1, tpCurrent, false));
+    P->SelectInto(FText, tpMark1, tpCurrent, false);
+    FContentHandler->Characters(FText);
   }
   P->ClearMark(tpMark1);
   P->ClearMark(tpMark2);
 }
 
+namespace {
+
+// Takes off characters up to U+0020 at both ends, keeping the string's capacity.
+void TrimInPlace(LxXMLString& AText) {
+  std::size_t End = AText.size();
+  while (End > 0 && AText[End - 1] <= u' ')
+    --End;
+  std::size_t Begin = 0;
+  while (Begin < End && AText[Begin] <= u' ')
+    ++Begin;
+  AText.erase(End);
+  AText.erase(0, Begin);
+}
+
+} // namespace
+
 void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer ALevel) {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
   auto RaiseOnTagEnd = [P] {
-    if (P->CheckCurrChar(P->FLt, false) || P->CheckCurrChar(P->FGt, false))
+    if (P->RawEquals(P->FLt) || P->RawEquals(P->FGt))
       throw ELxXMLParseError(_cLxXMLMissingAttribute, cLxXMLErrMissingAttribute);
   };
   for (;;) {
@@ -312,18 +341,23 @@ void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer A
     P->SetMark(tpMark2);
     P->SkipSet(spNotInSet, AttributeNameEnd);
     RaiseOnTagEnd();
-    LxXMLString Prefix, LocalName, QName;
-    if (P->CheckCurrChar(P->FColon, false)) {
-      Prefix = P->Selected(tpMark1, tpCurrent, false);
+    // The record is filled in place: its strings keep their capacity from former elements.
+    PLxSAXXMAttribute A = AAttributes->Append();
+    if (P->RawEquals(P->FColon)) {
+      P->SelectInto(FAttributePrefix, tpMark1, tpCurrent, false);
       P->SkipWhile(spEqual, P->FColon);
       P->SetMark(tpMark1);
       P->SkipSet(spNotInSet, AttributeLocalNameEnd);
       RaiseOnTagEnd();
-      LocalName = Trim(P->Selected(tpMark1, tpCurrent, true));
-      QName = Trim(P->Selected(tpMark2, tpCurrent, true));
+      P->SelectInto(A->LocalName, tpMark1, tpCurrent, true);
+      TrimInPlace(A->LocalName);
+      P->SelectInto(A->QName, tpMark2, tpCurrent, true);
+      TrimInPlace(A->QName);
     } else {
-      LocalName = Trim(P->Selected(tpMark1, tpCurrent, true));
-      QName = LocalName;
+      FAttributePrefix.clear();
+      P->SelectInto(A->LocalName, tpMark1, tpCurrent, true);
+      TrimInPlace(A->LocalName);
+      A->QName = A->LocalName;
       P->ClearMark(tpMark2);
     }
     P->SkipSet(spNotInSet, ValueStart);
@@ -331,19 +365,19 @@ void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer A
     const WideChar Quote = P->ReadChar()[0];
     P->SetMark(tpMark1);
     P->SkipWhile(spNotEqual, Quote);
-    LxXMLString Value = P->Selected(tpMark1, tpCurrent, true);
-    if (QName.size() == 5 && SameText(QName, u"xmlns")) {
-      AAttributes->Add(LocalName, QName, LxXMLString(), Value, TLxSAXAttributeType::CDATA);
-      FNamespaceList.AddURI(ALevel, LxXMLString(), Value);
-    } else if (Prefix.size() == 5 && SameText(Prefix, u"xmlns")) {
-      AAttributes->Add(LocalName, QName, LxXMLString(), Value, TLxSAXAttributeType::CDATA);
-      FNamespaceList.AddURI(ALevel, LocalName, Value);
+    P->SelectInto(A->Value, tpMark1, tpCurrent, true);
+    A->AttrType = TLxSAXAttributeType::CDATA;
+    if (A->QName.size() == 5 && SameText(A->QName, u"xmlns")) {
+      A->URI.clear();
+      FNamespaceList.AddURI(ALevel, LxXMLString(), A->Value);
+    } else if (FAttributePrefix.size() == 5 && SameText(FAttributePrefix, u"xmlns")) {
+      A->URI.clear();
+      FNamespaceList.AddURI(ALevel, A->LocalName, A->Value);
     } else {
-      AAttributes->Add(std::move(LocalName), std::move(QName), FNamespaceList.GetURI(Prefix),
-                       std::move(Value), TLxSAXAttributeType::CDATA);
+      A->URI = FNamespaceList.URIOf(FAttributePrefix);
     }
     P->SkipSet(spInSet, AfterValue);
-    if (P->_GetEOF() || P->CheckCurrChar(P->FGt, false) || P->CheckCurrChar(P->FSlash, false))
+    if (P->_GetEOF() || P->RawEquals(P->FGt) || P->RawEquals(P->FSlash))
       return;
   }
 }
@@ -362,7 +396,7 @@ void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
 
 void TLxSAXXMLReader::ParseTextBehindTag() {
   TLxXMLParser* P = FXMLParser;
-  if (!P->_GetEOF() && !P->CheckCurrChar(P->FLt, false))
+  if (!P->_GetEOF() && !P->RawEquals(P->FLt))
     ParseCharacters();
 }
 
@@ -376,7 +410,7 @@ void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
       P->NextChar();
     if (P->_GetEOF())
       break;
-    if (!P->CheckCurrChar(P->FLt, false)) {
+    if (!P->RawEquals(P->FLt)) {
       if (FCheckSingleRootElm)
         throw ELxXMLParseError(_cLxXMLInvalidTextAtRoot, cLxXMLErrInvalidTextAtRoot);
       ParseCharacters();
@@ -410,49 +444,63 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
   MarkStart();
   P->CheckCurrChar(P->FLt, true);
   P->NextChar();
-  const bool EndTag = P->CheckCurrChar(P->FSlash, false);
+  const bool EndTag = P->RawEquals(P->FSlash);
   if (EndTag)
     P->MoveNext();
   P->CheckValidNameStartChar();
   P->SetMark(tpMark1);
   P->SetMark(tpMark2);
   P->SkipSet(spNotInSet, ElementNameEnd);
-  if (P->CheckCurrChar(P->FLt, false))
+  if (P->RawEquals(P->FLt)) {
+    TakeStart();
     throw ELxXMLParseError(_cLxXMLELMNotClosed, {FLineNr, FColNr}, cLxXMLErrELMNotClosed);
-  LxXMLString Prefix;
-  if (P->CheckCurrChar(P->FColon, false)) {
-    Prefix = P->Selected(tpMark1, tpCurrent, false);
+  }
+  FPrefix.clear();
+  if (P->RawEquals(P->FColon)) {
+    P->SelectInto(FPrefix, tpMark1, tpCurrent, false);
     P->NextChar();
     P->CheckValidNameStartChar();
     P->SetMark(tpMark1);
     P->SkipSet(spNotInSet, LocalNameEnd);
   }
-  const LxXMLString LocalName = P->Selected(tpMark1, tpCurrent, true);
-  const LxXMLString QName = P->Selected(tpMark2, tpCurrent, true);
+  P->SelectInto(FLocalName, tpMark1, tpCurrent, true);
+  P->SelectInto(FQName, tpMark2, tpCurrent, true);
+  const LxXMLString& Prefix = FPrefix;
+  const LxXMLString& LocalName = FLocalName;
+  const LxXMLString& QName = FQName;
   P->SkipWhile(spEqual, P->FSpace);
 
   if (EndTag) {
-    const LxXMLString URI = FNamespaceList.GetURI(Prefix);
+    const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
     P->CheckCurrChar(P->FGt, true);
     FContentHandler->EndElement(URI, LocalName, QName);
     FNamespaceList.RemoveLevel(ALevel);
     --ALevel;
   } else {
     ++ALevel;
-    TOwned<TLxSAXXMAttributes> OwnAttributes;
+    // One list serves every element with attributes: it is valid only during StartElement,
+    // and emptied right after it, also when a handler raises.
+    struct TEmptyAfterUse {
+      TLxSAXXMAttributes* List = nullptr;
+      ~TEmptyAfterUse() {
+        if (List)
+          List->Clear();
+      }
+    } Used;
     TLxSAXXMAttributes* Attributes = FEmptyAttributes;
-    if (!P->CheckCurrChar(P->FSlash, false) && !P->CheckCurrChar(P->FGt, false)) {
-      OwnAttributes.reset(New<TLxSAXXMAttributes>());
-      Attributes = OwnAttributes.get();
+    if (!P->RawEquals(P->FSlash) && !P->RawEquals(P->FGt)) {
+      if (!FAttributes)
+        FAttributes = New<TLxSAXXMAttributes>();
+      Attributes = Used.List = FAttributes;
       ParseAtrributes(Attributes, ALevel);
     }
-    if (P->CheckCurrChar(P->FSlash, false)) {
-      const LxXMLString URI = FNamespaceList.GetURI(Prefix);
+    if (P->RawEquals(P->FSlash)) {
+      const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
       FContentHandler->StartElement(URI, LocalName, QName, Attributes);
       FContentHandler->EndElement(URI, LocalName, QName);
       FNamespaceList.RemoveLevel(ALevel);
       --ALevel;
-    } else if (P->CheckCurrChar(P->FGt, false)) {
+    } else if (P->RawEquals(P->FGt)) {
       FContentHandler->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
     }
   }

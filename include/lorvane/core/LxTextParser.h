@@ -7,6 +7,7 @@
 #include "lorvane/core/LxObject.h"
 #include "lorvane/platform/Streams.h"
 
+#include <cstring>
 #include <vector>
 
 namespace lorvane {
@@ -125,6 +126,12 @@ class TLxTextParser : public TObject {
 
   Integer GetLineNr();
   Integer GetColNr();
+  /// Remembers the cursor's place so that its line and column can be had later, after the cursor
+  /// has moved on (readers pin the start of each construct and ask only when a failure needs
+  /// it). Lines are then counted once, lazily, as for GetLineNr.
+  void PinLineCol();
+  /// The line and column of the place pinned last (1, 1 before any pin).
+  void GetPinnedLineCol(Integer& ALineNr, Integer& AColNr);
   /// The cursor as a byte offset from the start of the text.
   Int64 GetPosition() const noexcept { return Offset(FCur); }
   TLxTextParserPos GetCurPos() const noexcept { return Offset(FCur) + 1; }
@@ -142,6 +149,10 @@ class TLxTextParser : public TObject {
   UnicodeString SelectedW(TLxTextParserPosType AFrom, TLxTextParserPosType ATo, bool AClearMark) {
     return Selected(AFrom, ATo, AClearMark);
   }
+  /// As Selected, into ATarget, whose capacity is reused: a reader that keeps one string per
+  /// token kind allocates only while its texts grow.
+  void SelectInto(UnicodeString& ATarget, TLxTextParserPosType AFrom, TLxTextParserPosType ATo,
+                  bool AClearMark);
   /// The raw source bytes of the selection, unconverted.
   RawByteString SelectedA(TLxTextParserPosType AFrom, TLxTextParserPosType ATo, bool AClearMark);
 
@@ -152,6 +163,20 @@ protected:
   /// that compare raw characters without a call per comparison.
   const Byte* RawAt() {
     return FEnd - FCur >= FUnitSize || EnsureAhead(FUnitSize) ? FCur : nullptr;
+  }
+  /// Whether the raw current character equals the one at ACharPtr, in the width of the source
+  /// (one byte, or one 16-bit unit in csWide); false at the end. The width is fixed for a parse,
+  /// so its test costs nothing that the branch predictor doesn't hide.
+  bool RawEquals(const void* ACharPtr) {
+    const Byte* Raw = RawAt();
+    if (!Raw)
+      return false;
+    if (FUnitSize == 1)
+      return *Raw == *static_cast<const Byte*>(ACharPtr);
+    WideChar Unit, Expected;
+    std::memcpy(&Unit, Raw, sizeof Unit);
+    std::memcpy(&Expected, ACharPtr, sizeof Expected);
+    return Unit == Expected;
   }
 
 private:
@@ -194,7 +219,7 @@ private:
   Int64 PlaceOffset(TLxTextParserPosType APlace);
   void CountLinesUpTo(Int64 AOffset);
   [[noreturn]] void RaiseEOF();
-  UnicodeString Decode(const Byte* AFrom, std::size_t ALength) const;
+  void DecodeInto(UnicodeString& ATarget, const Byte* AFrom, std::size_t ALength) const;
 
   // Source window: FData[0] is byte FDataOffset of the text; FEnd ends what has been read.
   const Byte* FData = nullptr;
@@ -218,6 +243,9 @@ private:
   Integer FLineNr = 1;
   Integer FColNr = 1;
   bool FAfterCR = false;
+  Int64 FPinOffset = -1; // a pinned place not counted yet
+  Integer FPinLineNr = 1;
+  Integer FPinColNr = 1;
 
   WideChar FCharBuffer[3] = {0, 0, 0};
   WideChar FPeekBuffer[3] = {0, 0, 0};

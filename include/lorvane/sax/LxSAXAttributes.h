@@ -35,6 +35,10 @@ class TLxSAXXMAttributes : public TLxObject, public ILxSAXAttributes {
   /// Appends a record whose Idx is the count before the call; no test for duplicates.
   void Add(LxXMLString ALocalName, LxXMLString AQName, LxXMLString AURI, LxXMLString AValue,
            TLxSAXAttributeType AAttrType);
+  /// Appends a record and gives it to be filled in: its links and Idx are set, its other fields
+  /// hold whatever a former use left (their capacity is what the reader reuses).
+  PLxSAXXMAttribute Append();
+  /// Takes all records off the list; the list keeps them for reuse until it is destroyed.
   void Clear();
 
 protected:
@@ -46,6 +50,7 @@ protected:
   PLxSAXXMAttribute FCurrent = nullptr;
 
 private:
+  PLxSAXXMAttribute FSpare = nullptr; // records of former uses, linked by Next
   PLxSAXXMAttribute FindIndex(Integer AIdx);
   PLxSAXXMAttribute FindQName(const LxXMLString& AQName);
   PLxSAXXMAttribute FindName(const LxXMLString& AURI, const LxXMLString& ALocalName, bool AAnyURI);
@@ -84,6 +89,8 @@ public:
   PLxSAXNamespace GetNamespace(const LxXMLString& APrefix);
   /// Its URI; empty when there is none.
   LxXMLString GetURI(const LxXMLString& APrefix);
+  /// The same without a copy; valid until the list changes.
+  const LxXMLString& URIOf(const LxXMLString& APrefix);
   /// Ends every binding of ALevel or deeper, newest first, each with EndPrefixMapping.
   void RemoveLevel(Integer ALevel);
   /// Drops all bindings without events.

@@ -65,6 +65,12 @@ protected:
   IPtr<ILxSAXContentHandler> FContentHandler;
   IPtr<ILxSAXErrorHandler> FErrorHandler;
 
+  /// Every parse step starts here: the place where the construct begins. Its line and column go
+  /// to FLineNr and FColNr (TakeStart) only when something asks, which keeps line counting off
+  /// the parse loop.
+  void MarkStart();
+  void TakeStart();
+
 private:
   void RunParse(TStream* AStream, bool AStreamOwner, bool AReadBOM, Word ACodePage,
                 const LxXMLString& APublicID);
@@ -82,13 +88,12 @@ class TLxSAXXMLReader : public TLxSAXReader {
   TLxSAXNamespaceList* GetNamespaceList() noexcept { return &FNamespaceList; }
 
 protected:
-  ~TLxSAXXMLReader() override = default;
+  ~TLxSAXXMLReader() override;
   TLxTextParser* CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
                               Word AStreamCodePage) override;
   void InternalParse() override;
 
 private:
-  void MarkStart();
   void ParseProcessingInstruction();
   void ParseComment();
   void ParseDTD();
@@ -103,7 +108,10 @@ private:
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;
-  TLxXMLParser* FXMLParser = nullptr; // FParser in its own type
+  TLxXMLParser* FXMLParser = nullptr;        // FParser in its own type
+  TLxSAXXMAttributes* FAttributes = nullptr; // the list of the element being started
+  // Token strings reused from tag to tag, so that their memory is allocated once.
+  LxXMLString FPrefix, FLocalName, FQName, FText, FAttributePrefix;
 };
 
 } // namespace lorvane

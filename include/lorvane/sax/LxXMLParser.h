@@ -80,6 +80,8 @@ class TLxXMLParser : public TLxTextParser {
     (this->*FSkipWhile)(AOperator, ACharPtr);
   }
   using TLxTextParser::SkipWhile;
+  /// The comparison of CheckCurrChar without raising, inlined for the reader's loop.
+  using TLxTextParser::RawEquals;
   /// Whether the raw current character equals the delimiter; on a mismatch with ARaise,
   /// ELxXMLParseError code 2 naming the expected character and CurrChar's text (empty at the
   /// end).
