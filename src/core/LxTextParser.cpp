@@ -718,16 +718,8 @@ Integer TLxTextParser::GetColNr() {
 
 // --- marks and selection
 // --------------------------------------------------------------------------
-void TLxTextParser::SetMark(TLxTextParserPosType AMark) {
-  if (AMark < tpMark1)
-    throw EArgumentOutOfRangeException(u"Only the marks can be set or cleared");
-  FMarks[AMark - tpMark1] = Offset(FCur) + 1;
-}
-
-void TLxTextParser::ClearMark(TLxTextParserPosType AMark) {
-  if (AMark < tpMark1)
-    throw EArgumentOutOfRangeException(u"Only the marks can be set or cleared");
-  FMarks[AMark - tpMark1] = 0;
+void TLxTextParser::RaiseNotAMark() {
+  throw EArgumentOutOfRangeException(u"Only the marks can be set or cleared");
 }
 
 Int64 TLxTextParser::PlaceOffset(TLxTextParserPosType APlace) {
@@ -761,10 +753,6 @@ Int64 TLxTextParser::PlaceOffset(TLxTextParserPosType APlace) {
   }
 }
 
-TLxTextParserPos TLxTextParser::GetPos(TLxTextParserPosType APlace) {
-  return APlace >= tpMark1 ? FMarks[APlace - tpMark1] : PlaceOffset(APlace) + 1;
-}
-
 void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
                                std::size_t ALength) const {
   // The target keeps its capacity, so that a caller that selects into the same string again and
@@ -776,24 +764,24 @@ void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
       std::memcpy(ATarget.data(), AFrom, ATarget.size() * 2);
     return;
   case csUTF8: {
-    // Most selections (names, short values) are ASCII: one widening copy.
-    std::size_t Ascii = 0;
-    for (UInt64 Word8; Ascii + 8 <= ALength; Ascii += 8) {
-      std::memcpy(&Word8, AFrom + Ascii, 8);
+    // Most selections (names, short values) are ASCII: widen while checking, in one pass, and
+    // decode properly from the first byte that isn't ASCII.
+    ATarget.resize(ALength);
+    char16_t* Out = ATarget.data();
+    std::size_t I = 0;
+    for (UInt64 Word8; I + 8 <= ALength; I += 8) {
+      std::memcpy(&Word8, AFrom + I, 8);
       if (Word8 & 0x8080808080808080ull)
         break;
+      for (int K = 0; K < 8; ++K)
+        Out[I + K] = AFrom[I + K];
     }
-    while (Ascii < ALength && AFrom[Ascii] < 0x80)
-      ++Ascii;
-    if (Ascii == ALength) {
-      ATarget.resize(ALength);
-      char16_t* Out = ATarget.data();
-      for (std::size_t I = 0; I < ALength; ++I)
-        Out[I] = AFrom[I];
-      return;
+    for (; I < ALength && AFrom[I] < 0x80; ++I)
+      Out[I] = AFrom[I];
+    if (I < ALength) {
+      ATarget.resize(I);
+      utf::AppendUTF8AsUTF16(ATarget, AFrom + I, ALength - I);
     }
-    ATarget.clear();
-    utf::AppendUTF8AsUTF16(ATarget, AFrom, ALength);
     return;
   }
   case csAnsi:

@@ -148,7 +148,8 @@ void TLxSAXXMLReader::InternalParse() {
       P->SkipWhile(spNotEqual, P->FLt);
     }
     P->SkipWhile(spLessEqual, P->FSpace);
-    P->CheckCurrChar(P->FLt, true);
+    if (!P->RawEquals(P->FLt))
+      P->CheckCurrChar(P->FLt, true);
     while (!P->_GetEOF()) {
       if (!P->RawEquals(P->FLt)) {
         ParseCharacters();
@@ -182,7 +183,8 @@ void TLxSAXXMLReader::InternalParse() {
 void TLxSAXXMLReader::ParseProcessingInstruction() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
-  P->CheckCurrChar(P->FLt, true);
+  if (!P->RawEquals(P->FLt))
+    P->CheckCurrChar(P->FLt, true);
   P->NextChar();
   P->NextChar();
   P->SetMark(tpMark1);
@@ -207,7 +209,8 @@ void TLxSAXXMLReader::ParseComment() {
   MarkStart();
   if (P->RawEquals(P->FLt))
     P->NextChar();
-  P->CheckCurrChar(P->FExcl, true);
+  if (!P->RawEquals(P->FExcl))
+    P->CheckCurrChar(P->FExcl, true);
   P->SkipChars(3);
   P->SetMark(tpMark1);
   do {
@@ -229,7 +232,8 @@ void TLxSAXXMLReader::ParseDTD() {
   MarkStart();
   if (P->RawEquals(P->FLt))
     P->NextChar();
-  P->CheckCurrChar(P->FExcl, true);
+  if (!P->RawEquals(P->FExcl))
+    P->CheckCurrChar(P->FExcl, true);
   P->NextChar();
   P->SetMark(tpMark1);
   P->SkipWhile(spNotEqual, P->FSpace);
@@ -256,7 +260,8 @@ void TLxSAXXMLReader::ParseDTD() {
 void TLxSAXXMLReader::ParseCDATA() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
-  P->CheckCurrChar(P->FExcl, true);
+  if (!P->RawEquals(P->FExcl))
+    P->CheckCurrChar(P->FExcl, true);
   P->SetMark(tpMark1);
   P->SkipChars(7);
   const LxXMLString Opening = Copy(P->Selected(tpMark1, tpNext, true), 1, 8);
@@ -442,7 +447,8 @@ void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
 void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
-  P->CheckCurrChar(P->FLt, true);
+  if (!P->RawEquals(P->FLt))
+    P->CheckCurrChar(P->FLt, true);
   P->NextChar();
   const bool EndTag = P->RawEquals(P->FSlash);
   if (EndTag)
@@ -472,7 +478,8 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
 
   if (EndTag) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
-    P->CheckCurrChar(P->FGt, true);
+    if (!P->RawEquals(P->FGt))
+      P->CheckCurrChar(P->FGt, true);
     FContentHandler->EndElement(URI, LocalName, QName);
     FNamespaceList.RemoveLevel(ALevel);
     --ALevel;

@@ -139,10 +139,22 @@ class TLxTextParser : public TObject {
   // --- marks and selection ----------------------------------------------------------------
   /// Stores the cursor in a mark (tpMark1..tpMark3; other places raise
   /// EArgumentOutOfRangeException).
-  void SetMark(TLxTextParserPosType AMark);
+  void SetMark(TLxTextParserPosType AMark) {
+    if (AMark < tpMark1)
+      RaiseNotAMark();
+    FMarks[AMark - tpMark1] = Offset(FCur) + 1;
+  }
   /// From here on the text behind the mark needs no longer be kept.
-  void ClearMark(TLxTextParserPosType AMark);
-  TLxTextParserPos GetPos(TLxTextParserPosType APlace);
+  void ClearMark(TLxTextParserPosType AMark) {
+    if (AMark < tpMark1)
+      RaiseNotAMark();
+    FMarks[AMark - tpMark1] = 0;
+  }
+  TLxTextParserPos GetPos(TLxTextParserPosType APlace) {
+    if (APlace >= tpMark1)
+      return FMarks[APlace - tpMark1];
+    return APlace == tpCurrent ? Offset(FCur) + 1 : PlaceOffset(APlace) + 1;
+  }
   /// The text from AFrom up to, not including, ATo; empty when either is a cleared mark or ATo
   /// lies before AFrom. With AClearMark a mark in AFrom is cleared afterwards.
   UnicodeString Selected(TLxTextParserPosType AFrom, TLxTextParserPosType ATo, bool AClearMark);
@@ -219,6 +231,7 @@ private:
   Int64 PlaceOffset(TLxTextParserPosType APlace);
   void CountLinesUpTo(Int64 AOffset);
   [[noreturn]] void RaiseEOF();
+  [[noreturn]] static void RaiseNotAMark();
   void DecodeInto(UnicodeString& ATarget, const Byte* AFrom, std::size_t ALength) const;
 
   // Source window: FData[0] is byte FDataOffset of the text; FEnd ends what has been read.
