@@ -462,7 +462,8 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     throw ELxXMLParseError(_cLxXMLELMNotClosed, {FLineNr, FColNr}, cLxXMLErrELMNotClosed);
   }
   FPrefix.clear();
-  if (P->RawEquals(P->FColon)) {
+  const bool Prefixed = P->RawEquals(P->FColon);
+  if (Prefixed) {
     P->SelectInto(FPrefix, tpMark1, tpCurrent, false);
     P->NextChar();
     P->CheckValidNameStartChar();
@@ -470,7 +471,13 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     P->SkipSet(spNotInSet, LocalNameEnd);
   }
   P->SelectInto(FLocalName, tpMark1, tpCurrent, true);
-  P->SelectInto(FQName, tpMark2, tpCurrent, true);
+  if (Prefixed) {
+    P->SelectInto(FQName, tpMark2, tpCurrent, true);
+  } else {
+    // Both names are the same text: copied rather than decoded twice.
+    FQName = FLocalName;
+    P->ClearMark(tpMark2);
+  }
   const LxXMLString& Prefix = FPrefix;
   const LxXMLString& LocalName = FLocalName;
   const LxXMLString& QName = FQName;
