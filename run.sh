@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev
+PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev libexpat1-dev
           libbenchmark-dev clang-format tzdata)
 
 install_missing() {
@@ -50,6 +50,7 @@ case "$task" in
       ctest --test-dir build-asan --output-on-failure -j"$jobs"
     ;;
   bench)
+    PACKAGES+=(libxml2-dev) # a rival of the XML reader benchmark
     install_missing
     build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
     for b in build-bench/bench/bench_*; do

@@ -1,0 +1,276 @@
+// The XML event reader over 20 MB documents (records with attributes and references, and long
+// text), in UTF-8 and UTF-16LE, beside expat and libxml2's SAX2 reader on the same bytes.
+#include "lorvane/uLxSAX.h"
+#include "support/Ratios.h"
+
+#ifdef LORVANE_BENCH_EXPAT
+#include <expat.h>
+#endif
+#ifdef LORVANE_BENCH_LIBXML2
+#include <libxml/parser.h>
+#endif
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace lorvane;
+
+constexpr std::size_t DocumentBytes = 20u << 20;
+
+/// A fixed pseudo-random sequence, so that every run parses the same bytes.
+struct Sequence {
+  std::uint32_t State = 12345;
+  std::uint32_t Next(std::uint32_t ABound) {
+    State = State * 1664525u + 1013904223u;
+    return (State >> 8) % ABound;
+  }
+};
+
+const char* const Words[] = {
+    "lorem",       "ipsum",        "dolor", "sit",    "amet",
+    "caf\xC3\xA9", "na\xC3\xAFve", "&amp;", "&#233;", "tempor",
+    "&lt;",        "elit",         "magna", "aliqua", "\xE6\x97\xA5\xE6\x9C\xAC",
+    "veniam"};
+
+void AppendWords(std::string& AOut, Sequence& ASeq, int ACount) {
+  for (int I = 0; I < ACount; ++I) {
+    if (I)
+      AOut += ' ';
+    AOut += Words[ASeq.Next(std::size(Words))];
+  }
+}
+
+// Records with a namespace declaration, prefixed and plain attributes, references and CDATA.
+std::string RecordsDocument() {
+  Sequence Seq;
+  std::string S = "<?xml version=\"1.0\"?>\n<records>\n";
+  S.reserve(DocumentBytes + 4096);
+  for (int Id = 0; S.size() < DocumentBytes; ++Id) {
+    S += "<record id=\"" + std::to_string(Id) + "\" xmlns:x=\"urn:x\" x:kind=\"k" +
+         std::to_string(Seq.Next(7)) + "\">\n  <name first=\"";
+    AppendWords(S, Seq, 1);
+    S += "\" last=\"";
+    AppendWords(S, Seq, 1);
+    S += "\">";
+    AppendWords(S, Seq, 3);
+    S += "</name>\n  <value unit=\"kg\" x:scale=\"2\">" + std::to_string(Seq.Next(100000)) +
+         ".5</value>\n  <tags><tag>a</tag><tag>b&amp;c</tag></tags>\n";
+    if (Id % 8 == 0)
+      S += "  <note><![CDATA[a < b && c > d]]></note>\n";
+    S += "</record>\n";
+  }
+  return S + "</records>\n";
+}
+
+// Long paragraphs of text with a few inline elements.
+std::string TextDocument() {
+  Sequence Seq;
+  std::string S = "<?xml version=\"1.0\"?>\n<book>\n";
+  S.reserve(DocumentBytes + 4096);
+  while (S.size() < DocumentBytes) {
+    S += "<p>";
+    for (int Sentence = 0; Sentence < 12; ++Sentence) {
+      AppendWords(S, Seq, 14);
+      S += Seq.Next(4) == 0 ? " <em>emphasis</em>. " : ". ";
+    }
+    S += "</p>\n";
+  }
+  return S + "</book>\n";
+}
+
+/// The same text as UTF-16LE bytes behind a byte order mark. The reader, given code page 1200,
+/// passes over the mark as text before the first '<'; expat and libxml2 read it as a mark.
+std::string ToUtf16LE(const std::string& AUtf8) {
+  const UnicodeString Wide = UTF8ToString(AUtf8);
+  std::string Bytes = "\xFF\xFE";
+  Bytes.append(reinterpret_cast<const char*>(Wide.data()), Wide.size() * 2);
+  return Bytes;
+}
+
+struct Document {
+  std::string Name;
+  std::string Bytes;
+  Word CodePage;
+  bool Wide;
+  std::int64_t Elements = 0; // as Lorvane counts them; every rival must agree
+};
+
+std::vector<Document>& Documents() {
+  static std::vector<Document> Docs = [] {
+    const std::string Records = RecordsDocument(), Text = TextDocument();
+    std::vector<Document> D;
+    D.push_back({"records/UTF-8", Records, 65001, false});
+    D.push_back({"records/UTF-16LE", ToUtf16LE(Records), 1200, true});
+    D.push_back({"text/UTF-8", Text, 65001, false});
+    D.push_back({"text/UTF-16LE", ToUtf16LE(Text), 1200, true});
+    return D;
+  }();
+  return Docs;
+}
+
+struct Counts {
+  std::int64_t Elements = 0;
+  std::int64_t TextUnits = 0;
+};
+
+/// Counts events and the length of every string it is given.
+class TCountingHandler : public TLxObject, public ILxSAXContentHandler, public ILxSAXErrorHandler {
+  LX_CLASS(TCountingHandler, TLxObject)
+  TCountingHandler() { SetAutoDestroy(false); }
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
+    if (AIID == ILxSAXContentHandler::IID)
+      *AObj = static_cast<ILxSAXContentHandler*>(this);
+    else if (AIID == ILxSAXErrorHandler::IID)
+      *AObj = static_cast<ILxSAXErrorHandler*>(this);
+    else
+      return TLxObject::QueryInterface(AIID, AObj);
+    _AddRef();
+    return S_OK;
+  }
+
+  void SetDocumentLocator(ILxSAXLocator*) override {}
+  void Characters(const LxXMLString& AText) override { C.TextUnits += Int64(AText.size()); }
+  void EndDocument() override {}
+  void EndElement(const LxXMLString&, const LxXMLString&, const LxXMLString& AQName) override {
+    C.TextUnits += Int64(AQName.size());
+  }
+  void EndPrefixMapping(const LxXMLString&) override {}
+  void IgnorableWhitespace(const LxXMLString& AText) override {
+    C.TextUnits += Int64(AText.size());
+  }
+  void ProcessingInstruction(const LxXMLString&, const LxXMLString&) override {}
+  void SkippedEntity(const LxXMLString&) override {}
+  void StartDocument() override {}
+  void StartElement(const LxXMLString&, const LxXMLString&, const LxXMLString& AQName,
+                    ILxSAXAttributes* AAttributes) override {
+    ++C.Elements;
+    C.TextUnits += Int64(AQName.size());
+    for (PLxSAXXMAttribute A = AAttributes->FirstAttribute(); A; A = A->Next)
+      C.TextUnits += Int64(A->QName.size() + A->Value.size());
+  }
+  void StartPrefixMapping(const LxXMLString&, const LxXMLString&) override {}
+  void Warning(ILxSAXLocator*, const LxXMLString&) override {}
+  void Error(ILxSAXLocator*, const LxXMLString&) override {}
+  void FatalError(ILxSAXLocator*, const LxXMLString&) override {}
+
+  Counts C;
+
+protected:
+  ~TCountingHandler() override = default;
+};
+
+Counts ParseWithLorvane(const Document& ADoc) {
+  TOwned<TCountingHandler> Handler(New<TCountingHandler>());
+  TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+  Reader->SetContentHandler(Handler.get());
+  Reader->SetErrorHandler(Handler.get());
+  Reader->ParseBuffer(ADoc.Bytes.data(), Cardinal(ADoc.Bytes.size()), ADoc.CodePage);
+  Reader.reset();
+  return Handler->C;
+}
+
+#ifdef LORVANE_BENCH_EXPAT
+Counts ParseWithExpat(const Document& ADoc) {
+  Counts C;
+  XML_Parser Parser = XML_ParserCreate(ADoc.Wide ? "UTF-16LE" : nullptr);
+  XML_SetUserData(Parser, &C);
+  XML_SetElementHandler(
+      Parser,
+      [](void* AUser, const XML_Char* AName, const XML_Char** AAttributes) {
+        auto& Count = *static_cast<Counts*>(AUser);
+        ++Count.Elements;
+        Count.TextUnits += Int64(std::char_traits<char>::length(AName));
+        for (const XML_Char** A = AAttributes; *A; ++A)
+          Count.TextUnits += Int64(std::char_traits<char>::length(*A));
+      },
+      [](void* AUser, const XML_Char* AName) {
+        static_cast<Counts*>(AUser)->TextUnits += Int64(std::char_traits<char>::length(AName));
+      });
+  XML_SetCharacterDataHandler(Parser, [](void* AUser, const XML_Char*, int ALength) {
+    static_cast<Counts*>(AUser)->TextUnits += ALength;
+  });
+  const bool Ok = XML_Parse(Parser, ADoc.Bytes.data(), int(ADoc.Bytes.size()), 1) == XML_STATUS_OK;
+  XML_ParserFree(Parser);
+  if (!Ok)
+    C.Elements = -1;
+  return C;
+}
+#endif
+
+#ifdef LORVANE_BENCH_LIBXML2
+Counts ParseWithLibxml2(const Document& ADoc) {
+  Counts C;
+  xmlSAXHandler Handler{};
+  Handler.initialized = XML_SAX2_MAGIC;
+  Handler.startElementNs = [](void* AUser, const xmlChar* ALocalName, const xmlChar*,
+                              const xmlChar*, int, const xmlChar**, int AAttributeCount, int,
+                              const xmlChar** AAttributes) {
+    auto& Count = *static_cast<Counts*>(AUser);
+    ++Count.Elements;
+    Count.TextUnits += xmlStrlen(ALocalName);
+    // Five pointers per attribute: local name, prefix, URI, value start, value end.
+    for (int I = 0; I < AAttributeCount; ++I)
+      Count.TextUnits +=
+          xmlStrlen(AAttributes[I * 5]) + (AAttributes[I * 5 + 4] - AAttributes[I * 5 + 3]);
+  };
+  Handler.endElementNs = [](void* AUser, const xmlChar* ALocalName, const xmlChar*,
+                            const xmlChar*) {
+    static_cast<Counts*>(AUser)->TextUnits += xmlStrlen(ALocalName);
+  };
+  Handler.characters = [](void* AUser, const xmlChar*, int ALength) {
+    static_cast<Counts*>(AUser)->TextUnits += ALength;
+  };
+  if (xmlSAXUserParseMemory(&Handler, &C, ADoc.Bytes.data(), int(ADoc.Bytes.size())) != 0)
+    C.Elements = -1;
+  return C;
+}
+#endif
+
+template <class TParse>
+void Measure(benchmark::State& AState, const Document& ADoc, TParse AParse) {
+  for (auto _ : AState) {
+    const Counts C = AParse(ADoc);
+    benchmark::DoNotOptimize(C.TextUnits);
+    if (C.Elements != ADoc.Elements) {
+      AState.SkipWithError(("element count " + std::to_string(C.Elements) + ", Lorvane's " +
+                            std::to_string(ADoc.Elements))
+                               .c_str());
+      break;
+    }
+  }
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(ADoc.Bytes.size()));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::pair<std::string, std::string>> Pairs;
+  for (Document& Doc : Documents()) {
+    Doc.Elements = ParseWithLorvane(Doc).Elements;
+    const std::string Ours = "Lorvane/" + Doc.Name;
+    benchmark::RegisterBenchmark(Ours.c_str(),
+                                 [&Doc](benchmark::State& S) { Measure(S, Doc, ParseWithLorvane); })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+#ifdef LORVANE_BENCH_EXPAT
+    benchmark::RegisterBenchmark(("expat/" + Doc.Name).c_str(),
+                                 [&Doc](benchmark::State& S) { Measure(S, Doc, ParseWithExpat); })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    Pairs.emplace_back(Ours, "expat/" + Doc.Name);
+#endif
+#ifdef LORVANE_BENCH_LIBXML2
+    benchmark::RegisterBenchmark(("libxml2/" + Doc.Name).c_str(),
+                                 [&Doc](benchmark::State& S) { Measure(S, Doc, ParseWithLibxml2); })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    Pairs.emplace_back(Ours, "libxml2/" + Doc.Name);
+#endif
+  }
+  return lorvane::bench::RunWithRatios(argc, argv, Pairs);
+}
