@@ -33,6 +33,9 @@ case "$task" in
   demo)
     install_missing
     build build -DCMAKE_BUILD_TYPE=Release
+    echo "== lxtool events tests/data/sample.xml"
+    ./build/lxtool events tests/data/sample.xml
+    echo "== examples/demo.cpp"
     ./build/example_demo
     ;;
   test)

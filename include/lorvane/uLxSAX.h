@@ -5,6 +5,7 @@
 
 #include "lorvane/sax/LxSAXAttributes.h"
 #include "lorvane/sax/LxSAXInterfaces.h"
+#include "lorvane/sax/LxSAXParser.h"
 #include "lorvane/sax/LxSAXReader.h"
 #include "lorvane/sax/LxXMLParser.h"
 #include "lorvane/uLxCore.h"

@@ -1,0 +1,23 @@
+# Runs PROGRAM with ARGS (arguments joined by "|") and checks the exit status RC, that stdout equals the file
+# EXPECTED (empty stdout when EXPECTED isn't given) and that stderr contains STDERR.
+string(REPLACE "|" ";" ARGS "${ARGS}")
+execute_process(COMMAND ${PROGRAM} ${ARGS} RESULT_VARIABLE rc OUTPUT_VARIABLE out
+                ERROR_VARIABLE err)
+if(NOT rc STREQUAL RC)
+  message(FATAL_ERROR "exit status ${rc}, expected ${RC}\nstdout:\n${out}\nstderr:\n${err}")
+endif()
+set(expected "")
+if(EXPECTED)
+  file(READ ${EXPECTED} expected)
+endif()
+if(NOT out STREQUAL expected)
+  message(FATAL_ERROR "stdout differs:\n${out}\nexpected:\n${expected}")
+endif()
+if(DEFINED STDERR)
+  string(FIND "${err}" "${STDERR}" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "stderr lacks \"${STDERR}\":\n${err}")
+  endif()
+elseif(NOT err STREQUAL "")
+  message(FATAL_ERROR "unexpected stderr:\n${err}")
+endif()

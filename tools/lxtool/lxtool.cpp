@@ -1,0 +1,256 @@
+// lxtool: the command-line face of the library; `events` prints a reader's events, one a line.
+#include <lorvane/uLxSAX.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <string_view>
+
+using namespace lorvane;
+
+namespace {
+
+constexpr char Usage[] =
+    "usage: lxtool events FILE\n"
+    "\n"
+    "events  reads FILE with the event reader of its format and prints one line per event:\n"
+    "        the handler method's name, then each argument as a JSON value, separated by tabs.\n"
+    "        StartElement's attributes are one array of [QName, URI, Value] triples.\n"
+    "        Strings are JSON strings in UTF-8; '\"' and '\\' are escaped with a backslash,\n"
+    "        U+0000..U+001F and lone surrogates as \\uXXXX (upper-case hex), nothing else.\n"
+    "        The first byte above U+0020, behind a byte order mark, decides the format:\n"
+    "        '<' is XML; JSON isn't supported yet.\n"
+    "        When the XML text fails, the last line is FatalError, the message, the line and\n"
+    "        the column (-1 when the failure came before the text was read, such as an\n"
+    "        unknown encoding).\n"
+    "\n"
+    "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
+
+constexpr char Hex[] = "0123456789ABCDEF";
+
+void AppendEscapedUnit(std::string& AOut, char16_t AUnit) {
+  AOut += "\\u";
+  for (int Shift = 12; Shift >= 0; Shift -= 4)
+    AOut += Hex[(AUnit >> Shift) & 0xF];
+}
+
+void AppendUTF8(std::string& AOut, char32_t ACode) {
+  if (ACode < 0x80) {
+    AOut += static_cast<char>(ACode);
+  } else if (ACode < 0x800) {
+    AOut += static_cast<char>(0xC0 | (ACode >> 6));
+    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
+  } else if (ACode < 0x10000) {
+    AOut += static_cast<char>(0xE0 | (ACode >> 12));
+    AOut += static_cast<char>(0x80 | ((ACode >> 6) & 0x3F));
+    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
+  } else {
+    AOut += static_cast<char>(0xF0 | (ACode >> 18));
+    AOut += static_cast<char>(0x80 | ((ACode >> 12) & 0x3F));
+    AOut += static_cast<char>(0x80 | ((ACode >> 6) & 0x3F));
+    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
+  }
+}
+
+/// AText as a JSON string literal, by the rule the usage text states.
+std::string JSONString(std::u16string_view AText) {
+  std::string Out;
+  Out.reserve(AText.size() + 2);
+  Out += '"';
+  for (std::size_t I = 0; I < AText.size(); ++I) {
+    const char16_t Unit = AText[I];
+    if (Unit == u'"' || Unit == u'\\') {
+      Out += '\\';
+      Out += static_cast<char>(Unit);
+    } else if (Unit < 0x20) {
+      AppendEscapedUnit(Out, Unit);
+    } else if (Unit >= 0xD800 && Unit <= 0xDBFF && I + 1 < AText.size() && AText[I + 1] >= 0xDC00 &&
+               AText[I + 1] <= 0xDFFF) {
+      AppendUTF8(Out, 0x10000 + ((char32_t(Unit) - 0xD800) << 10) + (AText[I + 1] - 0xDC00));
+      ++I;
+    } else if (Unit >= 0xD800 && Unit <= 0xDFFF) {
+      AppendEscapedUnit(Out, Unit);
+    } else {
+      AppendUTF8(Out, Unit);
+    }
+  }
+  Out += '"';
+  return Out;
+}
+
+/// Prints every event it receives to stdout, one line each.
+class TEventPrinter : public TLxObject,
+                      public ILxSAXContentHandler,
+                      public ILxSAXLexicalHandler,
+                      public ILxSAXErrorHandler {
+  LX_CLASS(TEventPrinter, TLxObject)
+  TEventPrinter() { SetAutoDestroy(false); }
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
+    if (AIID == ILxSAXContentHandler::IID)
+      *AObj = static_cast<ILxSAXContentHandler*>(this);
+    else if (AIID == ILxSAXLexicalHandler::IID)
+      *AObj = static_cast<ILxSAXLexicalHandler*>(this);
+    else if (AIID == ILxSAXErrorHandler::IID)
+      *AObj = static_cast<ILxSAXErrorHandler*>(this);
+    else
+      return TLxObject::QueryInterface(AIID, AObj);
+    _AddRef();
+    return S_OK;
+  }
+
+  /// Whether the reader reported a failure (and the FatalError line is out).
+  bool Failed = false;
+
+  void PrintFatalError(const LxXMLString& AMessage, Integer ALine, Integer AColumn) {
+    Print("FatalError", {AMessage}, LineAndColumn(ALine, AColumn));
+    Failed = true;
+  }
+
+  // The readers never call SetDocumentLocator, SkippedEntity, StartEntity, EndEntity, Warning or
+  // Error; were one to, it would print like the others.
+  void SetDocumentLocator(ILxSAXLocator*) override { Print("SetDocumentLocator", {}); }
+  void Characters(const LxXMLString& AText) override { Print("Characters", {AText}); }
+  void EndDocument() override { Print("EndDocument", {}); }
+  void EndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                  const LxXMLString& AQName) override {
+    Print("EndElement", {AURI, ALocalName, AQName});
+  }
+  void EndPrefixMapping(const LxXMLString& APrefix) override {
+    Print("EndPrefixMapping", {APrefix});
+  }
+  void IgnorableWhitespace(const LxXMLString& AText) override {
+    Print("IgnorableWhitespace", {AText});
+  }
+  void ProcessingInstruction(const LxXMLString& ATarget, const LxXMLString& AData) override {
+    Print("ProcessingInstruction", {ATarget, AData});
+  }
+  void SkippedEntity(const LxXMLString& AName) override { Print("SkippedEntity", {AName}); }
+  void StartDocument() override { Print("StartDocument", {}); }
+  void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                    const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
+    std::string Attributes = "\t[";
+    for (PLxSAXXMAttribute A = AAttributes->FirstAttribute(); A; A = A->Next) {
+      if (A != AAttributes->FirstAttribute())
+        Attributes += ',';
+      Attributes += '[';
+      Attributes += JSONString(A->QName);
+      Attributes += ',';
+      Attributes += JSONString(A->URI);
+      Attributes += ',';
+      Attributes += JSONString(A->Value);
+      Attributes += ']';
+    }
+    Attributes += ']';
+    Print("StartElement", {AURI, ALocalName, AQName}, Attributes);
+  }
+  void StartPrefixMapping(const LxXMLString& APrefix, const LxXMLString& AURI) override {
+    Print("StartPrefixMapping", {APrefix, AURI});
+  }
+  void Comment(const LxXMLString& AText) override { Print("Comment", {AText}); }
+  void StartCDATA() override { Print("StartCDATA", {}); }
+  void StartDTD() override { Print("StartDTD", {}); }
+  void StartEntity(const LxXMLString& AName) override { Print("StartEntity", {AName}); }
+  void EndCDATA() override { Print("EndCDATA", {}); }
+  void EndDTD() override { Print("EndDTD", {}); }
+  void EndEntity(const LxXMLString& AName) override { Print("EndEntity", {AName}); }
+  void Warning(ILxSAXLocator* ALocator, const LxXMLString& AMessage) override {
+    Print("Warning", {AMessage}, LineAndColumn(ALocator->GetLineNr(), ALocator->GetColNr()));
+  }
+  void Error(ILxSAXLocator* ALocator, const LxXMLString& AMessage) override {
+    Print("Error", {AMessage}, LineAndColumn(ALocator->GetLineNr(), ALocator->GetColNr()));
+  }
+  void FatalError(ILxSAXLocator* ALocator, const LxXMLString& AMessage) override {
+    PrintFatalError(AMessage, ALocator->GetLineNr(), ALocator->GetColNr());
+  }
+
+protected:
+  ~TEventPrinter() override = default;
+
+private:
+  static std::string LineAndColumn(Integer ALine, Integer AColumn) {
+    std::string Tail = "\t";
+    Tail += std::to_string(ALine);
+    Tail += '\t';
+    Tail += std::to_string(AColumn);
+    return Tail;
+  }
+  static void Print(const char* AName, std::initializer_list<std::u16string_view> AStrings,
+                    const std::string& ATail = std::string()) {
+    std::string Line = AName;
+    for (std::u16string_view S : AStrings) {
+      Line += '\t';
+      Line += JSONString(S);
+    }
+    Line += ATail;
+    Line += '\n';
+    std::fwrite(Line.data(), 1, Line.size(), stdout);
+  }
+};
+
+/// The first byte above U+0020 behind a byte order mark, or -1 when there is none.
+int FirstSignificantByte(const TFileName& AFileName) {
+  TOwned<TFileStream> Stream(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
+  LxGetCodePage(Stream.get());
+  Byte Block[4096];
+  for (;;) {
+    const Int64 Count = Stream->Read(Block, sizeof Block);
+    if (Count <= 0)
+      return -1;
+    for (Int64 I = 0; I < Count; ++I)
+      if (Block[I] > 0x20)
+        return Block[I];
+  }
+}
+
+int Fail(const std::string& AMessage) {
+  std::fflush(stdout);
+  std::fprintf(stderr, "lxtool: %s\n", AMessage.c_str());
+  return 1;
+}
+
+int RunEvents(const std::string& AFileName) {
+  const TFileName FileName = UTF8ToString(AFileName);
+  try {
+    if (FirstSignificantByte(FileName) != '<')
+      return Fail("JSON input is not supported yet");
+  } catch (const Exception& E) {
+    return Fail(StringToUTF8(E.Message()));
+  }
+
+  TOwned<TEventPrinter> Printer(New<TEventPrinter>());
+  TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+  Reader->SetContentHandler(Printer.get());
+  Reader->SetLexicalHandler(Printer.get());
+  Reader->SetErrorHandler(Printer.get());
+  try {
+    Reader->ParseFile(FileName, fmOpenRead | fmShareDenyWrite);
+  } catch (const Exception& E) {
+    // A failure before the parse loop (the file gone meanwhile, an unknown encoding) doesn't
+    // reach the error handler.
+    if (!Printer->Failed)
+      Printer->PrintFatalError(E.Message(), Reader->GetLineNr(), Reader->GetColNr());
+    return Fail(StringToUTF8(E.Message()));
+  }
+  std::fflush(stdout);
+  return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view Command = argc > 1 ? argv[1] : "";
+  if (argc == 2 && (Command == "--help" || Command == "-h" || Command == "help")) {
+    std::fputs(Usage, stdout);
+    return 0;
+  }
+  if (argc != 3 || Command != "events") {
+    std::fputs(Usage, stderr);
+    return 2;
+  }
+  try {
+    return RunEvents(argv[2]);
+  } catch (const std::exception& E) {
+    return Fail(E.what());
+  }
+}
