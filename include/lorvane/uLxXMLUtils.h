@@ -1,6 +1,8 @@
 /// Values and their text in a document: escaping for output and decoding of character and
 /// entity references (LxXMLEscape.h), with the CDATA end constants and the event-interface
-/// exceptions.
+/// exceptions; numbers, booleans, dates, times and durations to their XML Schema text and back
+/// (LxXMLValues.h).
 #pragma once
 
 #include "lorvane/xmlutils/LxXMLEscape.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
