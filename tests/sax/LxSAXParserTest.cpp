@@ -335,11 +335,6 @@ TEST_F(SaxParser, ErrorMethodsPassLocatorAndMessageAndEntityMethodsDoNothing) {
 }
 
 TEST_F(SaxParser, SubclassReplacesHandlerMethodsAndKeepsTheLocator) {
-// Any class derived from the component meets the warning that the component's own header silences.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winaccessible-base"
-#endif
   class TCounter : public TLxSAXParser {
   public:
     using TLxSAXParser::TLxSAXParser;
@@ -350,9 +345,6 @@ TEST_F(SaxParser, SubclassReplacesHandlerMethodsAndKeepsTheLocator) {
     ILxSAXLocator* Locator() const { return FLocator.Get(); }
     int Elements = 0;
   };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
   TOwned<TComponent> Owner(New<TComponent>(nullptr));
   TCounter* C = New<TCounter>(Owner.get());
   C->SetOnStartElement([](TObject*, const LxXMLString&, const LxXMLString&, const LxXMLString&,

@@ -5,6 +5,7 @@
 
 #include "lorvane/platform/Generics.h"
 
+#include <functional>
 #include <initializer_list>
 #include <string_view>
 #include <vector>
@@ -252,6 +253,9 @@ TClass GetClass(std::u16string_view AClassName);
 /// Raises EClassNotFound "Class %s not found" when no class of that name is registered.
 TClass FindClass(std::u16string_view AClassName);
 
+/// The plain notification: only the sender.
+using TNotifyEvent = std::function<void(TObject* ASender)>;
+
 // --- TComponent ----------------------------------------------------------------------------------
 enum class TOperation : Byte { opInsert, opRemove };
 using enum TOperation;
@@ -263,7 +267,7 @@ using enum TOperation;
 ///
 /// A component answers IInterface without reference counting: _AddRef and _Release give -1 and
 /// never destroy it. Descendants that count override them.
-class TComponent : public TPersistent, public IInterface {
+class TComponent : public TPersistent, public virtual IInterface {
   LX_CLASS(TComponent, TPersistent)
   /// With AOwner the new component joins AOwner's components at once (so that its Owner is set
   /// in the constructors of descendants); the owner's Notification(opInsert) follows in

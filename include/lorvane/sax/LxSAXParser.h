@@ -10,9 +10,6 @@
 
 namespace lorvane {
 
-/// The plain notification of the platform: only the sender.
-using TNotifyEvent = std::function<void(TObject* ASender)>;
-
 using TLxSAXOnStartDocument = std::function<void(TObject* ASender)>;
 using TLxSAXOnEndDocument = std::function<void(TObject* ASender)>;
 using TLxSAXOnEndProlog = std::function<void(TObject* ASender)>;
@@ -54,12 +51,6 @@ inline constexpr Integer cSAXParserErrJSONNotSupported = 13;
 /// parse skips OnFinished and lets its exception through to the caller, after OnFatalError; an
 /// exception raised by OnFatalError replaces the reader's. The reader lives only while
 /// ParseStream runs, and it is freed also when the parse fails. One parse at a time.
-// TComponent derives from IInterface directly and the handler interfaces derive from it virtually,
-// so the component holds two IInterface parts; its own three IInterface methods override both.
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Winaccessible-base"
-#endif
 class TLxSAXParser : public TComponent,
                      public ILxSAXErrorHandler,
                      public ILxSAXContentHandler,
@@ -220,8 +211,5 @@ private:
   void FireStart();
   void FireFinished();
 };
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
 
 } // namespace lorvane
