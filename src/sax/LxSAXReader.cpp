@@ -151,22 +151,10 @@ void TLxSAXXMLReader::InternalParse() {
     if (!P->RawEquals(P->FLt))
       P->CheckCurrChar(P->FLt, true);
     while (!P->_GetEOF()) {
-      if (!P->RawEquals(P->FLt)) {
+      if (!P->RawEquals(P->FLt))
         ParseCharacters();
-        continue;
-      }
-      const WideChar Next = P->PeekChar()[0];
-      if (Next == u'!') {
-        P->NextChar();
-        if (P->PeekChar()[0] == u'-')
-          ParseComment();
-        else
-          ParseCDATA();
-      } else if (Next == u'?') {
-        ParseProcessingInstruction();
-      } else {
+      else if (!ParseMarkupBesideElements())
         ParseElement(Depth);
-      }
     }
     FContentHandler->EndDocument();
   } catch (const std::exception& E) {
@@ -178,6 +166,24 @@ void TLxSAXXMLReader::InternalParse() {
     }
     throw;
   }
+}
+
+bool TLxSAXXMLReader::ParseMarkupBesideElements() {
+  TLxXMLParser* P = FXMLParser;
+  const WideChar Next = P->PeekChar()[0];
+  if (Next == u'!') {
+    P->NextChar();
+    if (P->PeekChar()[0] == u'-')
+      ParseComment();
+    else
+      ParseCDATA();
+    return true;
+  }
+  if (Next == u'?') {
+    ParseProcessingInstruction();
+    return true;
+  }
+  return false;
 }
 
 void TLxSAXXMLReader::ParseProcessingInstruction() {
@@ -421,16 +427,7 @@ void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
       ParseCharacters();
       continue;
     }
-    const WideChar Next = P->PeekChar()[0];
-    if (Next == u'!') {
-      P->NextChar();
-      if (P->PeekChar()[0] == u'-')
-        ParseComment();
-      else
-        ParseCDATA();
-    } else if (Next == u'?') {
-      ParseProcessingInstruction();
-    } else {
+    if (!ParseMarkupBesideElements()) {
       if (FCheckSingleRootElm)
         throw ELxXMLParseError(_cLxXMLMultipleRoot, cLxXMLErrMultipleRoot);
       ParseTag(ALevel);

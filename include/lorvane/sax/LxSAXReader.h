@@ -94,6 +94,9 @@ protected:
   void InternalParse() override;
 
 private:
+  /// On a '<' in content: a comment, CDATA section or processing instruction is parsed and true
+  /// comes back; before an element nothing moves and the answer is false.
+  bool ParseMarkupBesideElements();
   void ParseProcessingInstruction();
   void ParseComment();
   void ParseDTD();
