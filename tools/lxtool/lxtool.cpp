@@ -34,46 +34,31 @@ void AppendEscapedUnit(std::string& AOut, char16_t AUnit) {
     AOut += Hex[(AUnit >> Shift) & 0xF];
 }
 
-void AppendUTF8(std::string& AOut, char32_t ACode) {
-  if (ACode < 0x80) {
-    AOut += static_cast<char>(ACode);
-  } else if (ACode < 0x800) {
-    AOut += static_cast<char>(0xC0 | (ACode >> 6));
-    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
-  } else if (ACode < 0x10000) {
-    AOut += static_cast<char>(0xE0 | (ACode >> 12));
-    AOut += static_cast<char>(0x80 | ((ACode >> 6) & 0x3F));
-    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
-  } else {
-    AOut += static_cast<char>(0xF0 | (ACode >> 18));
-    AOut += static_cast<char>(0x80 | ((ACode >> 12) & 0x3F));
-    AOut += static_cast<char>(0x80 | ((ACode >> 6) & 0x3F));
-    AOut += static_cast<char>(0x80 | (ACode & 0x3F));
-  }
-}
-
-/// AText as a JSON string literal, by the rule the usage text states.
+/// AText as a JSON string literal, by the rule the usage text states. Runs that need no escape go
+/// through the library's UTF-8 conversion whole.
 std::string JSONString(std::u16string_view AText) {
-  std::string Out;
-  Out.reserve(AText.size() + 2);
-  Out += '"';
+  std::string Out = "\"";
+  std::size_t RunStart = 0;
   for (std::size_t I = 0; I < AText.size(); ++I) {
     const char16_t Unit = AText[I];
-    if (Unit == u'"' || Unit == u'\\') {
+    if (Unit >= 0xD800 && Unit <= 0xDBFF && I + 1 < AText.size() && AText[I + 1] >= 0xDC00 &&
+        AText[I + 1] <= 0xDFFF) {
+      ++I;
+      continue;
+    }
+    const bool Quoted = Unit == u'"' || Unit == u'\\';
+    if (!Quoted && Unit >= 0x20 && (Unit < 0xD800 || Unit > 0xDFFF))
+      continue;
+    Out += StringToUTF8(AText.substr(RunStart, I - RunStart));
+    if (Quoted) {
       Out += '\\';
       Out += static_cast<char>(Unit);
-    } else if (Unit < 0x20) {
-      AppendEscapedUnit(Out, Unit);
-    } else if (Unit >= 0xD800 && Unit <= 0xDBFF && I + 1 < AText.size() && AText[I + 1] >= 0xDC00 &&
-               AText[I + 1] <= 0xDFFF) {
-      AppendUTF8(Out, 0x10000 + ((char32_t(Unit) - 0xD800) << 10) + (AText[I + 1] - 0xDC00));
-      ++I;
-    } else if (Unit >= 0xD800 && Unit <= 0xDFFF) {
-      AppendEscapedUnit(Out, Unit);
     } else {
-      AppendUTF8(Out, Unit);
+      AppendEscapedUnit(Out, Unit);
     }
+    RunStart = I + 1;
   }
+  Out += StringToUTF8(AText.substr(RunStart));
   Out += '"';
   return Out;
 }
