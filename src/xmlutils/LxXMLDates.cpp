@@ -437,20 +437,23 @@ TDateTime LxXMLToDateTime(std::u16string_view AValue, TLxXMLDateTimeFormat AForm
   return LxXMLToDateTime(AValue, ToZoneFormat(AFormat));
 }
 
-TDateTime LxXMLToDateDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
+namespace {
+// The Def forms: the strict parse, or the default for any failure.
+template <class TParse> TDateTime OrDefault(TParse AParse, TDateTime ADefault) noexcept {
   try {
-    return LxXMLToDate(AValue);
+    return AParse();
   } catch (...) {
     return ADefault;
   }
 }
+} // namespace
+
+TDateTime LxXMLToDateDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
+  return OrDefault([&] { return LxXMLToDate(AValue); }, ADefault);
+}
 TDateTime LxXMLToTimeDef(std::u16string_view AValue, TDateTime ADefault,
                          TLxTimeZoneFormat AFormat) noexcept {
-  try {
-    return LxXMLToTime(AValue, AFormat);
-  } catch (...) {
-    return ADefault;
-  }
+  return OrDefault([&] { return LxXMLToTime(AValue, AFormat); }, ADefault);
 }
 TDateTime LxXMLToTimeDef(std::u16string_view AValue, TDateTime ADefault,
                          TLxXMLDateTimeFormat AFormat) noexcept {
@@ -458,11 +461,7 @@ TDateTime LxXMLToTimeDef(std::u16string_view AValue, TDateTime ADefault,
 }
 TDateTime LxXMLToDateTimeDef(std::u16string_view AValue, TDateTime ADefault,
                              TLxTimeZoneFormat AFormat) noexcept {
-  try {
-    return LxXMLToDateTime(AValue, AFormat);
-  } catch (...) {
-    return ADefault;
-  }
+  return OrDefault([&] { return LxXMLToDateTime(AValue, AFormat); }, ADefault);
 }
 TDateTime LxXMLToDateTimeDef(std::u16string_view AValue, TDateTime ADefault,
                              TLxXMLDateTimeFormat AFormat) noexcept {
