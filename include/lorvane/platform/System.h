@@ -223,6 +223,8 @@ public:
     if (I* Old = std::exchange(FIntf, nullptr))
       Old->_Release();
   }
+  /// Gives up the reference without releasing it; the caller now holds it.
+  I* Detach() noexcept { return std::exchange(FIntf, nullptr); }
   void Swap(IPtr& AOther) noexcept { std::swap(FIntf, AOther.FIntf); }
   I* Get() const noexcept { return FIntf; }
   I* operator->() const noexcept { return FIntf; }

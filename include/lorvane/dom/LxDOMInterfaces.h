@@ -1,0 +1,106 @@
+/// The interfaces of the document tree: a node and the lists of nodes.
+///
+/// Node arguments are borrowed for the call; node results are counted references, nil where the
+/// data side gives none. Every interface on a node or a list keeps that object and all its
+/// ancestors alive (see LxDOMObject.h).
+#pragma once
+
+#include "lorvane/dom/LxDOMTypes.h"
+
+namespace lorvane {
+
+class ILxDOMNodeList;
+
+class ILxDOMNode : public virtual IInterface {
+public:
+  static constexpr TGUID IID{
+      0x074C380D, 0x097F, 0x4508, {0xA0, 0x83, 0xFB, 0x87, 0xC2, 0xDE, 0x7E, 0xC6}};
+  virtual bool GetPreserveSpace() = 0;
+  virtual UnicodeString GetNodeValue() = 0;
+  virtual UnicodeString GetText() = 0;
+  virtual UnicodeString GetNamespaceURI() = 0;
+  virtual UnicodeString GetLocalName() = 0;
+  virtual UnicodeString GetPrefix() = 0;
+  virtual UnicodeString GetQualifiedName() = 0;
+  virtual UnicodeString GetFormattedInnerXML() = 0;
+  virtual UnicodeString GetInnerXML() = 0;
+  virtual IPtr<ILxDOMNodeList> GetChildNodes() = 0;
+  virtual TLxDOMNodeType GetNodeType() = 0;
+  virtual void SetNodeValue(const UnicodeString& Value) = 0;
+  virtual void SetPrefix(const UnicodeString& Value) = 0;
+  virtual void SetQualifiedName(const UnicodeString& Value) = 0;
+  virtual void SetInnerXML(const UnicodeString& Value) = 0;
+  virtual void NormalizeTextNodes() = 0;
+  virtual void Clear() = 0;
+  /// The clone is free-standing: the result is its only owner.
+  virtual IPtr<ILxDOMNode> CloneNode(bool AIncludeChildNodes) = 0;
+  virtual Integer NodeCount() = 0;
+  virtual IPtr<ILxDOMNode> AddChild(ILxDOMNode* ANode, ILxDOMNode* ARefNode,
+                                    TLxDOMPosition APos) = 0;
+  /// A child on which no other interface is held is destroyed.
+  virtual void RemoveChild(ILxDOMNode* AChildNode) = 0;
+  virtual IPtr<ILxDOMNode> InsertBefore(ILxDOMNode* newChild, ILxDOMNode* refChild) = 0;
+  virtual IPtr<ILxDOMNode> AppendChild(ILxDOMNode* newChild) = 0;
+  virtual IPtr<ILxDOMNode> NextSibling() = 0;
+  virtual IPtr<ILxDOMNode> PreviousSibling() = 0;
+  virtual bool HasChilds() = 0;
+  virtual bool HasAttributes() = 0;
+  virtual IPtr<ILxDOMNode> ParentNode() = 0;
+  virtual UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) = 0;
+
+protected:
+  ~ILxDOMNode() = default;
+};
+
+/// An ordered list of nodes that owns none of them. Add, Delete and Clear change the list alone:
+/// they neither link, unlink nor destroy a node, so they are meant for free-standing lists (a
+/// node changes its own lists through its AddChild and RemoveChild).
+class ILxDOMNodeList : public virtual IInterface {
+public:
+  static constexpr TGUID IID{
+      0xF7EE7E84, 0xCC50, 0x48C2, {0x99, 0x11, 0x1C, 0xCF, 0xAE, 0x60, 0xF2, 0xA2}};
+  /// An index out of range raises EListError "List index out of bounds (%d)".
+  virtual IPtr<ILxDOMNode> GetItem(Integer idx) = 0;
+  virtual void Clear() = 0;
+  virtual IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, ILxDOMNode* ARefNode, TLxDOMPosition APos) = 0;
+  virtual IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, TLxDOMAbsPosition APos) = 0;
+  /// A nil ARefNode raises EAssertionFailed.
+  virtual IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, TLxDOMRelPosition APos, ILxDOMNode* ARefNode) = 0;
+  /// Nil when ANode isn't listed.
+  virtual IPtr<ILxDOMNode> Delete(ILxDOMNode* ANode) = 0;
+  virtual Integer Count() = 0;
+  /// An empty list raises ELxDomNotFound.
+  virtual IPtr<ILxDOMNode> First() = 0;
+  virtual IPtr<ILxDOMNode> Last() = 0;
+  /// Nil after the last item; the first item when ARefNode isn't listed.
+  virtual IPtr<ILxDOMNode> Next(ILxDOMNode* ARefNode) = 0;
+  /// Nil before the first item; raises EListError when ARefNode isn't listed.
+  virtual IPtr<ILxDOMNode> Previous(ILxDOMNode* ARefNode) = 0;
+  virtual bool ContainsNode(ILxDOMNode* ANode) = 0;
+
+protected:
+  ~ILxDOMNodeList() = default;
+};
+
+/// Look-ups by name walk from the last item to the first: of several nodes with one name, the
+/// one nearest the end is found.
+class ILxDOMNamedNodeList : public ILxDOMNodeList {
+public:
+  static constexpr TGUID IID{
+      0x419178C6, 0xB412, 0x4E19, {0x85, 0xE8, 0x22, 0x94, 0x10, 0xA5, 0xE6, 0x95}};
+  using ILxDOMNodeList::Delete;
+  virtual IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
+                                TLxDOMSelectOptions ASelectOptions) = 0;
+  /// An empty ANamespaceURI matches any namespace.
+  virtual IPtr<ILxDOMNode> Find(const UnicodeString& ANamespaceURI,
+                                const UnicodeString& ALocalName) = 0;
+  virtual IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
+                                  TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual IPtr<ILxDOMNode> Delete(const UnicodeString& ANamespaceURI,
+                                  const UnicodeString& ALocalName) = 0;
+
+protected:
+  ~ILxDOMNamedNodeList() = default;
+};
+
+} // namespace lorvane

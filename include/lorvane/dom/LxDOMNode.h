@@ -1,0 +1,154 @@
+/// The node of the document tree (TLxDOMNode) and its face (TLxDOMNodeImpl): an ordered list of
+/// children, a name in its two forms, linking and unlinking, cloning, siblings and paths. The
+/// concrete node kinds override its virtual operations.
+#pragma once
+
+#include "lorvane/dom/LxDOMInterfaces.h"
+#include "lorvane/dom/LxDOMObject.h"
+
+namespace lorvane {
+
+class TLxDOMNodeList;
+class TLxDOMNodeImpl;
+
+class TLxDOMNode;
+/// A class reference that constructs a node through its virtual default constructor.
+using TLxDOMNodeClass = TClass;
+
+class TLxDOMNode : public TLxDOMObject {
+  LX_CLASS(TLxDOMNode, TLxDOMObject)
+  TLxDOMNode() noexcept = default;
+
+  TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
+  /// False while a face exists, else as the base answers.
+  bool CanAutoDestroy() override;
+  /// Passes the document to the whole subtree.
+  void SetDOMDocument(TLxDOMObject* ADoc) override;
+  /// With a document, the subtree's namespaces are resolved anew at the new place.
+  void SetParentNode(TLxDOMObject* AParent) override;
+  /// Clears the children, then leaves the parent: a node destroyed directly unlinks itself.
+  void BeforeDestruction() override;
+
+  /// The parent's answer, or DefaultPreserveCase without parent.
+  virtual bool GetPreserveSpace();
+  virtual UnicodeString GetNodeValue();
+  virtual UnicodeString GetText();
+  /// The parent's answer, or the URI kept while unlinked.
+  virtual UnicodeString GetNamespaceURI();
+  virtual UnicodeString GetInnerXML();
+  virtual UnicodeString GetFormattedInnerXML();
+  /// Raises ELxDomNotSupported on kinds without a value.
+  virtual void SetNodeValue(const UnicodeString& Value);
+  virtual void SetPrefix(const UnicodeString& Value);
+  /// Splits at the first ":" into prefix and local name.
+  virtual void SetQualifiedName(const UnicodeString& Value);
+  /// Raises ELxDomNotSupported on kinds without inner XML.
+  virtual void SetInnerXML(const UnicodeString& Value);
+  virtual void RefreshNamespaces();
+  virtual void NormalizeTextNodes() {}
+  /// A new free-standing node of this class with the same name (and, for kinds with a value,
+  /// the stored value).
+  virtual TLxDOMNode* CreateClone();
+  /// Removes every child, last first: a child on which an interface is held is only detached,
+  /// any other is destroyed.
+  virtual void Clear();
+  /// A free-standing copy that the caller owns: no parent, no document, no face, no namespace
+  /// state. Without AIncludeChildNodes an element's clone has no attributes either.
+  virtual TLxDOMNode* CloneNode(bool AIncludeChildNodes);
+  /// Constructs ANodeClass and adds it as the next overload does.
+  virtual TLxDOMNode* AddChild(TLxDOMNodeClass ANodeClass, TLxDOMNode* ARefNode,
+                               TLxDOMPosition APos);
+  /// Links ANode at the position and gives it; a node that has a parent is moved. Raises
+  /// ELxDomException when ANode is this node or one of its ancestors.
+  virtual TLxDOMNode* AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos);
+  /// Unlinks AChildNode and destroys it unless an interface holds it: the caller's object
+  /// reference is invalid afterwards unless it keeps an interface.
+  virtual void RemoveChild(TLxDOMNode* AChildNode);
+  virtual TLxDOMNode* AppendChild(TLxDOMNode* newChild);
+
+  Integer NodeCount() const noexcept;
+  TLxDOMNode* InsertBefore(TLxDOMNode* newChild, TLxDOMNode* refChild);
+  /// Nil at the end of the parent's children or without parent; linear in their number.
+  TLxDOMNode* NextSibling() const;
+  TLxDOMNode* PreviousSibling() const;
+  bool HasChilds() const noexcept { return NodeCount() > 0; }
+  bool HasAttributes() const;
+  TLxDOMNode* ParentNode() const noexcept;
+  /// The path from the root, "/" between steps; attributes get "@", and an element that has the
+  /// attribute AIdAttribName gets a predicate with its value.
+  UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) const;
+  const UnicodeString& GetLocalName() const noexcept { return FLocalName; }
+  const UnicodeString& GetPrefix() const noexcept { return FPrefix; }
+  UnicodeString GetQualifiedName() const;
+  UnicodeString GetNodeName() const { return GetQualifiedName(); }
+  void SetNodeName(const UnicodeString& Value) { SetQualifiedName(Value); }
+  TLxDOMNodeType GetNodeType() const noexcept { return FNodeType; }
+  /// The children in document order, attributes of an element included; owned by this node.
+  TLxDOMNodeList* ChildNodes();
+  TLxDOMNodeImpl* DOMNodeImpl() const noexcept;
+
+protected:
+  /// Raises Exception when an interface on this node is still counted: destroying it through its
+  /// object reference would leave that interface dangling. The children are gone and the node
+  /// has left its parent by then.
+  ~TLxDOMNode() override;
+
+  /// Takes AChildNode out of this node's lists and unlinks it, destroying nothing; raises
+  /// ELxDomNotFound when it isn't a child. Adding a linked node to another parent moves it.
+  virtual void UnlinkChild(TLxDOMNode* AChildNode);
+  /// The children without making the list: nil while the node never had one.
+  TLxDOMNodeList* ChildList() const noexcept { return FChildNodes; }
+
+  /// Made on first use: a leaf that never gets a child pays for no list.
+  TLxDOMNodeList* FChildNodes = nullptr;
+  TLxDOMNodeType FNodeType = ntUnknown;
+  TLxDOMLoadState FLoadState = lsUninitialized;
+  bool FNamespaceSet = false;
+  UnicodeString FLocalName;
+  UnicodeString FPrefix;
+  /// The namespace URI kept while the node isn't linked to its declaration.
+  UnicodeString FNamespaceURI;
+};
+
+class TLxDOMNodeImpl : public TLxDOMObjectImpl, public ILxDOMNode {
+  LX_CLASS(TLxDOMNodeImpl, TLxDOMObjectImpl)
+  explicit TLxDOMNodeImpl(TLxDOMNode* ADOMObject) : TLxDOMObjectImpl(ADOMObject) {}
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  TLxDOMNode* DOMNode() const noexcept { return static_cast<TLxDOMNode*>(FDOMObject); }
+
+  bool GetPreserveSpace() override;
+  UnicodeString GetNodeValue() override;
+  UnicodeString GetText() override;
+  UnicodeString GetNamespaceURI() override;
+  UnicodeString GetLocalName() override;
+  UnicodeString GetPrefix() override;
+  UnicodeString GetQualifiedName() override;
+  UnicodeString GetFormattedInnerXML() override;
+  UnicodeString GetInnerXML() override;
+  IPtr<ILxDOMNodeList> GetChildNodes() override;
+  TLxDOMNodeType GetNodeType() override;
+  void SetNodeValue(const UnicodeString& Value) override;
+  void SetPrefix(const UnicodeString& Value) override;
+  void SetQualifiedName(const UnicodeString& Value) override;
+  void SetInnerXML(const UnicodeString& Value) override;
+  void NormalizeTextNodes() override;
+  void Clear() override;
+  IPtr<ILxDOMNode> CloneNode(bool AIncludeChildNodes) override;
+  Integer NodeCount() override;
+  IPtr<ILxDOMNode> AddChild(ILxDOMNode* ANode, ILxDOMNode* ARefNode, TLxDOMPosition APos) override;
+  void RemoveChild(ILxDOMNode* AChildNode) override;
+  IPtr<ILxDOMNode> InsertBefore(ILxDOMNode* newChild, ILxDOMNode* refChild) override;
+  IPtr<ILxDOMNode> AppendChild(ILxDOMNode* newChild) override;
+  IPtr<ILxDOMNode> NextSibling() override;
+  IPtr<ILxDOMNode> PreviousSibling() override;
+  bool HasChilds() override;
+  bool HasAttributes() override;
+  IPtr<ILxDOMNode> ParentNode() override;
+  UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) override;
+
+protected:
+  ~TLxDOMNodeImpl() override = default;
+};
+
+} // namespace lorvane

@@ -1,0 +1,153 @@
+/// Lists of nodes: the base with its searches (TLxDOMNodeListBase), the children of a node
+/// (TLxDOMNodeList), the typed lists of an element (TLxDOMElementList, TLxDOMAttrList), their
+/// enumerators, and the faces that implement the list interfaces.
+///
+/// A list owns no node. A list that belongs to a node (its parent) lives and dies with that node,
+/// whatever interfaces on it come and go, and takes its settings from the node's document; a
+/// free-standing list is owned by whoever made it, or, once handed out as an interface, by its
+/// last interface.
+#pragma once
+
+#include "lorvane/dom/LxDOMInterfaces.h"
+#include "lorvane/dom/LxDOMObject.h"
+
+namespace lorvane {
+
+class TLxDOMNodeListBase;
+
+/// Walks a list by index, reading its count anew at every step, so a list that changes meanwhile
+/// is walked as it stands. Holds no reference on the list.
+class TLxDOMNodeListBaseEnumerator {
+public:
+  explicit TLxDOMNodeListBaseEnumerator(const TLxDOMNodeListBase* AList) noexcept : FList(AList) {}
+  bool MoveNext();
+  TLxDOMNode* GetCurrent() const;
+
+protected:
+  Integer FIndex = -1;
+  const TLxDOMNodeListBase* FList;
+};
+
+class TLxDOMNodeListBase : public TLxDOMObject {
+  LX_CLASS(TLxDOMNodeListBase, TLxDOMObject)
+  TLxDOMNodeListBase() = default;
+
+  TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
+  /// Only a free-standing list without face may go with its last interface.
+  bool CanAutoDestroy() override;
+  /// The owning node's settings; a free-standing list's come from the defaults.
+  TLxXPathCollationClass GetCollation() override;
+  TLxDOMSelectMatchOption GetSelectMatchOption() override;
+
+  /// Raises EListError "List index out of bounds (%d)" outside 0..Count-1.
+  TLxDOMNode* GetItem(Integer idx) const { return FList.GetItems(idx); }
+  Integer Count() const noexcept { return FList.GetCount(); }
+  /// Empties the list; no node is unlinked or destroyed.
+  void Clear() noexcept { FList.Clear(); }
+  /// Inserts ANode as APos says; a reference node that is nil or not listed puts ldpBefore at
+  /// the front and ldpAfter at the end. Gives ANode.
+  TLxDOMNode* Add(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos);
+  TLxDOMNode* Add(TLxDOMNode* ANode, TLxDOMAbsPosition APos);
+  /// A nil ARefNode raises EAssertionFailed.
+  TLxDOMNode* Add(TLxDOMNode* ANode, TLxDOMRelPosition APos, TLxDOMNode* ARefNode);
+  /// Removes the first occurrence; nil when ANode isn't listed.
+  TLxDOMNode* Delete(TLxDOMNode* ANode);
+  TLxDOMNode* Delete(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  TLxDOMNode* Delete(const UnicodeString& ANamespaceURI, const UnicodeString& ALocalName);
+  /// Raise ELxDomNotFound on an empty list.
+  TLxDOMNode* First() const;
+  TLxDOMNode* Last() const;
+  /// Nil after the last item; an unlisted ARefNode gives the first item (nil when empty).
+  TLxDOMNode* Next(const TLxDOMNode* ARefNode) const;
+  /// Nil before the first item; raises EListError when ARefNode isn't listed.
+  TLxDOMNode* Previous(const TLxDOMNode* ARefNode) const;
+  bool ContainsNode(const TLxDOMNode* ANode) const;
+  Integer IndexOf(const TLxDOMNode* ANode) const;
+  /// The index of the last occurrence, searched from the end; -1 when not listed.
+  Integer LastIndexOf(const TLxDOMNode* ANode) const noexcept;
+  /// Raises EListError "List index out of bounds (%d)" outside 0..Count-1.
+  void DeleteAt(Integer AIndex) { FList.Delete(AIndex); }
+  /// The last node whose name matches: the local or qualified name as the options (or else the
+  /// match option) say, compared by the collation the options (or else the list) give. Raises
+  /// Exception for contradictory options or soCreate, ELxDomNotFound under soRaise when nothing
+  /// matches; else nil then.
+  TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  /// The last node with ALocalName in ANamespaceURI (any namespace when empty); nil when none.
+  TLxDOMNode* Find(const UnicodeString& ANamespaceURI, const UnicodeString& ALocalName);
+  TLxDOMNodeListBaseEnumerator GetEnumerator() const noexcept {
+    return TLxDOMNodeListBaseEnumerator(this);
+  }
+
+  /// Range-for over the items, with the enumerator's rules.
+  class Iterator {
+  public:
+    Iterator(const TLxDOMNodeListBase* AList, Integer AIndex) noexcept
+        : FList(AList), FIndex(AIndex) {}
+    TLxDOMNode* operator*() const { return FList->GetItem(FIndex); }
+    Iterator& operator++() noexcept {
+      ++FIndex;
+      return *this;
+    }
+    bool operator!=(const Iterator&) const noexcept { return FIndex < FList->Count(); }
+
+  private:
+    const TLxDOMNodeListBase* FList;
+    Integer FIndex;
+  };
+  Iterator begin() const noexcept { return Iterator(this, 0); }
+  Iterator end() const noexcept { return Iterator(this, 0); }
+
+  /// The node that owns this list, nil for a free-standing one.
+  TLxDOMObject* Owner() const noexcept { return FParent; }
+  /// Sets the owner once, right after construction; the owner destroys the list.
+  void SetOwner(TLxDOMObject* AOwner) noexcept { FParent = AOwner; }
+
+protected:
+  ~TLxDOMNodeListBase() override = default;
+  TList<TLxDOMNode*> FList;
+};
+
+class TLxDOMNodeList : public TLxDOMNodeListBase {
+  LX_CLASS(TLxDOMNodeList, TLxDOMNodeListBase)
+  TLxDOMNodeList() = default;
+
+protected:
+  ~TLxDOMNodeList() override = default;
+};
+
+class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public ILxDOMNamedNodeList {
+  LX_CLASS(TLxDOMNodeListImpl, TLxDOMObjectImpl)
+  explicit TLxDOMNodeListImpl(TLxDOMNodeListBase* ADOMObject) : TLxDOMObjectImpl(ADOMObject) {}
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  TLxDOMNodeListBase* DOMList() const noexcept {
+    return static_cast<TLxDOMNodeListBase*>(FDOMObject);
+  }
+
+  using ILxDOMNamedNodeList::Delete;
+  IPtr<ILxDOMNode> GetItem(Integer idx) override;
+  void Clear() override;
+  IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, ILxDOMNode* ARefNode, TLxDOMPosition APos) override;
+  IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, TLxDOMAbsPosition APos) override;
+  IPtr<ILxDOMNode> Add(ILxDOMNode* ANode, TLxDOMRelPosition APos, ILxDOMNode* ARefNode) override;
+  IPtr<ILxDOMNode> Delete(ILxDOMNode* ANode) override;
+  Integer Count() override;
+  IPtr<ILxDOMNode> First() override;
+  IPtr<ILxDOMNode> Last() override;
+  IPtr<ILxDOMNode> Next(ILxDOMNode* ARefNode) override;
+  IPtr<ILxDOMNode> Previous(ILxDOMNode* ARefNode) override;
+  bool ContainsNode(ILxDOMNode* ANode) override;
+  IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
+                        TLxDOMSelectOptions ASelectOptions) override;
+  IPtr<ILxDOMNode> Find(const UnicodeString& ANamespaceURI,
+                        const UnicodeString& ALocalName) override;
+  IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
+                          TLxDOMSelectOptions ASelectOptions) override;
+  IPtr<ILxDOMNode> Delete(const UnicodeString& ANamespaceURI,
+                          const UnicodeString& ALocalName) override;
+
+protected:
+  ~TLxDOMNodeListImpl() override = default;
+};
+
+} // namespace lorvane

@@ -1,0 +1,11 @@
+/// The document tree: shared types, defaults and exceptions (LxDOMTypes.h), collations
+/// (LxDOMCollation.h), interfaces (LxDOMInterfaces.h), the two-layer object model
+/// (LxDOMObject.h), nodes (LxDOMNode.h) and node lists (LxDOMNodeList.h).
+#pragma once
+
+#include "lorvane/dom/LxDOMCollation.h"
+#include "lorvane/dom/LxDOMInterfaces.h"
+#include "lorvane/dom/LxDOMNode.h"
+#include "lorvane/dom/LxDOMNodeList.h"
+#include "lorvane/dom/LxDOMObject.h"
+#include "lorvane/dom/LxDOMTypes.h"

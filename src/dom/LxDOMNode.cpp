@@ -1,0 +1,305 @@
+// Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
+#include "lorvane/dom/LxDOMNode.h"
+
+#include "lorvane/dom/LxDOMNodeList.h"
+
+#include <vector>
+
+namespace lorvane {
+
+namespace {
+
+// Destroying a node destroys each child inside its own destruction. Below this depth children
+// are queued instead and destroyed by the outermost destruction, so that a tree as deep as its
+// input costs bounded stack.
+constexpr int MaxNestedDestructions = 200;
+thread_local int NestedDestructions = 0;
+thread_local std::vector<TLxDOMNode*>* QueuedDestructions = nullptr;
+
+// SetDOMDocument passes the document to the whole subtree by one walk from the top; the calls it
+// makes on the nodes below must not start walks of their own.
+thread_local bool DocumentWalkRunning = false;
+
+} // namespace
+
+// --- lifetime -----------------------------------------------------------------------------------
+
+TLxDOMNode::~TLxDOMNode() { lorvane::Free(FChildNodes); }
+
+void TLxDOMNode::BeforeDestruction() {
+  FDestroying = true;
+  std::vector<TLxDOMNode*> Queue;
+  const bool Outermost = !QueuedDestructions;
+  if (Outermost)
+    QueuedDestructions = &Queue;
+  struct TRestore {
+    bool Outermost;
+    ~TRestore() {
+      --NestedDestructions;
+      if (Outermost)
+        QueuedDestructions = nullptr;
+    }
+  } Restore{Outermost};
+  ++NestedDestructions;
+  Clear();
+  if (Outermost) {
+    // Each queued node starts again with the full depth budget.
+    --NestedDestructions;
+    while (!Queue.empty()) {
+      TLxDOMNode* Node = Queue.back();
+      Queue.pop_back();
+      Node->Free();
+    }
+    ++NestedDestructions;
+  }
+  if (FParent)
+    static_cast<TLxDOMNode*>(FParent)->RemoveChild(this);
+  if (FDOMImpl && FDOMImpl->RefCount() > 0) {
+    // The node stays alive as a free-standing node owned by the interfaces held on it.
+    FDestroying = false;
+    throw Exception(u"An instance of %s is destroyed while it's refcount is not 0!", {ClassName()});
+  }
+  inherited::BeforeDestruction();
+}
+
+bool TLxDOMNode::CanAutoDestroy() { return !FDOMImpl && inherited::CanAutoDestroy(); }
+
+void TLxDOMNode::Clear() {
+  if (!FChildNodes)
+    return;
+  for (Integer I = FChildNodes->Count() - 1; I >= 0; --I) {
+    TLxDOMNode* Child = FChildNodes->GetItem(I);
+    if (!Child->CanAutoDestroy()) {
+      RemoveChild(Child);
+    } else if (NestedDestructions >= MaxNestedDestructions && QueuedDestructions) {
+      // This node is being destroyed: the child may leave without the usual unlinking.
+      FChildNodes->DeleteAt(I);
+      Child->FParent = nullptr;
+      QueuedDestructions->push_back(Child);
+    } else {
+      Child->Free();
+    }
+  }
+}
+
+// --- faces --------------------------------------------------------------------------------------
+
+TLxDOMObjectImpl* TLxDOMNode::CreateDOMImpl(TLxDOMObject* ADOMObject) {
+  return New<TLxDOMNodeImpl>(static_cast<TLxDOMNode*>(ADOMObject));
+}
+
+TLxDOMNodeImpl* TLxDOMNode::DOMNodeImpl() const noexcept {
+  return static_cast<TLxDOMNodeImpl*>(FDOMImpl);
+}
+
+// --- linking ------------------------------------------------------------------------------------
+
+void TLxDOMNode::SetDOMDocument(TLxDOMObject* ADoc) {
+  inherited::SetDOMDocument(ADoc);
+  if (!FChildNodes || DocumentWalkRunning)
+    return;
+  DocumentWalkRunning = true;
+  struct TReset {
+    ~TReset() { DocumentWalkRunning = false; }
+  } Reset;
+  std::vector<TLxDOMNode*> Pending{this};
+  while (!Pending.empty()) {
+    TLxDOMNode* Node = Pending.back();
+    Pending.pop_back();
+    if (Node != this)
+      Node->SetDOMDocument(ADoc);
+    if (Node->FChildNodes)
+      for (TLxDOMNode* Child : *Node->FChildNodes)
+        Pending.push_back(Child);
+  }
+}
+
+void TLxDOMNode::SetParentNode(TLxDOMObject* AParent) {
+  inherited::SetParentNode(AParent);
+  if (!FDestroying && FDOMDocument)
+    RefreshNamespaces();
+}
+
+void TLxDOMNode::RefreshNamespaces() {
+  if (!FChildNodes)
+    return;
+  for (TLxDOMNode* Child : *FChildNodes)
+    Child->RefreshNamespaces();
+}
+
+TLxDOMNodeList* TLxDOMNode::ChildNodes() {
+  if (!FChildNodes) {
+    FChildNodes = New<TLxDOMNodeList>();
+    FChildNodes->SetOwner(this);
+  }
+  return FChildNodes;
+}
+
+TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNodeClass ANodeClass, TLxDOMNode* ARefNode,
+                                 TLxDOMPosition APos) {
+  TObject* Made = ANodeClass && ANodeClass->CreateDefault ? ANodeClass->CreateDefault() : nullptr;
+  auto* Node = dynamic_cast<TLxDOMNode*>(Made);
+  if (!Node) {
+    lorvane::Free(Made);
+    throw EInvalidCast(UnicodeString(SInvalidCast));
+  }
+  try {
+    return AddChild(Node, ARefNode, APos);
+  } catch (...) {
+    Node->Free();
+    throw;
+  }
+}
+
+TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  Assert(ANode != nullptr, u"A nil node can't be added");
+  if (ANode->HasChilds() || ANode == this) {
+    for (const TLxDOMObject* Ancestor = this; Ancestor; Ancestor = Ancestor->ParentObject())
+      if (Ancestor == ANode)
+        throw ELxDomException(u"A node can't be added below itself or one of its descendants.");
+  }
+  if (ANode->FParent)
+    static_cast<TLxDOMNode*>(ANode->FParent)->UnlinkChild(ANode);
+  ChildNodes()->Add(ANode, ARefNode, APos);
+  ANode->SetParentNode(this);
+  return ANode;
+}
+
+TLxDOMNode* TLxDOMNode::AppendChild(TLxDOMNode* newChild) {
+  return AddChild(newChild, nullptr, ldpLast);
+}
+
+TLxDOMNode* TLxDOMNode::InsertBefore(TLxDOMNode* newChild, TLxDOMNode* refChild) {
+  return AddChild(newChild, refChild, ldpBefore);
+}
+
+void TLxDOMNode::UnlinkChild(TLxDOMNode* AChildNode) {
+  if (AChildNode->FParent != this)
+    throw ELxDomNotFound(u"The node to remove is not a child of this node.");
+  AChildNode->SetParentNode(nullptr);
+  // Children leave from the end when a node is cleared, so the search starts there.
+  FChildNodes->DeleteAt(FChildNodes->LastIndexOf(AChildNode));
+}
+
+void TLxDOMNode::RemoveChild(TLxDOMNode* AChildNode) {
+  UnlinkChild(AChildNode);
+  if (AChildNode->CanAutoDestroy())
+    AChildNode->Free();
+}
+
+// --- values and names ---------------------------------------------------------------------------
+
+bool TLxDOMNode::GetPreserveSpace() {
+  return FParent ? static_cast<TLxDOMNode*>(FParent)->GetPreserveSpace() : DefaultPreserveCase;
+}
+
+UnicodeString TLxDOMNode::GetNodeValue() { return {}; }
+UnicodeString TLxDOMNode::GetText() { return {}; }
+UnicodeString TLxDOMNode::GetInnerXML() { return {}; }
+UnicodeString TLxDOMNode::GetFormattedInnerXML() { return {}; }
+
+UnicodeString TLxDOMNode::GetNamespaceURI() {
+  return FParent ? static_cast<TLxDOMNode*>(FParent)->GetNamespaceURI() : FNamespaceURI;
+}
+
+void TLxDOMNode::SetNodeValue(const UnicodeString&) {
+  throw ELxDomNotSupported(u"The SetNodeValue is not supported by the TLxDomNode");
+}
+
+void TLxDOMNode::SetInnerXML(const UnicodeString&) {
+  throw ELxDomNotSupported(u"The SetInnerXML is not supported by the TLxDomNode");
+}
+
+void TLxDOMNode::SetPrefix(const UnicodeString& Value) { FPrefix = Value; }
+
+void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
+  const auto Colon = Value.find(u':');
+  if (Colon == UnicodeString::npos) {
+    FPrefix.clear();
+    FLocalName = Value;
+  } else {
+    FPrefix.assign(Value, 0, Colon);
+    FLocalName.assign(Value, Colon + 1);
+  }
+  SetPrefix(UnicodeString(FPrefix));
+}
+
+UnicodeString TLxDOMNode::GetQualifiedName() const {
+  if (FPrefix.empty())
+    return FLocalName;
+  UnicodeString Result;
+  Result.reserve(FPrefix.size() + 1 + FLocalName.size());
+  return Result.append(FPrefix).append(1, u':').append(FLocalName);
+}
+
+// --- cloning ------------------------------------------------------------------------------------
+
+TLxDOMNode* TLxDOMNode::CreateClone() {
+  auto* Clone = static_cast<TLxDOMNode*>(ClassType()->CreateDefault());
+  try {
+    Clone->SetQualifiedName(GetQualifiedName());
+  } catch (...) {
+    Clone->Free();
+    throw;
+  }
+  return Clone;
+}
+
+TLxDOMNode* TLxDOMNode::CloneNode(bool AIncludeChildNodes) {
+  TOwned<TLxDOMNode> Result(CreateClone());
+  if (AIncludeChildNodes) {
+    // An explicit stack: the source's depth is the input's.
+    std::vector<std::pair<TLxDOMNode*, TLxDOMNode*>> Pending{{this, Result.get()}};
+    while (!Pending.empty()) {
+      auto [Source, Dest] = Pending.back();
+      Pending.pop_back();
+      if (!Source->FChildNodes)
+        continue;
+      for (TLxDOMNode* Child : *Source->FChildNodes) {
+        TLxDOMNode* Clone = Child->CreateClone();
+        Dest->AddChild(Clone, nullptr, ldpAfter);
+        Pending.emplace_back(Child, Clone);
+      }
+    }
+  }
+  return Result.release();
+}
+
+// --- walking ------------------------------------------------------------------------------------
+
+Integer TLxDOMNode::NodeCount() const noexcept { return FChildNodes ? FChildNodes->Count() : 0; }
+
+TLxDOMNode* TLxDOMNode::ParentNode() const noexcept { return static_cast<TLxDOMNode*>(FParent); }
+
+TLxDOMNode* TLxDOMNode::NextSibling() const {
+  return FParent ? ParentNode()->FChildNodes->Next(this) : nullptr;
+}
+
+TLxDOMNode* TLxDOMNode::PreviousSibling() const {
+  return FParent ? ParentNode()->FChildNodes->Previous(this) : nullptr;
+}
+
+bool TLxDOMNode::HasAttributes() const { return false; }
+
+UnicodeString TLxDOMNode::NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) const {
+  (void)AIdAttribName;
+  std::vector<const TLxDOMNode*> Chain;
+  for (const TLxDOMNode* Node = this; Node; Node = Node->ParentNode())
+    Chain.push_back(Node);
+  UnicodeString Result;
+  for (auto It = Chain.rbegin(); It != Chain.rend(); ++It) {
+    const TLxDOMNode* Node = *It;
+    if (Node->FNodeType == ntDocument) {
+      Result.clear();
+      continue;
+    }
+    if (Node->FParent)
+      Result += u'/';
+    if (Node->FNodeType == ntAttribute)
+      Result += u'@';
+    Result += ALocalNames ? Node->FLocalName : Node->GetQualifiedName();
+  }
+  return Result;
+}
+
+} // namespace lorvane

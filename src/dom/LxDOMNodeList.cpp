@@ -1,0 +1,239 @@
+// Node lists: positions, neighbours, searches by name, and their faces.
+#include "lorvane/dom/LxDOMNodeList.h"
+
+#include "lorvane/dom/LxDOMNode.h"
+
+namespace lorvane {
+
+namespace {
+constexpr std::u16string_view EmptyListMessage =
+    u"Failed to get the first node!\r\nThe list contains no nodes.";
+}
+
+bool TLxDOMNodeListBaseEnumerator::MoveNext() { return ++FIndex < FList->Count(); }
+
+TLxDOMNode* TLxDOMNodeListBaseEnumerator::GetCurrent() const { return FList->GetItem(FIndex); }
+
+TLxDOMObjectImpl* TLxDOMNodeListBase::CreateDOMImpl(TLxDOMObject* ADOMObject) {
+  return New<TLxDOMNodeListImpl>(static_cast<TLxDOMNodeListBase*>(ADOMObject));
+}
+
+bool TLxDOMNodeListBase::CanAutoDestroy() {
+  return !FDOMImpl && inherited::CanAutoDestroy() && !FParent;
+}
+
+TLxXPathCollationClass TLxDOMNodeListBase::GetCollation() {
+  return FParent ? FParent->GetCollation() : DefaultXPathCollation;
+}
+
+TLxDOMSelectMatchOption TLxDOMNodeListBase::GetSelectMatchOption() {
+  return FParent ? FParent->GetSelectMatchOption() : DefaultSelectMatchOption;
+}
+
+// --- positions ----------------------------------------------------------------------------------
+
+TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  switch (APos) {
+  case ldpFirst:
+    FList.Insert(0, ANode);
+    return ANode;
+  case ldpLast:
+    FList.Add(ANode);
+    return ANode;
+  case ldpBefore:
+  case ldpAfter:
+    if (ARefNode)
+      return Add(ANode, APos, ARefNode);
+    return Add(ANode, APos == ldpBefore ? ldpFirst : ldpLast);
+  }
+  return ANode;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMAbsPosition APos) {
+  return Add(ANode, nullptr, APos);
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMRelPosition APos,
+                                    TLxDOMNode* ARefNode) {
+  Assert(ARefNode != nullptr, u"A relative position needs a reference node");
+  const Integer Index = IndexOf(ARefNode);
+  if (APos == ldpBefore)
+    FList.Insert(Index < 0 ? 0 : Index, ANode);
+  else if (Index < 0)
+    FList.Add(ANode);
+  else
+    FList.Insert(Index + 1, ANode);
+  return ANode;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Delete(TLxDOMNode* ANode) {
+  const Integer Index = IndexOf(ANode);
+  if (Index < 0)
+    return nullptr;
+  FList.Delete(Index);
+  return ANode;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Delete(const UnicodeString& ANodeName,
+                                       TLxDOMSelectOptions ASelectOptions) {
+  TLxDOMNode* Found = Find(ANodeName, ASelectOptions);
+  return Found ? Delete(Found) : nullptr;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Delete(const UnicodeString& ANamespaceURI,
+                                       const UnicodeString& ALocalName) {
+  TLxDOMNode* Found = Find(ANamespaceURI, ALocalName);
+  return Found ? Delete(Found) : nullptr;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::First() const {
+  if (FList.GetCount() == 0)
+    throw ELxDomNotFound(UnicodeString(EmptyListMessage));
+  return FList.GetItems(0);
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Last() const {
+  if (FList.GetCount() == 0)
+    throw ELxDomNotFound(UnicodeString(EmptyListMessage));
+  return FList.GetItems(FList.GetCount() - 1);
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Next(const TLxDOMNode* ARefNode) const {
+  const Integer Index = IndexOf(ARefNode);
+  return Index + 1 < FList.GetCount() ? FList.GetItems(Index + 1) : nullptr;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Previous(const TLxDOMNode* ARefNode) const {
+  const Integer Index = IndexOf(ARefNode);
+  if (Index < 0)
+    throw EListError(u"The specified referencenode is not part of this list!");
+  return Index == 0 ? nullptr : FList.GetItems(Index - 1);
+}
+
+bool TLxDOMNodeListBase::ContainsNode(const TLxDOMNode* ANode) const { return IndexOf(ANode) >= 0; }
+
+Integer TLxDOMNodeListBase::IndexOf(const TLxDOMNode* ANode) const {
+  return FList.IndexOf(const_cast<TLxDOMNode*>(ANode));
+}
+
+Integer TLxDOMNodeListBase::LastIndexOf(const TLxDOMNode* ANode) const noexcept {
+  for (Integer I = FList.GetCount() - 1; I >= 0; --I)
+    if (FList[I] == ANode)
+      return I;
+  return -1;
+}
+
+// --- searches by name ---------------------------------------------------------------------------
+
+TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
+                                     TLxDOMSelectOptions ASelectOptions) {
+  if (ASelectOptions.Contains(soCaseSensitive) && ASelectOptions.Contains(soCaseInsensitive))
+    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+  if (ASelectOptions.Contains(soCreate))
+    throw Exception(u"It is not possible to specify soCreate!");
+  bool ByLocalName;
+  if (ASelectOptions.Contains(soLocalName))
+    ByLocalName = true;
+  else if (ASelectOptions.Contains(soQualifiedName))
+    ByLocalName = false;
+  else
+    ByLocalName = GetSelectMatchOption() == soLocalName;
+  TLxXPathCollationClass Collation;
+  if (ASelectOptions.Contains(soCaseSensitive))
+    Collation = TLxXPathCollationCodepoint::StaticClass();
+  else if (ASelectOptions.Contains(soCaseInsensitive))
+    Collation = TLxXPathCollationASCIICI::StaticClass();
+  else
+    Collation = GetCollation();
+
+  for (Integer I = FList.GetCount() - 1; I >= 0; --I) {
+    TLxDOMNode* Node = FList[I];
+    const bool Matches = ByLocalName || Node->GetPrefix().empty()
+                             ? Collation->SameText(Node->GetLocalName(), ANodeName)
+                             : Collation->SameText(Node->GetQualifiedName(), ANodeName);
+    if (Matches)
+      return Node;
+  }
+  if (ASelectOptions.Contains(soRaise))
+    throw ELxDomNotFound(u"There is no node for the given name \"%s\".", {ANodeName});
+  return nullptr;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANamespaceURI,
+                                     const UnicodeString& ALocalName) {
+  const TLxXPathCollationClass Collation = GetCollation();
+  for (Integer I = FList.GetCount() - 1; I >= 0; --I) {
+    TLxDOMNode* Node = FList[I];
+    if (Collation->SameText(Node->GetLocalName(), ALocalName) &&
+        (ANamespaceURI.empty() || Collation->SameText(Node->GetNamespaceURI(), ANamespaceURI)))
+      return Node;
+  }
+  return nullptr;
+}
+
+// --- face ---------------------------------------------------------------------------------------
+
+namespace {
+IPtr<ILxDOMNode> NodeInterface(TLxDOMNode* ANode) { return DOMInterface<ILxDOMNode>(ANode); }
+TLxDOMNode* NodeOf(ILxDOMNode* ANode) { return TLxDOMObjectImpl::Node(ANode); }
+} // namespace
+
+HRESULT TLxDOMNodeListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxDOMNamedNodeList::IID)
+    *AObj = static_cast<ILxDOMNamedNodeList*>(this);
+  else if (AIID == ILxDOMNodeList::IID)
+    *AObj = static_cast<ILxDOMNodeList*>(this);
+  else
+    return inherited::QueryInterface(AIID, AObj);
+  _AddRef();
+  return S_OK;
+}
+
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::GetItem(Integer idx) {
+  return NodeInterface(DOMList()->GetItem(idx));
+}
+void TLxDOMNodeListImpl::Clear() { DOMList()->Clear(); }
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Add(ILxDOMNode* ANode, ILxDOMNode* ARefNode,
+                                         TLxDOMPosition APos) {
+  return NodeInterface(DOMList()->Add(NodeOf(ANode), NodeOf(ARefNode), APos));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Add(ILxDOMNode* ANode, TLxDOMAbsPosition APos) {
+  return NodeInterface(DOMList()->Add(NodeOf(ANode), APos));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Add(ILxDOMNode* ANode, TLxDOMRelPosition APos,
+                                         ILxDOMNode* ARefNode) {
+  return NodeInterface(DOMList()->Add(NodeOf(ANode), APos, NodeOf(ARefNode)));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(ILxDOMNode* ANode) {
+  return NodeInterface(DOMList()->Delete(NodeOf(ANode)));
+}
+Integer TLxDOMNodeListImpl::Count() { return DOMList()->Count(); }
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::First() { return NodeInterface(DOMList()->First()); }
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Last() { return NodeInterface(DOMList()->Last()); }
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Next(ILxDOMNode* ARefNode) {
+  return NodeInterface(DOMList()->Next(NodeOf(ARefNode)));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Previous(ILxDOMNode* ARefNode) {
+  return NodeInterface(DOMList()->Previous(NodeOf(ARefNode)));
+}
+bool TLxDOMNodeListImpl::ContainsNode(ILxDOMNode* ANode) {
+  return DOMList()->ContainsNode(NodeOf(ANode));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Find(const UnicodeString& ANodeName,
+                                          TLxDOMSelectOptions ASelectOptions) {
+  return NodeInterface(DOMList()->Find(ANodeName, ASelectOptions));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Find(const UnicodeString& ANamespaceURI,
+                                          const UnicodeString& ALocalName) {
+  return NodeInterface(DOMList()->Find(ANamespaceURI, ALocalName));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(const UnicodeString& ANodeName,
+                                            TLxDOMSelectOptions ASelectOptions) {
+  return NodeInterface(DOMList()->Delete(ANodeName, ASelectOptions));
+}
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(const UnicodeString& ANamespaceURI,
+                                            const UnicodeString& ALocalName) {
+  return NodeInterface(DOMList()->Delete(ANamespaceURI, ALocalName));
+}
+
+} // namespace lorvane
