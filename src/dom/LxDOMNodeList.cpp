@@ -80,8 +80,8 @@ TLxDOMNode* TLxDOMNodeListBase::Delete(const UnicodeString& ANodeName,
   return Found ? Delete(Found) : nullptr;
 }
 
-TLxDOMNode* TLxDOMNodeListBase::Delete(const UnicodeString& ANamespaceURI,
-                                       const UnicodeString& ALocalName) {
+TLxDOMNode* TLxDOMNodeListBase::Delete(std::u16string_view ANamespaceURI,
+                                       std::u16string_view ALocalName) {
   TLxDOMNode* Found = Find(ANamespaceURI, ALocalName);
   return Found ? Delete(Found) : nullptr;
 }
@@ -159,13 +159,14 @@ TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
   return nullptr;
 }
 
-TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANamespaceURI,
-                                     const UnicodeString& ALocalName) {
+TLxDOMNode* TLxDOMNodeListBase::Find(std::u16string_view ANamespaceURI,
+                                     std::u16string_view ALocalName) {
   const TLxXPathCollationClass Collation = GetCollation();
+  const UnicodeString LocalName(ALocalName), NamespaceURI(ANamespaceURI);
   for (Integer I = FList.GetCount() - 1; I >= 0; --I) {
     TLxDOMNode* Node = FList[I];
-    if (Collation->SameText(Node->GetLocalName(), ALocalName) &&
-        (ANamespaceURI.empty() || Collation->SameText(Node->GetNamespaceURI(), ANamespaceURI)))
+    if (Collation->SameText(Node->GetLocalName(), LocalName) &&
+        (NamespaceURI.empty() || Collation->SameText(Node->GetNamespaceURI(), NamespaceURI)))
       return Node;
   }
   return nullptr;
@@ -223,16 +224,16 @@ IPtr<ILxDOMNode> TLxDOMNodeListImpl::Find(const UnicodeString& ANodeName,
                                           TLxDOMSelectOptions ASelectOptions) {
   return NodeInterface(DOMList()->Find(ANodeName, ASelectOptions));
 }
-IPtr<ILxDOMNode> TLxDOMNodeListImpl::Find(const UnicodeString& ANamespaceURI,
-                                          const UnicodeString& ALocalName) {
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Find(std::u16string_view ANamespaceURI,
+                                          std::u16string_view ALocalName) {
   return NodeInterface(DOMList()->Find(ANamespaceURI, ALocalName));
 }
 IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(const UnicodeString& ANodeName,
                                             TLxDOMSelectOptions ASelectOptions) {
   return NodeInterface(DOMList()->Delete(ANodeName, ASelectOptions));
 }
-IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(const UnicodeString& ANamespaceURI,
-                                            const UnicodeString& ALocalName) {
+IPtr<ILxDOMNode> TLxDOMNodeListImpl::Delete(std::u16string_view ANamespaceURI,
+                                            std::u16string_view ALocalName) {
   return NodeInterface(DOMList()->Delete(ANamespaceURI, ALocalName));
 }
 

@@ -83,7 +83,8 @@ protected:
 };
 
 /// Look-ups by name walk from the last item to the first: of several nodes with one name, the
-/// one nearest the end is found.
+/// one nearest the end is found. The namespace forms take views, so that a braced option set
+/// never reads as a string.
 class ILxDOMNamedNodeList : public ILxDOMNodeList {
 public:
   static constexpr TGUID IID{
@@ -92,12 +93,12 @@ public:
   virtual IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
                                 TLxDOMSelectOptions ASelectOptions) = 0;
   /// An empty ANamespaceURI matches any namespace.
-  virtual IPtr<ILxDOMNode> Find(const UnicodeString& ANamespaceURI,
-                                const UnicodeString& ALocalName) = 0;
+  virtual IPtr<ILxDOMNode> Find(std::u16string_view ANamespaceURI,
+                                std::u16string_view ALocalName) = 0;
   virtual IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
                                   TLxDOMSelectOptions ASelectOptions) = 0;
-  virtual IPtr<ILxDOMNode> Delete(const UnicodeString& ANamespaceURI,
-                                  const UnicodeString& ALocalName) = 0;
+  virtual IPtr<ILxDOMNode> Delete(std::u16string_view ANamespaceURI,
+                                  std::u16string_view ALocalName) = 0;
 
 protected:
   ~ILxDOMNamedNodeList() = default;

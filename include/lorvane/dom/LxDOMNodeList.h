@@ -53,7 +53,7 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   /// Removes the first occurrence; nil when ANode isn't listed.
   TLxDOMNode* Delete(TLxDOMNode* ANode);
   TLxDOMNode* Delete(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
-  TLxDOMNode* Delete(const UnicodeString& ANamespaceURI, const UnicodeString& ALocalName);
+  TLxDOMNode* Delete(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   /// Raise ELxDomNotFound on an empty list.
   TLxDOMNode* First() const;
   TLxDOMNode* Last() const;
@@ -73,7 +73,7 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   /// matches; else nil then.
   TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
   /// The last node with ALocalName in ANamespaceURI (any namespace when empty); nil when none.
-  TLxDOMNode* Find(const UnicodeString& ANamespaceURI, const UnicodeString& ALocalName);
+  TLxDOMNode* Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   TLxDOMNodeListBaseEnumerator GetEnumerator() const noexcept {
     return TLxDOMNodeListBaseEnumerator(this);
   }
@@ -139,12 +139,11 @@ class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public ILxDOMNamedNodeList {
   bool ContainsNode(ILxDOMNode* ANode) override;
   IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
                         TLxDOMSelectOptions ASelectOptions) override;
-  IPtr<ILxDOMNode> Find(const UnicodeString& ANamespaceURI,
-                        const UnicodeString& ALocalName) override;
+  IPtr<ILxDOMNode> Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) override;
   IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
                           TLxDOMSelectOptions ASelectOptions) override;
-  IPtr<ILxDOMNode> Delete(const UnicodeString& ANamespaceURI,
-                          const UnicodeString& ALocalName) override;
+  IPtr<ILxDOMNode> Delete(std::u16string_view ANamespaceURI,
+                          std::u16string_view ALocalName) override;
 
 protected:
   ~TLxDOMNodeListImpl() override = default;
