@@ -1,7 +1,8 @@
 /// The interfaces of the document tree: a node and the lists of nodes.
 ///
 /// Node arguments are borrowed for the call; node results are counted references, nil where the
-/// data side gives none. Every interface on a node or a list keeps that object and all its
+/// data side gives none. Interfaces extend each other virtually, so that a face class implements
+/// an interface once and its descendants' faces inherit that implementation. Every interface on a node or a list keeps that object and all its
 /// ancestors alive (see LxDOMObject.h).
 #pragma once
 
@@ -85,7 +86,7 @@ protected:
 /// Look-ups by name walk from the last item to the first: of several nodes with one name, the
 /// one nearest the end is found. The namespace forms take views, so that a braced option set
 /// never reads as a string.
-class ILxDOMNamedNodeList : public ILxDOMNodeList {
+class ILxDOMNamedNodeList : public virtual ILxDOMNodeList {
 public:
   static constexpr TGUID IID{
       0x419178C6, 0xB412, 0x4E19, {0x85, 0xE8, 0x22, 0x94, 0x10, 0xA5, 0xE6, 0x95}};

@@ -110,7 +110,7 @@ protected:
   UnicodeString FNamespaceURI;
 };
 
-class TLxDOMNodeImpl : public TLxDOMObjectImpl, public ILxDOMNode {
+class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {
   LX_CLASS(TLxDOMNodeImpl, TLxDOMObjectImpl)
   explicit TLxDOMNodeImpl(TLxDOMNode* ADOMObject) : TLxDOMObjectImpl(ADOMObject) {}
 

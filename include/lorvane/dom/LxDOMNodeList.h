@@ -115,7 +115,7 @@ protected:
   ~TLxDOMNodeList() override = default;
 };
 
-class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public ILxDOMNamedNodeList {
+class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public virtual ILxDOMNamedNodeList {
   LX_CLASS(TLxDOMNodeListImpl, TLxDOMObjectImpl)
   explicit TLxDOMNodeListImpl(TLxDOMNodeListBase* ADOMObject) : TLxDOMObjectImpl(ADOMObject) {}
 
