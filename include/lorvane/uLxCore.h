@@ -8,3 +8,4 @@
 #include "lorvane/core/LxObject.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/core/LxTextParser.h"
+#include "lorvane/core/LxWellKnownNames.h"

@@ -1,10 +1,13 @@
 /// The document tree: shared types, defaults and exceptions (LxDOMTypes.h), collations
 /// (LxDOMCollation.h), interfaces (LxDOMInterfaces.h), the two-layer object model
-/// (LxDOMObject.h), nodes (LxDOMNode.h), node lists (LxDOMNodeList.h) and the implementation object
+/// (LxDOMObject.h), nodes (LxDOMNode.h), elements (LxDOMElement.h), attributes
+/// (LxDOMAttribute.h), node lists (LxDOMNodeList.h) and the implementation object
 /// of the standard DOM abstraction (LxDOMImplementation.h).
 #pragma once
 
+#include "lorvane/dom/LxDOMAttribute.h"
 #include "lorvane/dom/LxDOMCollation.h"
+#include "lorvane/dom/LxDOMElement.h"
 #include "lorvane/dom/LxDOMImplementation.h"
 #include "lorvane/dom/LxDOMInterfaces.h"
 #include "lorvane/dom/LxDOMNode.h"

@@ -1,7 +1,7 @@
 // Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
 #include "lorvane/dom/LxDOMNode.h"
 
-#include "lorvane/dom/LxDOMNodeList.h"
+#include "lorvane/dom/LxDOMElement.h"
 
 #include <vector>
 
@@ -121,10 +121,17 @@ void TLxDOMNode::SetParentNode(TLxDOMObject* AParent) {
 }
 
 void TLxDOMNode::RefreshNamespaces() {
-  if (!FChildNodes)
-    return;
-  for (TLxDOMNode* Child : *FChildNodes)
-    Child->RefreshNamespaces();
+  // Parents first, children in order, by an explicit stack: a subtree linked into a document may
+  // be as deep as any input.
+  std::vector<TLxDOMNode*> Pending{this};
+  while (!Pending.empty()) {
+    TLxDOMNode* Node = Pending.back();
+    Pending.pop_back();
+    Node->RefreshOwnNamespaces();
+    if (Node->FChildNodes)
+      for (Integer I = Node->FChildNodes->Count() - 1; I >= 0; --I)
+        Pending.push_back(Node->FChildNodes->GetItem(I));
+  }
 }
 
 TLxDOMNodeList* TLxDOMNode::ChildNodes() {
@@ -151,7 +158,7 @@ TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNodeClass ANodeClass, TLxDOMNode* ARefNod
   }
 }
 
-TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+void TLxDOMNode::PrepareToAdd(TLxDOMNode* ANode) {
   Assert(ANode != nullptr, u"A nil node can't be added");
   if (ANode->HasChilds() || ANode == this) {
     for (const TLxDOMObject* Ancestor = this; Ancestor; Ancestor = Ancestor->ParentObject())
@@ -160,6 +167,10 @@ TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOM
   }
   if (ANode->FParent)
     static_cast<TLxDOMNode*>(ANode->FParent)->UnlinkChild(ANode);
+}
+
+TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  PrepareToAdd(ANode);
   ChildNodes()->Add(ANode, ARefNode, APos);
   ANode->SetParentNode(this);
   return ANode;
@@ -279,10 +290,11 @@ TLxDOMNode* TLxDOMNode::PreviousSibling() const {
   return FParent ? ParentNode()->FChildNodes->Previous(this) : nullptr;
 }
 
-bool TLxDOMNode::HasAttributes() const { return false; }
+bool TLxDOMNode::HasAttributes() const {
+  return FNodeType == ntElement && static_cast<const TLxDOMElement*>(this)->AttributeCount() > 0;
+}
 
 UnicodeString TLxDOMNode::NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) const {
-  (void)AIdAttribName;
   std::vector<const TLxDOMNode*> Chain;
   for (const TLxDOMNode* Node = this; Node; Node = Node->ParentNode())
     Chain.push_back(Node);
@@ -298,6 +310,18 @@ UnicodeString TLxDOMNode::NodePath(bool ALocalNames, const UnicodeString& AIdAtt
     if (Node->FNodeType == ntAttribute)
       Result += u'@';
     Result += ALocalNames ? Node->FLocalName : Node->GetQualifiedName();
+    if (Node->FNodeType == ntElement && !AIdAttribName.empty()) {
+      TLxDOMSelectOptions Options{soCaseInsensitive};
+      if (ALocalNames)
+        Options.Include(soLocalName);
+      auto* Element = const_cast<TLxDOMElement*>(static_cast<const TLxDOMElement*>(Node));
+      if (TLxDOMAttribute* Id = Element->FindAttribute(AIdAttribName, Options))
+        Result.append(u"[@")
+            .append(AIdAttribName)
+            .append(u"=\"")
+            .append(Id->GetNodeValue())
+            .append(u"\"]");
+    }
   }
   return Result;
 }

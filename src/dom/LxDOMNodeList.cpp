@@ -1,7 +1,7 @@
 // Node lists: positions, neighbours, searches by name, and their faces.
 #include "lorvane/dom/LxDOMNodeList.h"
 
-#include "lorvane/dom/LxDOMNode.h"
+#include "lorvane/dom/LxDOMElement.h"
 
 namespace lorvane {
 
@@ -170,6 +170,99 @@ TLxDOMNode* TLxDOMNodeListBase::Find(std::u16string_view ANamespaceURI,
       return Node;
   }
   return nullptr;
+}
+
+// --- element and attribute lists ---------------------------------------------------------------
+
+TLxDOMElement* TLxDOMElementListEnumerator::GetCurrent() const {
+  return static_cast<TLxDOMElement*>(TLxDOMNodeListBaseEnumerator::GetCurrent());
+}
+
+TLxDOMObjectImpl* TLxDOMElementList::CreateDOMImpl(TLxDOMObject* ADOMObject) {
+  return New<TLxDOMElementListImpl>(static_cast<TLxDOMElementList*>(ADOMObject));
+}
+
+TLxDOMElement* TLxDOMElementList::GetItem(Integer idx) const {
+  return static_cast<TLxDOMElement*>(TLxDOMNodeListBase::GetItem(idx));
+}
+
+TLxDOMElement* TLxDOMElementList::GetItem(const Variant& idx) {
+  return GetItemEx(idx, DefaultSelectCheckOption);
+}
+
+TLxDOMElement* TLxDOMElementList::GetItemEx(const Variant& idx, TLxDOMSelectCheckOption AOption) {
+  if (VarIsOrdinal(idx) && VarType(idx) != varBoolean)
+    return GetItem(idx.AsInteger());
+  if (!VarIsStr(idx))
+    throw EListError(u"Invalid idx value");
+  const UnicodeString Name = VarToStr(idx);
+  TLxDOMSelectOptions Options{GetCaseSensitive() ? soCaseSensitive : soCaseInsensitive};
+  if (AOption == coCreate)
+    Options.Include(soCreate);
+  else if (AOption == coRaise)
+    Options.Include(soRaise);
+  Options.Include(Name.find(u':') == UnicodeString::npos ? soLocalName : soQualifiedName);
+
+  auto* Owner = FParent && static_cast<TLxDOMNode*>(FParent)->GetNodeType() == ntElement
+                    ? static_cast<TLxDOMElement*>(FParent)
+                    : nullptr;
+  TLxDOMElement* Result;
+  if (Name == u".")
+    Result = Owner;
+  else if (AOption == coCreate)
+    Result = Owner ? Owner->ElementByName(Name, Options) : nullptr;
+  else
+    Result = static_cast<TLxDOMElement*>(Find(Name, Options));
+  if (!Result && AOption == coRaise)
+    throw EListError(u"There is no childelement with the name %s!", {Name});
+  return Result;
+}
+
+TLxDOMObjectImpl* TLxDOMAttrList::CreateDOMImpl(TLxDOMObject* ADOMObject) {
+  return New<TLxDOMAttrListImpl>(static_cast<TLxDOMAttrList*>(ADOMObject));
+}
+
+TLxDOMAttribute* TLxDOMAttrList::GetItem(Integer idx) const {
+  return static_cast<TLxDOMAttribute*>(TLxDOMNodeListBase::GetItem(idx));
+}
+
+TLxDOMAttribute* TLxDOMAttrList::FindNamespace(const UnicodeString& ANamespaceURI) {
+  const TLxXPathCollationClass Collation = GetCollation();
+  for (TLxDOMNode* Node : FList) {
+    auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+    if (Attribute->IsNamespace() && Collation->SameText(Attribute->GetNodeValue(), ANamespaceURI))
+      return Attribute;
+  }
+  return nullptr;
+}
+
+HRESULT TLxDOMElementListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID != ILxDOMElementList::IID)
+    return inherited::QueryInterface(AIID, AObj);
+  *AObj = static_cast<ILxDOMElementList*>(this);
+  _AddRef();
+  return S_OK;
+}
+
+IPtr<ILxDOMElement> TLxDOMElementListImpl::GetElement(const Variant& idx) {
+  return DOMInterface<ILxDOMElement>(static_cast<TLxDOMElementList*>(DOMList())->GetItem(idx));
+}
+
+HRESULT TLxDOMAttrListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID != ILxDOMAttrList::IID)
+    return inherited::QueryInterface(AIID, AObj);
+  *AObj = static_cast<ILxDOMAttrList*>(this);
+  _AddRef();
+  return S_OK;
+}
+
+IPtr<ILxDOMAttribute> TLxDOMAttrListImpl::GetAttribute(Integer idx) {
+  return DOMInterface<ILxDOMAttribute>(static_cast<TLxDOMAttrList*>(DOMList())->GetItem(idx));
+}
+
+IPtr<ILxDOMAttribute> TLxDOMAttrListImpl::FindNamespace(const UnicodeString& ANamespaceURI) {
+  return DOMInterface<ILxDOMAttribute>(
+      static_cast<TLxDOMAttrList*>(DOMList())->FindNamespace(ANamespaceURI));
 }
 
 // --- face ---------------------------------------------------------------------------------------

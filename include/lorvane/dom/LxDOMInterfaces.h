@@ -1,16 +1,19 @@
-/// The interfaces of the document tree: a node and the lists of nodes.
+/// The interfaces of the document tree: a node, the lists of nodes, attributes and elements.
 ///
 /// Node arguments are borrowed for the call; node results are counted references, nil where the
 /// data side gives none. Interfaces extend each other virtually, so that a face class implements
-/// an interface once and its descendants' faces inherit that implementation. Every interface on a node or a list keeps that object and all its
-/// ancestors alive (see LxDOMObject.h).
+/// an interface once and its descendants' faces inherit that implementation. Every interface on a
+/// node or a list keeps that object and all its ancestors alive (see LxDOMObject.h).
 #pragma once
 
 #include "lorvane/dom/LxDOMTypes.h"
+#include "lorvane/platform/Variants.h"
 
 namespace lorvane {
 
 class ILxDOMNodeList;
+class ILxDOMElement;
+class ILxDOMAttribute;
 
 class ILxDOMNode : public virtual IInterface {
 public:
@@ -103,6 +106,145 @@ public:
 
 protected:
   ~ILxDOMNamedNodeList() = default;
+};
+
+class ILxDOMElementList : public virtual ILxDOMNamedNodeList {
+public:
+  static constexpr TGUID IID{
+      0x2FCF2A5C, 0x1E4D, 0x4A6B, {0xA4, 0xCC, 0xB7, 0xE3, 0xD5, 0x1E, 0xF0, 0xBF}};
+  /// By index, or by name under the check option of the owner's document (see
+  /// TLxDOMElementList::GetItemEx).
+  virtual IPtr<ILxDOMElement> GetElement(const Variant& idx) = 0;
+
+protected:
+  ~ILxDOMElementList() = default;
+};
+
+class ILxDOMAttrList : public virtual ILxDOMNamedNodeList {
+public:
+  static constexpr TGUID IID{
+      0x2B9CB8D1, 0x933F, 0x478B, {0xAF, 0xBB, 0xCE, 0x85, 0x95, 0x03, 0xE3, 0xA5}};
+  virtual IPtr<ILxDOMAttribute> GetAttribute(Integer idx) = 0;
+  /// The first declaration whose value is ANamespaceURI; nil when none.
+  virtual IPtr<ILxDOMAttribute> FindNamespace(const UnicodeString& ANamespaceURI) = 0;
+
+protected:
+  ~ILxDOMAttrList() = default;
+};
+
+/// An attribute holds its value in the text form that stands between the quotes of the document.
+class ILxDOMAttribute : public virtual ILxDOMNode {
+public:
+  static constexpr TGUID IID{
+      0x6B483B79, 0xEE49, 0x47ED, {0xAB, 0x1F, 0xDE, 0x96, 0x2A, 0x51, 0x5E, 0xE9}};
+  /// "xmlns", or any name with the prefix "xmlns", without regard to case.
+  virtual bool IsNamespace() = 0;
+  /// The prefix a declaration declares, empty for the default one; raises EAssertionFailed on an
+  /// attribute that is no declaration.
+  virtual UnicodeString NamespacePrefix() = 0;
+  /// The neighbours among the element's attributes; nil at the ends or without element parent.
+  virtual IPtr<ILxDOMAttribute> NextAttribute() = 0;
+  virtual IPtr<ILxDOMAttribute> PreviousAttribute() = 0;
+
+protected:
+  ~ILxDOMAttribute() = default;
+};
+
+/// Children, attributes and namespace declarations of an element. Names are looked up in the
+/// typed lists from the last to the first; forms with a namespace take views so that a braced
+/// option set never reads as a string.
+class ILxDOMElement : public virtual ILxDOMNode {
+public:
+  static constexpr TGUID IID{
+      0x65ED5DED, 0x892D, 0x47D4, {0xB1, 0xF9, 0xE0, 0x6D, 0x53, 0x4D, 0x8C, 0x43}};
+  /// Reading a missing attribute creates it with an empty value.
+  virtual UnicodeString GetAttrib(const UnicodeString& AAttribName) = 0;
+  /// A missing attribute raises ELxDomNotFound.
+  virtual UnicodeString GetAttribNS(std::u16string_view ANamespaceURI,
+                                    std::u16string_view ALocalName) = 0;
+  virtual void SetAttrib(const UnicodeString& AAttribName, const UnicodeString& Value) = 0;
+  /// Declares the namespace directly before a new attribute when it isn't in scope.
+  virtual void SetAttribNS(std::u16string_view ANamespaceURI, std::u16string_view ALocalName,
+                           const UnicodeString& Value) = 0;
+  /// Writes "xml:space" and passes the state down to the elements that have no such attribute.
+  virtual void SetPreseveSpace(bool Value) = 0;
+  virtual IPtr<ILxDOMAttrList> GetAttributes() = 0;
+  virtual IPtr<ILxDOMElementList> GetElements() = 0;
+  virtual IPtr<ILxDOMNodeList> GetCharNodes() = 0;
+  virtual IPtr<ILxDOMAttrList> GetNamespaces() = 0;
+  virtual Integer ElementCount() = 0;
+  virtual Integer AttributeCount() = 0;
+  virtual IPtr<ILxDOMElement> AddElement(const UnicodeString& ATagName) = 0;
+  virtual IPtr<ILxDOMElement> AddElement(std::u16string_view ANamespaceURI,
+                                         std::u16string_view AQualifiedName) = 0;
+  /// Never replaces an attribute of the same name.
+  virtual IPtr<ILxDOMAttribute> AddAttribute(const UnicodeString& AAttibuteName) = 0;
+  virtual IPtr<ILxDOMAttribute> AddAttribute(std::u16string_view ANamespaceURI,
+                                             std::u16string_view AQualifiedName) = 0;
+  virtual IPtr<ILxDOMElement> InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
+                                            ILxDOMElement* ARefChild) = 0;
+  virtual IPtr<ILxDOMElement> InsertElement(std::u16string_view ANamespaceURI,
+                                            std::u16string_view AQualifiedName,
+                                            TLxDOMPosition APosition, ILxDOMElement* ARefChild) = 0;
+  virtual void RemoveElement(ILxDOMElement* AElement) = 0;
+  /// A missing name does nothing.
+  virtual void RemoveElement(const UnicodeString& AElementName) = 0;
+  /// A missing element raises ELxDomNotFound.
+  virtual void RemoveElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) = 0;
+  virtual void RemoveAttribute(ILxDOMAttribute* AAttribute) = 0;
+  virtual void RemoveAttribute(const UnicodeString& AAttribName) = 0;
+  virtual void RemoveAttribute(std::u16string_view ANamespaceURI,
+                               std::u16string_view ALocalName) = 0;
+  virtual IPtr<ILxDOMElement> FindElement(const UnicodeString& ANodeName,
+                                          TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual IPtr<ILxDOMElement> FindElement(std::u16string_view ANamespaceURI,
+                                          std::u16string_view ALocalName) = 0;
+  virtual IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
+                                            std::u16string_view ALocalName,
+                                            TLxDOMSelectCheckOption ACheckOption) = 0;
+  virtual IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
+                                            std::u16string_view AQualifiedName,
+                                            bool ACreateWhenNotFound) = 0;
+  virtual IPtr<ILxDOMElement> ElementByName(const UnicodeString& ANodeName,
+                                            TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual IPtr<ILxDOMAttribute> FindAttribute(const UnicodeString& ANodeName,
+                                              TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual IPtr<ILxDOMAttribute> FindAttribute(std::u16string_view ANamespaceURI,
+                                              std::u16string_view ALocalName) = 0;
+  virtual IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
+                                                std::u16string_view ALocalName) = 0;
+  virtual IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
+                                                std::u16string_view AQualifiedName,
+                                                bool ACreateWhenNotFound) = 0;
+  virtual IPtr<ILxDOMAttribute> AttributeByName(const UnicodeString& ANodeName,
+                                                TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual bool HasChildElement(const UnicodeString& ANodeName,
+                               TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual bool HasChildElement(std::u16string_view ANamespaceURI,
+                               std::u16string_view AQualifiedName) = 0;
+  virtual bool HasChildElements() = 0;
+  virtual IPtr<ILxDOMElement> FirstElement() = 0;
+  virtual IPtr<ILxDOMElement> LastElement() = 0;
+  virtual bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual bool HasAttribute(std::u16string_view ANamespaceURI,
+                            std::u16string_view AQualifiedName) = 0;
+  virtual IPtr<ILxDOMAttribute> FirstAttribute() = 0;
+  virtual IPtr<ILxDOMAttribute> LastAttribute() = 0;
+  /// Nil when the parent is no element.
+  virtual IPtr<ILxDOMElement> ParentElement() = 0;
+  virtual IPtr<ILxDOMElement> NextElement() = 0;
+  virtual IPtr<ILxDOMElement> PreviousElement() = 0;
+  /// A new list that the result owns: the element itself and, with ARecursive, its descendants
+  /// whose prefix and local name match ("*" matches any).
+  virtual IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodeName,
+                                                    bool ARecursive) = 0;
+  /// The same by namespace URI and local name; an empty URI matches elements without namespace.
+  virtual IPtr<ILxDOMElementList> CreateElementList(std::u16string_view namespaceURI,
+                                                    std::u16string_view localName,
+                                                    bool ARecursive) = 0;
+
+protected:
+  ~ILxDOMElement() = default;
 };
 
 } // namespace lorvane

@@ -44,6 +44,8 @@ class TLxDOMNode : public TLxDOMObject {
   virtual void SetQualifiedName(const UnicodeString& Value);
   /// Raises ELxDomNotSupported on kinds without inner XML.
   virtual void SetInnerXML(const UnicodeString& Value);
+  /// Resolves the namespace links of this node and its whole subtree anew, parents before
+  /// children, children in order.
   virtual void RefreshNamespaces();
   virtual void NormalizeTextNodes() {}
   /// A new free-standing node of this class with the same name (and, for kinds with a value,
@@ -93,6 +95,10 @@ protected:
   /// has left its parent by then.
   ~TLxDOMNode() override;
 
+  /// This node's own part of RefreshNamespaces; the walk over the subtree calls it for every node.
+  virtual void RefreshOwnNamespaces() {}
+  /// Makes ANode ready to be linked here: refuses a cycle, and unlinks ANode from a parent it has.
+  void PrepareToAdd(TLxDOMNode* ANode);
   /// Takes AChildNode out of this node's lists and unlinks it, destroying nothing; raises
   /// ELxDomNotFound when it isn't a child. Adding a linked node to another parent moves it.
   virtual void UnlinkChild(TLxDOMNode* AChildNode);

@@ -115,6 +115,57 @@ protected:
   ~TLxDOMNodeList() override = default;
 };
 
+class TLxDOMElement;
+class TLxDOMAttribute;
+
+/// Walks an element list giving elements.
+class TLxDOMElementListEnumerator : public TLxDOMNodeListBaseEnumerator {
+public:
+  using TLxDOMNodeListBaseEnumerator::TLxDOMNodeListBaseEnumerator;
+  TLxDOMElement* GetCurrent() const;
+};
+
+/// The child elements of an element, or a free-standing result of a selection.
+class TLxDOMElementList : public TLxDOMNodeListBase {
+  LX_CLASS(TLxDOMElementList, TLxDOMNodeListBase)
+  TLxDOMElementList() = default;
+
+  TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
+  /// GetItemEx with the check option of the owner's document, or DefaultSelectCheckOption.
+  TLxDOMElement* GetItem(const Variant& idx);
+  /// Raises EListError "List index out of bounds (%d)" outside 0..Count-1.
+  TLxDOMElement* GetItem(Integer idx) const;
+  TLxDOMElement* GetItem(Integer idx) { return std::as_const(*this).GetItem(idx); }
+  /// An integer index gives the item (EListError outside the list). A name is looked up with the
+  /// list's case rule, by local name without ":" and by qualified name with one; "." gives the
+  /// owning element. Under coRaise a missing name raises ELxDomNotFound (from the look-up), a list
+  /// without owner asked for "." EListError "There is no childelement with the name %s!"; under
+  /// coReturnNil it gives nil. Any other kind of index raises EListError "Invalid idx value".
+  TLxDOMElement* GetItemEx(const Variant& idx, TLxDOMSelectCheckOption AOption);
+  TLxDOMElementListEnumerator GetEnumerator() const noexcept {
+    return TLxDOMElementListEnumerator(this);
+  }
+
+protected:
+  ~TLxDOMElementList() override = default;
+};
+
+/// The attributes of an element, or the namespace declarations in scope at it.
+class TLxDOMAttrList : public TLxDOMNodeListBase {
+  LX_CLASS(TLxDOMAttrList, TLxDOMNodeListBase)
+  TLxDOMAttrList() = default;
+
+  TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
+  TLxDOMAttribute* GetItem(Integer idx) const;
+  /// The first declaration, from the front, whose decoded value equals ANamespaceURI by the
+  /// list's collation; nil when none. In an element's declarations in scope that is the
+  /// outermost.
+  TLxDOMAttribute* FindNamespace(const UnicodeString& ANamespaceURI);
+
+protected:
+  ~TLxDOMAttrList() override = default;
+};
+
 class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public virtual ILxDOMNamedNodeList {
   LX_CLASS(TLxDOMNodeListImpl, TLxDOMObjectImpl)
   explicit TLxDOMNodeListImpl(TLxDOMNodeListBase* ADOMObject) : TLxDOMObjectImpl(ADOMObject) {}
@@ -147,6 +198,27 @@ class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public virtual ILxDOMNamedNo
 
 protected:
   ~TLxDOMNodeListImpl() override = default;
+};
+
+class TLxDOMElementListImpl : public TLxDOMNodeListImpl, public virtual ILxDOMElementList {
+  LX_CLASS(TLxDOMElementListImpl, TLxDOMNodeListImpl)
+  explicit TLxDOMElementListImpl(TLxDOMElementList* ADOMObject) : TLxDOMNodeListImpl(ADOMObject) {}
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  IPtr<ILxDOMElement> GetElement(const Variant& idx) override;
+
+protected:
+  ~TLxDOMElementListImpl() override = default;
+};
+
+class TLxDOMAttrListImpl : public TLxDOMNodeListImpl, public virtual ILxDOMAttrList {
+  LX_CLASS(TLxDOMAttrListImpl, TLxDOMNodeListImpl)
+  explicit TLxDOMAttrListImpl(TLxDOMAttrList* ADOMObject) : TLxDOMNodeListImpl(ADOMObject) {}
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  IPtr<ILxDOMAttribute> GetAttribute(Integer idx) override;
+  IPtr<ILxDOMAttribute> FindNamespace(const UnicodeString& ANamespaceURI) override;
+
+protected:
+  ~TLxDOMAttrListImpl() override = default;
 };
 
 } // namespace lorvane

@@ -1,0 +1,260 @@
+/// Elements (TLxDOMElement) and their face: children kept in the common list and, sorted by kind,
+/// in typed lists (elements, attributes, character data); look-up by name with its options;
+/// namespace declarations in scope and the link to the element's own; the preserve-space state.
+///
+/// The typed lists and the list of declarations are made on first use, so an element that never
+/// has attributes or children pays for none of them.
+#pragma once
+
+#include "lorvane/dom/LxDOMAttribute.h"
+#include "lorvane/dom/LxDOMNodeList.h"
+
+namespace lorvane {
+
+class TLxDOMElementImpl;
+
+class TLxDOMElement : public TLxDOMNode {
+  LX_CLASS(TLxDOMElement, TLxDOMNode)
+  /// The preserve-space state starts as DefaultPreserveCase.
+  TLxDOMElement() noexcept;
+
+  TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
+  /// Keeps the namespace URI across a change of parent, takes the preserve-space state of the new
+  /// place, and declares the kept URI there when it is missing.
+  void SetParentNode(TLxDOMObject* AParent) override;
+  bool GetPreserveSpace() override { return FPreserveSpace; }
+  /// The text of the character data children, comments left out; child elements don't count.
+  UnicodeString GetNodeValue() override;
+  /// The text of all character data children, then the text of each child element in order.
+  UnicodeString GetText() override;
+  /// The linked declaration's value; without one, empty with a parent and the kept URI without.
+  UnicodeString GetNamespaceURI() override;
+  /// Links the declaration of the prefix among the declarations in scope.
+  void SetPrefix(const UnicodeString& Value) override;
+  /// Also files ANode in its typed list, at the same position rules, per list.
+  TLxDOMNode* AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) override;
+  using TLxDOMNode::AddChild;
+  /// Nil does nothing; a node that isn't a child raises EAssertionFailed "The specified ChildNode
+  /// is not a child of this element!".
+  void RemoveChild(TLxDOMNode* AChildNode) override;
+
+  /// Attributes in order of addition, declarations included.
+  TLxDOMAttrList* Attributes();
+  /// Child elements in document order.
+  TLxDOMElementList* Elements();
+  /// Child text, CDATA and comment nodes in document order.
+  TLxDOMNodeList* CharNodes();
+  /// The declarations in scope: inherited ones first, then this element's own; empty while the
+  /// element has no parent.
+  TLxDOMAttrList* Namespaces();
+  Integer ElementCount() const noexcept;
+  Integer AttributeCount() const noexcept;
+  bool HasChildElements() const noexcept { return ElementCount() > 0; }
+  /// The declaration that gives this element its namespace; nil when none.
+  TLxDOMAttribute* NamespaceDeclaration() const noexcept { return FNamespace; }
+
+  TLxDOMElement* AddElement(const UnicodeString& ATagName);
+  /// The URI is applied when the element is linked: declared on it when not in scope.
+  TLxDOMElement* AddElement(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName);
+  TLxDOMAttribute* AddAttribute(const UnicodeString& AAttibuteName);
+  TLxDOMAttribute* AddAttribute(std::u16string_view ANamespaceURI,
+                                std::u16string_view AQualifiedName);
+  TLxDOMElement* InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
+                               TLxDOMElement* ARefChild);
+  TLxDOMElement* InsertElement(std::u16string_view ANamespaceURI,
+                               std::u16string_view AQualifiedName, TLxDOMPosition APosition,
+                               TLxDOMElement* ARefChild);
+  void RemoveElement(TLxDOMElement* AElement) { RemoveChild(AElement); }
+  void RemoveElement(const UnicodeString& AElementName);
+  void RemoveElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  void RemoveAttribute(TLxDOMAttribute* AAttribute) { RemoveChild(AAttribute); }
+  void RemoveAttribute(const UnicodeString& AAttribName);
+  void RemoveAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+
+  TLxDOMElement* FindElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  TLxDOMElement* FindElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  /// Missing: nil under coReturnNil; ELxDomNotFound "There is no child with the localname \"%s\"
+  /// and namespace \"%s\"!" under coRaise; under coCreate a new element, named with the prefix
+  /// that a declaration in scope gives the URI, or declaring the URI itself.
+  TLxDOMElement* ElementByName(std::u16string_view ANamespaceURI, std::u16string_view ALocalName,
+                               TLxDOMSelectCheckOption ACheckOption);
+  /// Missing and not to be created: ELxDomNotFound as above. A new element declares the URI on
+  /// itself when it isn't in scope.
+  TLxDOMElement* ElementByName(std::u16string_view ANamespaceURI,
+                               std::u16string_view AQualifiedName, bool ACreateWhenNotFound);
+  /// FindElement; missing and soCreate: a new ANodeClass (nil: TLxDOMElement) named ANodeName.
+  TLxDOMElement* ElementByName(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions,
+                               TLxDOMNodeClass ANodeClass = nullptr);
+  TLxDOMAttribute* FindAttribute(const UnicodeString& ANodeName,
+                                 TLxDOMSelectOptions ASelectOptions);
+  TLxDOMAttribute* FindAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  /// Raises ELxDomNotFound when missing.
+  TLxDOMAttribute* AttributeByName(std::u16string_view ANamespaceURI,
+                                   std::u16string_view ALocalName);
+  /// A new attribute gets a declaration of the URI directly before it when none is in scope.
+  TLxDOMAttribute* AttributeByName(std::u16string_view ANamespaceURI,
+                                   std::u16string_view AQualifiedName, bool ACreateWhenNotFound);
+  TLxDOMAttribute* AttributeByName(const UnicodeString& ANodeName,
+                                   TLxDOMSelectOptions ASelectOptions,
+                                   TLxDOMNodeClass ANodeClass = nullptr);
+  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  /// AQualifiedName is compared as a local name.
+  bool HasChildElement(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName);
+  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  bool HasAttribute(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName);
+  /// Raise ELxDomNotFound on an empty list.
+  TLxDOMElement* FirstElement();
+  TLxDOMElement* LastElement();
+  TLxDOMAttribute* FirstAttribute();
+  TLxDOMAttribute* LastAttribute();
+  /// The parent when it is an element, else nil.
+  TLxDOMElement* ParentElement() const noexcept;
+  /// The neighbours among the parent element's child elements; nil at the ends or without one.
+  TLxDOMElement* NextElement() const;
+  TLxDOMElement* PreviousElement() const;
+
+  /// Reading a missing attribute creates it with an empty value.
+  UnicodeString GetAttribute(const UnicodeString& AAttribName);
+  void SetAttribute(const UnicodeString& AAttribName, const UnicodeString& Value);
+  /// A missing attribute raises ELxDomNotFound.
+  UnicodeString GetAttributeNS(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  /// ALocalName may carry a prefix.
+  void SetAttributeNS(std::u16string_view ANamespaceURI, std::u16string_view ALocalName,
+                      const UnicodeString& Value);
+
+  /// A new list that the caller owns: the element itself and, with ARecursive, its descendants in
+  /// document order, whose prefix and local name (split at the first ":") match; "*" matches
+  /// anything.
+  TLxDOMElementList* CreateElementList(const UnicodeString& nodeName, bool ARecursive);
+  /// The same by namespace URI and local name; an empty URI matches elements without namespace.
+  TLxDOMElementList* CreateElementList(std::u16string_view namespaceURI,
+                                       std::u16string_view localName, bool ARecursive);
+
+  /// Stores the state, writes "xml:space" ("preserve" or "default"), and passes the state to the
+  /// descendants down to those that have an "xml:space" of their own.
+  void SetPreseveSpace(bool Value);
+  /// Applies a namespace URI: kept while the element has no parent; otherwise declared on the
+  /// element when the declaration in scope doesn't fit its prefix.
+  void SetNamespaceURI(const UnicodeString& Value);
+  /// The nearest declaration of ANamespaceURI: among this element's attributes, else up the chain
+  /// of element parents; nil when none. Needs no refresh to be current.
+  TLxDOMAttribute* FindNamespace(const UnicodeString& ANamespaceURI);
+
+protected:
+  ~TLxDOMElement() override;
+  void UnlinkChild(TLxDOMNode* AChildNode) override;
+  void RefreshOwnNamespaces() override;
+
+  TLxDOMNode* NodeByName(TLxDOMNodeListBase* AList, const UnicodeString& ANodeName,
+                         TLxDOMSelectOptions ASelectOptions, TLxDOMNodeClass ANodeClass);
+  void _GetChildElements(TLxDOMElementList* AList, std::u16string_view ANamespaceURI,
+                         std::u16string_view ALocalName, bool ARecursive);
+  /// Raises Exception for both case options, and for soRaise or soCreate.
+  void _GetChildElements(TLxDOMElementList* AList, std::u16string_view APrefix,
+                         std::u16string_view ALocalName, bool ARecursive,
+                         TLxDOMSelectOptions ASelectOptions);
+  /// Passes the state down to the child elements, stopping at those with their own "xml:space".
+  void PassPreserveSpaceDown(bool Value);
+
+  TLxDOMAttrList* FAttributes = nullptr;
+  TLxDOMAttrList* FNamespaces = nullptr;
+  TLxDOMElementList* FElements = nullptr;
+  TLxDOMNodeList* FCharNodes = nullptr;
+  TLxDOMAttribute* FNamespace = nullptr;
+  bool FPreserveSpace;
+
+private:
+  /// The typed list ANode belongs in, made when missing; nil for a processing instruction.
+  TLxDOMNodeListBase* TypedListFor(const TLxDOMNode* ANode);
+  /// The declaration in scope for APrefix ("xmlns" or "xmlns:" + APrefix); nil when none.
+  TLxDOMAttribute* DeclarationInScope(const UnicodeString& APrefix);
+  /// Whether this element has its own "xml:space" attribute.
+  TLxDOMAttribute* OwnSpaceAttribute();
+  /// Drops, in a subtree that leaves its tree, the links to declarations outside it.
+  void ForgetOutsideDeclarations();
+  friend class TLxDOMAttribute;
+};
+
+class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
+  LX_CLASS(TLxDOMElementImpl, TLxDOMNodeImpl)
+  explicit TLxDOMElementImpl(TLxDOMElement* ADOMObject) : TLxDOMNodeImpl(ADOMObject) {}
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  TLxDOMElement* DOMElement() const noexcept { return static_cast<TLxDOMElement*>(FDOMObject); }
+
+  UnicodeString GetAttrib(const UnicodeString& AAttribName) override;
+  UnicodeString GetAttribNS(std::u16string_view ANamespaceURI,
+                            std::u16string_view ALocalName) override;
+  void SetAttrib(const UnicodeString& AAttribName, const UnicodeString& Value) override;
+  void SetAttribNS(std::u16string_view ANamespaceURI, std::u16string_view ALocalName,
+                   const UnicodeString& Value) override;
+  void SetPreseveSpace(bool Value) override;
+  IPtr<ILxDOMAttrList> GetAttributes() override;
+  IPtr<ILxDOMElementList> GetElements() override;
+  IPtr<ILxDOMNodeList> GetCharNodes() override;
+  IPtr<ILxDOMAttrList> GetNamespaces() override;
+  Integer ElementCount() override;
+  Integer AttributeCount() override;
+  IPtr<ILxDOMElement> AddElement(const UnicodeString& ATagName) override;
+  IPtr<ILxDOMElement> AddElement(std::u16string_view ANamespaceURI,
+                                 std::u16string_view AQualifiedName) override;
+  IPtr<ILxDOMAttribute> AddAttribute(const UnicodeString& AAttibuteName) override;
+  IPtr<ILxDOMAttribute> AddAttribute(std::u16string_view ANamespaceURI,
+                                     std::u16string_view AQualifiedName) override;
+  IPtr<ILxDOMElement> InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
+                                    ILxDOMElement* ARefChild) override;
+  IPtr<ILxDOMElement> InsertElement(std::u16string_view ANamespaceURI,
+                                    std::u16string_view AQualifiedName, TLxDOMPosition APosition,
+                                    ILxDOMElement* ARefChild) override;
+  void RemoveElement(ILxDOMElement* AElement) override;
+  void RemoveElement(const UnicodeString& AElementName) override;
+  void RemoveElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) override;
+  void RemoveAttribute(ILxDOMAttribute* AAttribute) override;
+  void RemoveAttribute(const UnicodeString& AAttribName) override;
+  void RemoveAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) override;
+  IPtr<ILxDOMElement> FindElement(const UnicodeString& ANodeName,
+                                  TLxDOMSelectOptions ASelectOptions) override;
+  IPtr<ILxDOMElement> FindElement(std::u16string_view ANamespaceURI,
+                                  std::u16string_view ALocalName) override;
+  IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
+                                    std::u16string_view ALocalName,
+                                    TLxDOMSelectCheckOption ACheckOption) override;
+  IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
+                                    std::u16string_view AQualifiedName,
+                                    bool ACreateWhenNotFound) override;
+  IPtr<ILxDOMElement> ElementByName(const UnicodeString& ANodeName,
+                                    TLxDOMSelectOptions ASelectOptions) override;
+  IPtr<ILxDOMAttribute> FindAttribute(const UnicodeString& ANodeName,
+                                      TLxDOMSelectOptions ASelectOptions) override;
+  IPtr<ILxDOMAttribute> FindAttribute(std::u16string_view ANamespaceURI,
+                                      std::u16string_view ALocalName) override;
+  IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
+                                        std::u16string_view ALocalName) override;
+  IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
+                                        std::u16string_view AQualifiedName,
+                                        bool ACreateWhenNotFound) override;
+  IPtr<ILxDOMAttribute> AttributeByName(const UnicodeString& ANodeName,
+                                        TLxDOMSelectOptions ASelectOptions) override;
+  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) override;
+  bool HasChildElement(std::u16string_view ANamespaceURI,
+                       std::u16string_view AQualifiedName) override;
+  bool HasChildElements() override;
+  IPtr<ILxDOMElement> FirstElement() override;
+  IPtr<ILxDOMElement> LastElement() override;
+  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) override;
+  bool HasAttribute(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName) override;
+  IPtr<ILxDOMAttribute> FirstAttribute() override;
+  IPtr<ILxDOMAttribute> LastAttribute() override;
+  IPtr<ILxDOMElement> ParentElement() override;
+  IPtr<ILxDOMElement> NextElement() override;
+  IPtr<ILxDOMElement> PreviousElement() override;
+  IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodeName,
+                                            bool ARecursive) override;
+  IPtr<ILxDOMElementList> CreateElementList(std::u16string_view namespaceURI,
+                                            std::u16string_view localName,
+                                            bool ARecursive) override;
+
+protected:
+  ~TLxDOMElementImpl() override = default;
+};
+
+} // namespace lorvane

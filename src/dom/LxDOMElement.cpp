@@ -1,0 +1,500 @@
+// Elements: typed child lists, look-up and creation by name, text views and preserve-space.
+#include "lorvane/dom/LxDOMElement.h"
+
+#include <vector>
+
+namespace lorvane {
+
+namespace {
+
+constexpr std::u16string_view SpaceAttribute = u"xml:space";
+
+/// Splits a qualified name at the first ":" into prefix and local name.
+std::pair<UnicodeString, UnicodeString> SplitQualifiedName(std::u16string_view AName) {
+  const auto Colon = AName.find(u':');
+  if (Colon == std::u16string_view::npos)
+    return {UnicodeString(), UnicodeString(AName)};
+  return {UnicodeString(AName.substr(0, Colon)), UnicodeString(AName.substr(Colon + 1))};
+}
+
+UnicodeString DeclarationName(const UnicodeString& APrefix) {
+  return APrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + APrefix;
+}
+
+[[noreturn]] void RaiseNoChild(std::u16string_view ALocalName, std::u16string_view AURI) {
+  throw ELxDomNotFound(u"There is no child with the localname \"%s\" and namespace \"%s\"!",
+                       {UnicodeString(ALocalName), UnicodeString(AURI)});
+}
+
+template <class T> T* Make(TLxDOMNodeClass AClass) {
+  if (!AClass)
+    return New<T>();
+  TObject* Made = AClass->CreateDefault ? AClass->CreateDefault() : nullptr;
+  if (auto* Result = dynamic_cast<T*>(Made))
+    return Result;
+  Free(Made);
+  throw EInvalidCast(UnicodeString(SInvalidCast));
+}
+
+bool IsCharacterData(TLxDOMNodeType AType) {
+  return AType == ntText || AType == ntCDATA || AType == ntComment;
+}
+
+} // namespace
+
+TLxDOMElement::TLxDOMElement() noexcept : FPreserveSpace(DefaultPreserveCase) {
+  FNodeType = ntElement;
+}
+
+TLxDOMElement::~TLxDOMElement() {
+  lorvane::Free(FAttributes);
+  lorvane::Free(FNamespaces);
+  lorvane::Free(FElements);
+  lorvane::Free(FCharNodes);
+}
+
+TLxDOMObjectImpl* TLxDOMElement::CreateDOMImpl(TLxDOMObject* ADOMObject) {
+  return New<TLxDOMElementImpl>(static_cast<TLxDOMElement*>(ADOMObject));
+}
+
+// --- typed lists --------------------------------------------------------------------------------
+
+template <class L> static L* OwnedList(L*& AList, TLxDOMElement* AOwner) {
+  if (!AList) {
+    AList = New<L>();
+    AList->SetOwner(AOwner);
+  }
+  return AList;
+}
+
+TLxDOMAttrList* TLxDOMElement::Attributes() { return OwnedList(FAttributes, this); }
+TLxDOMElementList* TLxDOMElement::Elements() { return OwnedList(FElements, this); }
+TLxDOMNodeList* TLxDOMElement::CharNodes() { return OwnedList(FCharNodes, this); }
+TLxDOMAttrList* TLxDOMElement::Namespaces() { return OwnedList(FNamespaces, this); }
+
+Integer TLxDOMElement::ElementCount() const noexcept { return FElements ? FElements->Count() : 0; }
+Integer TLxDOMElement::AttributeCount() const noexcept {
+  return FAttributes ? FAttributes->Count() : 0;
+}
+
+TLxDOMNodeListBase* TLxDOMElement::TypedListFor(const TLxDOMNode* ANode) {
+  const TLxDOMNodeType Type = ANode->GetNodeType();
+  if (Type == ntAttribute)
+    return Attributes();
+  if (Type == ntElement)
+    return Elements();
+  if (IsCharacterData(Type))
+    return CharNodes();
+  return nullptr;
+}
+
+TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  PrepareToAdd(ANode);
+  if (TLxDOMNodeListBase* List = TypedListFor(ANode))
+    List->Add(ANode, ARefNode, APos);
+  return inherited::AddChild(ANode, ARefNode, APos);
+}
+
+void TLxDOMElement::RemoveChild(TLxDOMNode* AChildNode) {
+  if (!AChildNode)
+    return;
+  Assert(AChildNode->ParentObject() == this,
+         u"The specified ChildNode is not a child of this element!");
+  inherited::RemoveChild(AChildNode);
+}
+
+void TLxDOMElement::UnlinkChild(TLxDOMNode* AChildNode) {
+  if (AChildNode->ParentObject() == this) {
+    // Children leave from the end when an element is cleared, so the search starts there.
+    TLxDOMNodeListBase* List = TypedListFor(AChildNode);
+    if (const Integer Index = List ? List->LastIndexOf(AChildNode) : -1; Index >= 0)
+      List->DeleteAt(Index);
+  }
+  inherited::UnlinkChild(AChildNode);
+}
+
+// --- creating children --------------------------------------------------------------------------
+
+TLxDOMElement* TLxDOMElement::AddElement(const UnicodeString& ATagName) {
+  return InsertElement(ATagName, ldpLast, nullptr);
+}
+
+TLxDOMElement* TLxDOMElement::AddElement(std::u16string_view ANamespaceURI,
+                                         std::u16string_view AQualifiedName) {
+  return InsertElement(ANamespaceURI, AQualifiedName, ldpLast, nullptr);
+}
+
+TLxDOMElement* TLxDOMElement::InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
+                                            TLxDOMElement* ARefChild) {
+  TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
+  Element->SetQualifiedName(ATagName);
+  AddChild(Element.get(), ARefChild, APosition);
+  return Element.release();
+}
+
+TLxDOMElement* TLxDOMElement::InsertElement(std::u16string_view ANamespaceURI,
+                                            std::u16string_view AQualifiedName,
+                                            TLxDOMPosition APosition, TLxDOMElement* ARefChild) {
+  TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
+  Element->SetQualifiedName(UnicodeString(AQualifiedName));
+  // Still unlinked: the URI is kept, and linking applies it.
+  Element->SetNamespaceURI(UnicodeString(ANamespaceURI));
+  AddChild(Element.get(), ARefChild, APosition);
+  return Element.release();
+}
+
+TLxDOMAttribute* TLxDOMElement::AddAttribute(const UnicodeString& AAttibuteName) {
+  TOwned<TLxDOMAttribute> Attribute(New<TLxDOMAttribute>());
+  Attribute->SetQualifiedName(AAttibuteName);
+  AppendChild(Attribute.get());
+  return Attribute.release();
+}
+
+TLxDOMAttribute* TLxDOMElement::AddAttribute(std::u16string_view ANamespaceURI,
+                                             std::u16string_view AQualifiedName) {
+  TOwned<TLxDOMAttribute> Attribute(New<TLxDOMAttribute>());
+  Attribute->SetQualifiedName(UnicodeString(AQualifiedName));
+  Attribute->SetNamespaceURI(UnicodeString(ANamespaceURI));
+  AppendChild(Attribute.get());
+  return Attribute.release();
+}
+
+// --- look-up by name ----------------------------------------------------------------------------
+
+TLxDOMNode* TLxDOMElement::NodeByName(TLxDOMNodeListBase* AList, const UnicodeString& ANodeName,
+                                      TLxDOMSelectOptions ASelectOptions,
+                                      TLxDOMNodeClass ANodeClass) {
+  if (TLxDOMNode* Found = AList->Find(ANodeName, ASelectOptions - TLxDOMSelectOptions{soCreate}))
+    return Found;
+  if (!ASelectOptions.Contains(soCreate))
+    return nullptr;
+  TLxDOMNode* Node = AList == FElements ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
+                                        : Make<TLxDOMAttribute>(ANodeClass);
+  AddChild(Node, nullptr, ldpAfter);
+  Node->SetQualifiedName(ANodeName);
+  return Node;
+}
+
+TLxDOMElement* TLxDOMElement::FindElement(const UnicodeString& ANodeName,
+                                          TLxDOMSelectOptions ASelectOptions) {
+  return static_cast<TLxDOMElement*>(Elements()->Find(ANodeName, ASelectOptions));
+}
+
+TLxDOMElement* TLxDOMElement::FindElement(std::u16string_view ANamespaceURI,
+                                          std::u16string_view ALocalName) {
+  return static_cast<TLxDOMElement*>(Elements()->Find(ANamespaceURI, ALocalName));
+}
+
+TLxDOMAttribute* TLxDOMElement::FindAttribute(const UnicodeString& ANodeName,
+                                              TLxDOMSelectOptions ASelectOptions) {
+  return static_cast<TLxDOMAttribute*>(Attributes()->Find(ANodeName, ASelectOptions));
+}
+
+TLxDOMAttribute* TLxDOMElement::FindAttribute(std::u16string_view ANamespaceURI,
+                                              std::u16string_view ALocalName) {
+  return static_cast<TLxDOMAttribute*>(Attributes()->Find(ANamespaceURI, ALocalName));
+}
+
+TLxDOMElement* TLxDOMElement::ElementByName(const UnicodeString& ANodeName,
+                                            TLxDOMSelectOptions ASelectOptions,
+                                            TLxDOMNodeClass ANodeClass) {
+  return static_cast<TLxDOMElement*>(NodeByName(Elements(), ANodeName, ASelectOptions, ANodeClass));
+}
+
+TLxDOMAttribute* TLxDOMElement::AttributeByName(const UnicodeString& ANodeName,
+                                                TLxDOMSelectOptions ASelectOptions,
+                                                TLxDOMNodeClass ANodeClass) {
+  return static_cast<TLxDOMAttribute*>(
+      NodeByName(Attributes(), ANodeName, ASelectOptions, ANodeClass));
+}
+
+TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
+                                            std::u16string_view ALocalName,
+                                            TLxDOMSelectCheckOption ACheckOption) {
+  if (TLxDOMElement* Found = FindElement(ANamespaceURI, ALocalName))
+    return Found;
+  switch (ACheckOption) {
+  case coReturnNil:
+    return nullptr;
+  case coRaise:
+    RaiseNoChild(ALocalName, ANamespaceURI);
+  case coCreate:
+    break;
+  }
+  const UnicodeString LocalName(ALocalName);
+  if (TLxDOMAttribute* Declaration = Namespaces()->FindNamespace(UnicodeString(ANamespaceURI))) {
+    const UnicodeString Prefix = Declaration->NamespacePrefix();
+    return AddElement(Prefix.empty() ? LocalName : Prefix + u':' + LocalName);
+  }
+  return AddElement(ANamespaceURI, ALocalName);
+}
+
+TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
+                                            std::u16string_view AQualifiedName,
+                                            bool ACreateWhenNotFound) {
+  auto [Prefix, LocalName] = SplitQualifiedName(AQualifiedName);
+  if (TLxDOMElement* Found = FindElement(ANamespaceURI, LocalName))
+    return Found;
+  if (!ACreateWhenNotFound)
+    RaiseNoChild(LocalName, ANamespaceURI);
+  auto* Element = New<TLxDOMElement>();
+  Element->FLocalName = std::move(LocalName);
+  Element->FPrefix = Prefix;
+  AddChild(Element, nullptr, ldpAfter);
+  const UnicodeString URI(ANamespaceURI);
+  if (!Element->Namespaces()->FindNamespace(URI)) {
+    auto* Declaration = New<TLxDOMAttribute>();
+    Element->AddChild(Declaration, nullptr, ldpAfter);
+    Declaration->SetQualifiedName(DeclarationName(Prefix));
+    Declaration->SetNodeValue(URI);
+  }
+  return Element;
+}
+
+TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceURI,
+                                                std::u16string_view ALocalName) {
+  if (TLxDOMAttribute* Found = FindAttribute(ANamespaceURI, ALocalName))
+    return Found;
+  RaiseNoChild(ALocalName, ANamespaceURI);
+}
+
+TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceURI,
+                                                std::u16string_view AQualifiedName,
+                                                bool ACreateWhenNotFound) {
+  auto [Prefix, LocalName] = SplitQualifiedName(AQualifiedName);
+  if (TLxDOMAttribute* Found = FindAttribute(ANamespaceURI, LocalName))
+    return Found;
+  if (!ACreateWhenNotFound)
+    RaiseNoChild(LocalName, ANamespaceURI);
+  auto* Attribute = New<TLxDOMAttribute>();
+  Attribute->FLocalName = std::move(LocalName);
+  Attribute->FPrefix = Prefix;
+  AddChild(Attribute, nullptr, ldpAfter);
+  const UnicodeString URI(ANamespaceURI);
+  if (!Namespaces()->FindNamespace(URI)) {
+    // The declaration stands directly before the attribute that needs it.
+    auto* Declaration = New<TLxDOMAttribute>();
+    AddChild(Declaration, Attribute, ldpBefore);
+    Declaration->SetQualifiedName(DeclarationName(Prefix));
+    Declaration->SetNodeValue(URI);
+  }
+  return Attribute;
+}
+
+bool TLxDOMElement::HasChildElement(const UnicodeString& ANodeName,
+                                    TLxDOMSelectOptions ASelectOptions) {
+  return FindElement(ANodeName, ASelectOptions) != nullptr;
+}
+
+bool TLxDOMElement::HasChildElement(std::u16string_view ANamespaceURI,
+                                    std::u16string_view AQualifiedName) {
+  return FindElement(ANamespaceURI, AQualifiedName) != nullptr;
+}
+
+bool TLxDOMElement::HasAttribute(const UnicodeString& ANodeName,
+                                 TLxDOMSelectOptions ASelectOptions) {
+  return FindAttribute(ANodeName, ASelectOptions) != nullptr;
+}
+
+bool TLxDOMElement::HasAttribute(std::u16string_view ANamespaceURI,
+                                 std::u16string_view AQualifiedName) {
+  return FindAttribute(ANamespaceURI, AQualifiedName) != nullptr;
+}
+
+TLxDOMElement* TLxDOMElement::FirstElement() {
+  return static_cast<TLxDOMElement*>(Elements()->First());
+}
+TLxDOMElement* TLxDOMElement::LastElement() {
+  return static_cast<TLxDOMElement*>(Elements()->Last());
+}
+TLxDOMAttribute* TLxDOMElement::FirstAttribute() {
+  return static_cast<TLxDOMAttribute*>(Attributes()->First());
+}
+TLxDOMAttribute* TLxDOMElement::LastAttribute() {
+  return static_cast<TLxDOMAttribute*>(Attributes()->Last());
+}
+
+TLxDOMElement* TLxDOMElement::ParentElement() const noexcept {
+  return FParent && static_cast<TLxDOMNode*>(FParent)->GetNodeType() == ntElement
+             ? static_cast<TLxDOMElement*>(FParent)
+             : nullptr;
+}
+
+TLxDOMElement* TLxDOMElement::NextElement() const {
+  TLxDOMElement* Parent = ParentElement();
+  return Parent ? static_cast<TLxDOMElement*>(Parent->Elements()->Next(this)) : nullptr;
+}
+
+TLxDOMElement* TLxDOMElement::PreviousElement() const {
+  TLxDOMElement* Parent = ParentElement();
+  return Parent ? static_cast<TLxDOMElement*>(Parent->Elements()->Previous(this)) : nullptr;
+}
+
+// --- attributes by name -------------------------------------------------------------------------
+
+UnicodeString TLxDOMElement::GetAttribute(const UnicodeString& AAttribName) {
+  return AttributeByName(AAttribName, {soCreate, soQualifiedName})->GetNodeValue();
+}
+
+void TLxDOMElement::SetAttribute(const UnicodeString& AAttribName, const UnicodeString& Value) {
+  AttributeByName(AAttribName, {soCreate, soQualifiedName})->SetNodeValue(Value);
+}
+
+UnicodeString TLxDOMElement::GetAttributeNS(std::u16string_view ANamespaceURI,
+                                            std::u16string_view ALocalName) {
+  return AttributeByName(ANamespaceURI, ALocalName, false)->GetNodeValue();
+}
+
+void TLxDOMElement::SetAttributeNS(std::u16string_view ANamespaceURI,
+                                   std::u16string_view ALocalName, const UnicodeString& Value) {
+  AttributeByName(ANamespaceURI, ALocalName, true)->SetNodeValue(Value);
+}
+
+void TLxDOMElement::RemoveElement(const UnicodeString& AElementName) {
+  RemoveChild(ElementByName(AElementName, {soQualifiedName}));
+}
+
+void TLxDOMElement::RemoveElement(std::u16string_view ANamespaceURI,
+                                  std::u16string_view ALocalName) {
+  RemoveChild(ElementByName(ANamespaceURI, ALocalName, coRaise));
+}
+
+void TLxDOMElement::RemoveAttribute(const UnicodeString& AAttribName) {
+  RemoveChild(AttributeByName(AAttribName, {soQualifiedName}));
+}
+
+void TLxDOMElement::RemoveAttribute(std::u16string_view ANamespaceURI,
+                                    std::u16string_view ALocalName) {
+  RemoveChild(AttributeByName(ANamespaceURI, ALocalName));
+}
+
+// --- element lists ------------------------------------------------------------------------------
+
+TLxDOMElementList* TLxDOMElement::CreateElementList(const UnicodeString& nodeName,
+                                                    bool ARecursive) {
+  const auto [Prefix, LocalName] = SplitQualifiedName(nodeName);
+  TOwned<TLxDOMElementList> List(New<TLxDOMElementList>());
+  _GetChildElements(List.get(), Prefix, LocalName, ARecursive, TLxDOMSelectOptions{});
+  return List.release();
+}
+
+TLxDOMElementList* TLxDOMElement::CreateElementList(std::u16string_view namespaceURI,
+                                                    std::u16string_view localName,
+                                                    bool ARecursive) {
+  TOwned<TLxDOMElementList> List(New<TLxDOMElementList>());
+  _GetChildElements(List.get(), namespaceURI, localName, ARecursive);
+  return List.release();
+}
+
+namespace {
+/// Visits AStart and, with ARecursive, its descendant elements in document order.
+template <class F> void VisitElements(TLxDOMElement* AStart, bool ARecursive, F&& AVisit) {
+  std::vector<TLxDOMElement*> Pending{AStart};
+  while (!Pending.empty()) {
+    TLxDOMElement* Element = Pending.back();
+    Pending.pop_back();
+    AVisit(Element);
+    if (ARecursive && Element->ElementCount() > 0) {
+      TLxDOMElementList* Children = Element->Elements();
+      for (Integer I = Children->Count() - 1; I >= 0; --I)
+        Pending.push_back(static_cast<TLxDOMElement*>(Children->GetItem(I)));
+    }
+  }
+}
+} // namespace
+
+void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_view ANamespaceURI,
+                                      std::u16string_view ALocalName, bool ARecursive) {
+  const UnicodeString URI(ANamespaceURI), LocalName(ALocalName);
+  VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
+    const TLxXPathCollationClass Collation = AElement->GetCollation();
+    if (Collation->SameText(AElement->GetNamespaceURI(), URI) &&
+        Collation->SameText(AElement->FLocalName, LocalName))
+      AList->Add(AElement, ldpLast);
+  });
+}
+
+void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_view APrefix,
+                                      std::u16string_view ALocalName, bool ARecursive,
+                                      TLxDOMSelectOptions ASelectOptions) {
+  if (ASelectOptions.Contains(soCaseSensitive) && ASelectOptions.Contains(soCaseInsensitive))
+    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+  if (ASelectOptions.Contains(soRaise) || ASelectOptions.Contains(soCreate))
+    throw Exception(u"It is not possible to specify either soRaise or soCreate!");
+  TLxXPathCollationClass Collation;
+  if (ASelectOptions.Contains(soCaseSensitive))
+    Collation = TLxXPathCollationCodepoint::StaticClass();
+  else if (ASelectOptions.Contains(soCaseInsensitive))
+    Collation = TLxXPathCollationASCIICI::StaticClass();
+  else
+    Collation = GetCollation();
+  const bool ByLocalName =
+      ASelectOptions.Contains(soLocalName) ||
+      (!ASelectOptions.Contains(soQualifiedName) && GetSelectMatchOption() == soLocalName);
+  const UnicodeString Prefix(APrefix), LocalName(ALocalName);
+  VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
+    const bool LocalMatches =
+        LocalName == u"*" || Collation->SameText(AElement->FLocalName, LocalName);
+    const bool PrefixMatches =
+        ByLocalName || Prefix == u"*" || Collation->SameText(AElement->FPrefix, Prefix);
+    if (LocalMatches && PrefixMatches)
+      AList->Add(AElement, ldpLast);
+  });
+}
+
+// --- text views ---------------------------------------------------------------------------------
+
+UnicodeString TLxDOMElement::GetNodeValue() {
+  UnicodeString Result;
+  if (FCharNodes)
+    for (TLxDOMNode* Node : *FCharNodes)
+      if (Node->GetNodeType() != ntComment)
+        Result += Node->GetNodeValue();
+  return Result;
+}
+
+UnicodeString TLxDOMElement::GetText() {
+  // Each element's own character data, then its child elements' text, in order: a walk that
+  // visits elements in document order gives exactly that.
+  UnicodeString Result;
+  VisitElements(this, /*ARecursive=*/true, [&](TLxDOMElement* AElement) {
+    if (AElement->FCharNodes)
+      for (TLxDOMNode* Node : *AElement->FCharNodes)
+        Result += Node->GetNodeValue();
+  });
+  return Result;
+}
+
+// --- preserve-space -----------------------------------------------------------------------------
+
+TLxDOMAttribute* TLxDOMElement::OwnSpaceAttribute() {
+  return FAttributes ? static_cast<TLxDOMAttribute*>(
+                           FAttributes->Find(UnicodeString(SpaceAttribute), {soQualifiedName}))
+                     : nullptr;
+}
+
+void TLxDOMElement::SetPreseveSpace(bool Value) {
+  FPreserveSpace = Value;
+  SetAttribute(UnicodeString(SpaceAttribute), Value ? u"preserve" : u"default");
+  PassPreserveSpaceDown(Value);
+}
+
+void TLxDOMElement::PassPreserveSpaceDown(bool Value) {
+  if (!FElements)
+    return;
+  std::vector<TLxDOMElement*> Pending;
+  for (TLxDOMNode* Child : *FElements)
+    Pending.push_back(static_cast<TLxDOMElement*>(Child));
+  while (!Pending.empty()) {
+    TLxDOMElement* Element = Pending.back();
+    Pending.pop_back();
+    if (Element->OwnSpaceAttribute())
+      continue; // its subtree keeps the state it has
+    Element->FPreserveSpace = Value;
+    if (Element->FElements)
+      for (TLxDOMNode* Child : *Element->FElements)
+        Pending.push_back(static_cast<TLxDOMElement*>(Child));
+  }
+}
+
+} // namespace lorvane

@@ -1,0 +1,162 @@
+// Namespaces in the tree: declarations in scope per element, the links of elements to their
+// declaration, and what a node keeps of its namespace when it moves.
+#include "lorvane/dom/LxDOMElement.h"
+
+#include <vector>
+
+namespace lorvane {
+
+namespace {
+UnicodeString DeclarationName(const UnicodeString& APrefix) {
+  return APrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + APrefix;
+}
+} // namespace
+
+TLxDOMAttribute* TLxDOMElement::DeclarationInScope(const UnicodeString& APrefix) {
+  if (!FNamespaces || FNamespaces->Count() == 0)
+    return nullptr;
+  return static_cast<TLxDOMAttribute*>(
+      FNamespaces->Find(DeclarationName(APrefix), {soQualifiedName}));
+}
+
+UnicodeString TLxDOMElement::GetNamespaceURI() {
+  if (FNamespace)
+    return FNamespace->GetNodeValue();
+  return FParent ? UnicodeString() : FNamespaceURI;
+}
+
+void TLxDOMElement::SetPrefix(const UnicodeString& Value) {
+  inherited::SetPrefix(Value);
+  FNamespace = DeclarationInScope(FPrefix);
+}
+
+TLxDOMAttribute* TLxDOMElement::FindNamespace(const UnicodeString& ANamespaceURI) {
+  for (TLxDOMElement* Element = this; Element; Element = Element->ParentElement())
+    if (Element->FAttributes)
+      if (TLxDOMAttribute* Found = Element->FAttributes->FindNamespace(ANamespaceURI))
+        return Found;
+  return nullptr;
+}
+
+void TLxDOMElement::RefreshOwnNamespaces() {
+  if (FNamespaces)
+    FNamespaces->Clear();
+  if (!FParent) {
+    if (FNamespace && FNamespace->ParentObject() != this)
+      FNamespace = nullptr;
+    return;
+  }
+  bool Resolve = true;
+  TLxDOMAttribute* Old = FNamespace;
+  FNamespace = nullptr;
+  if (TLxDOMElement* Parent = ParentElement()) {
+    if (Parent->FNamespaces)
+      for (TLxDOMNode* Declaration : *Parent->FNamespaces)
+        Namespaces()->Add(Declaration, ldpLast);
+    if (GetCollation()->SameText(FPrefix, Parent->FPrefix)) {
+      FNamespace = Parent->FNamespace;
+      Resolve = false;
+      // An unprefixed element without a URI of its own doesn't take over the parent's default
+      // declaration: it has no namespace, and says so in the text when it left one.
+      if (FPrefix.empty() && FNamespaceURI.empty() && FNamespace) {
+        FNamespace = nullptr;
+        SetNamespaceURI(UnicodeString());
+      }
+    }
+  }
+  for (Integer I = 0; FAttributes && I < FAttributes->Count(); ++I) {
+    TLxDOMAttribute* Attribute = FAttributes->GetItem(I);
+    if (!Attribute->IsNamespace())
+      continue;
+    if (Attribute == Old) {
+      FNamespace = Attribute;
+      FNamespaceSet = true;
+      FNamespaceURI = Attribute->GetNodeValue();
+    }
+    TLxDOMAttrList* Scope = Namespaces();
+    if (TLxDOMNode* Entry = Scope->Find(Attribute->GetQualifiedName(), {soQualifiedName})) {
+      Scope->Delete(Entry);
+      if (Entry == FNamespace) {
+        FNamespace = nullptr;
+        Resolve = true;
+      }
+    }
+    Scope->Add(Attribute, ldpLast);
+  }
+  if (Resolve)
+    SetPrefix(UnicodeString(FPrefix));
+}
+
+void TLxDOMElement::SetNamespaceURI(const UnicodeString& Value) {
+  if (!FParent) {
+    FNamespaceURI = Value;
+    FNamespaceSet = true;
+    return;
+  }
+  TLxDOMAttribute* Declaration = FNamespaces ? FNamespaces->FindNamespace(Value) : nullptr;
+  const bool IsDefault = Declaration && SameText(Declaration->GetLocalName(), u"xmlns");
+  const bool Declare = Declaration ? IsDefault != FPrefix.empty() : FNamespaceSet;
+  if (!Declare)
+    return;
+  FNamespace = AttributeByName(DeclarationName(FPrefix), {soCreate, soQualifiedName});
+  FNamespace->SetNodeValue(Value);
+  FNamespaceURI.clear();
+  FNamespaceSet = false;
+}
+
+void TLxDOMElement::SetParentNode(TLxDOMObject* AParent) {
+  const bool HadParent = FParent != nullptr;
+  if (!FDestroying) {
+    if (FNamespace) {
+      FNamespaceURI = FNamespace->GetNodeValue();
+      FNamespaceSet = true;
+    } else if (HadParent && !AParent) {
+      FNamespaceURI = GetNamespaceURI();
+      FNamespaceSet = true;
+    }
+  }
+  inherited::SetParentNode(AParent);
+  if (FDestroying)
+    return;
+  if (HadParent && !AParent)
+    ForgetOutsideDeclarations();
+
+  if (TLxDOMAttribute* Space = OwnSpaceAttribute()) {
+    FPreserveSpace = SameText(Space->GetNodeValue(), u"preserve");
+    PassPreserveSpaceDown(FPreserveSpace);
+  } else {
+    TLxDOMElement* Parent = ParentElement();
+    const bool State = Parent ? Parent->FPreserveSpace : DefaultPreserveCase;
+    if (State != FPreserveSpace) {
+      FPreserveSpace = State;
+      PassPreserveSpaceDown(State);
+    }
+  }
+  if (!HadParent && AParent && !FNamespaceURI.empty())
+    SetNamespaceURI(FNamespaceURI);
+}
+
+void TLxDOMElement::ForgetOutsideDeclarations() {
+  // A subtree that leaves its tree gets no refresh; links into the tree it left must not be
+  // followed once those ancestors are gone. What stays is each element's own declaration.
+  std::vector<TLxDOMElement*> Pending{this};
+  while (!Pending.empty()) {
+    TLxDOMElement* Element = Pending.back();
+    Pending.pop_back();
+    if (Element->FNamespaces)
+      Element->FNamespaces->Clear();
+    if (Element->FNamespace && Element->FNamespace->ParentObject() != Element)
+      Element->FNamespace = nullptr;
+    if (Element->FAttributes)
+      for (TLxDOMNode* Node : *Element->FAttributes) {
+        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+        if (Attribute->FNamespace && Attribute->FNamespace->ParentObject() != Element)
+          Attribute->FNamespace = nullptr;
+      }
+    if (Element->FElements)
+      for (TLxDOMNode* Child : *Element->FElements)
+        Pending.push_back(static_cast<TLxDOMElement*>(Child));
+  }
+}
+
+} // namespace lorvane
