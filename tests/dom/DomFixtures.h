@@ -19,13 +19,34 @@ inline TLxDOMNode* Append(TLxDOMNode* AParent, const UnicodeString& AName) {
   return AParent->AppendChild(MakeNode(AName));
 }
 
-/// The local names of AParent's children, joined by ",".
-inline std::string ChildNames(TLxDOMNode* AParent) {
+inline std::string Names(TLxDOMNodeListBase* AList);
+
+/// The qualified names of AParent's children, joined by ",".
+inline std::string ChildNames(TLxDOMNode* AParent) { return Names(AParent->ChildNodes()); }
+
+} // namespace lorvane::test
+
+namespace lorvane::test {
+
+/// A new element named AName under AParent, with the attributes ANameValues in order.
+inline TLxDOMElement* AddElementWith(
+    TLxDOMNode* AParent, const UnicodeString& AName,
+    std::initializer_list<std::pair<const char16_t*, const char16_t*>> ANameValues = {}) {
+  auto* Element = New<TLxDOMElement>();
+  Element->SetQualifiedName(AName);
+  for (const auto& [Name, Value] : ANameValues)
+    Element->AddAttribute(Name)->SetNodeValue(Value);
+  AParent->AppendChild(Element);
+  return Element;
+}
+
+/// The qualified names of AList's items, joined by ",".
+inline std::string Names(TLxDOMNodeListBase* AList) {
   std::string Result;
-  for (TLxDOMNode* Child : *AParent->ChildNodes()) {
+  for (TLxDOMNode* Node : *AList) {
     if (!Result.empty())
       Result += ',';
-    Result += StringToUTF8(Child->GetQualifiedName());
+    Result += StringToUTF8(Node->GetQualifiedName());
   }
   return Result;
 }

@@ -71,7 +71,7 @@ class TLxDOMElement : public TLxDOMNode {
   void RemoveAttribute(const UnicodeString& AAttribName);
   void RemoveAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
 
-  TLxDOMElement* FindElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  TLxDOMElement* FindElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   TLxDOMElement* FindElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   /// Missing: nil under coReturnNil; ELxDomNotFound "There is no child with the localname \"%s\"
   /// and namespace \"%s\"!" under coRaise; under coCreate a new element, named with the prefix
@@ -86,7 +86,7 @@ class TLxDOMElement : public TLxDOMNode {
   TLxDOMElement* ElementByName(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions,
                                TLxDOMNodeClass ANodeClass = nullptr);
   TLxDOMAttribute* FindAttribute(const UnicodeString& ANodeName,
-                                 TLxDOMSelectOptions ASelectOptions);
+                                 TLxDOMSelectOptions ASelectOptions = {});
   TLxDOMAttribute* FindAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   /// Raises ELxDomNotFound when missing.
   TLxDOMAttribute* AttributeByName(std::u16string_view ANamespaceURI,
@@ -97,10 +97,10 @@ class TLxDOMElement : public TLxDOMNode {
   TLxDOMAttribute* AttributeByName(const UnicodeString& ANodeName,
                                    TLxDOMSelectOptions ASelectOptions,
                                    TLxDOMNodeClass ANodeClass = nullptr);
-  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   /// AQualifiedName is compared as a local name.
   bool HasChildElement(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName);
-  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   bool HasAttribute(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName);
   /// Raise ELxDomNotFound on an empty list.
   TLxDOMElement* FirstElement();
@@ -212,7 +212,7 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
   void RemoveAttribute(const UnicodeString& AAttribName) override;
   void RemoveAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) override;
   IPtr<ILxDOMElement> FindElement(const UnicodeString& ANodeName,
-                                  TLxDOMSelectOptions ASelectOptions) override;
+                                  TLxDOMSelectOptions ASelectOptions = {}) override;
   IPtr<ILxDOMElement> FindElement(std::u16string_view ANamespaceURI,
                                   std::u16string_view ALocalName) override;
   IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
@@ -222,9 +222,9 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
                                     std::u16string_view AQualifiedName,
                                     bool ACreateWhenNotFound) override;
   IPtr<ILxDOMElement> ElementByName(const UnicodeString& ANodeName,
-                                    TLxDOMSelectOptions ASelectOptions) override;
+                                    TLxDOMSelectOptions ASelectOptions = {}) override;
   IPtr<ILxDOMAttribute> FindAttribute(const UnicodeString& ANodeName,
-                                      TLxDOMSelectOptions ASelectOptions) override;
+                                      TLxDOMSelectOptions ASelectOptions = {}) override;
   IPtr<ILxDOMAttribute> FindAttribute(std::u16string_view ANamespaceURI,
                                       std::u16string_view ALocalName) override;
   IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
@@ -233,14 +233,14 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
                                         std::u16string_view AQualifiedName,
                                         bool ACreateWhenNotFound) override;
   IPtr<ILxDOMAttribute> AttributeByName(const UnicodeString& ANodeName,
-                                        TLxDOMSelectOptions ASelectOptions) override;
-  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) override;
+                                        TLxDOMSelectOptions ASelectOptions = {}) override;
+  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) override;
   bool HasChildElement(std::u16string_view ANamespaceURI,
                        std::u16string_view AQualifiedName) override;
   bool HasChildElements() override;
   IPtr<ILxDOMElement> FirstElement() override;
   IPtr<ILxDOMElement> LastElement() override;
-  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) override;
+  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) override;
   bool HasAttribute(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName) override;
   IPtr<ILxDOMAttribute> FirstAttribute() override;
   IPtr<ILxDOMAttribute> LastAttribute() override;

@@ -95,12 +95,12 @@ public:
       0x419178C6, 0xB412, 0x4E19, {0x85, 0xE8, 0x22, 0x94, 0x10, 0xA5, 0xE6, 0x95}};
   using ILxDOMNodeList::Delete;
   virtual IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
-                                TLxDOMSelectOptions ASelectOptions) = 0;
+                                TLxDOMSelectOptions ASelectOptions = {}) = 0;
   /// An empty ANamespaceURI matches any namespace.
   virtual IPtr<ILxDOMNode> Find(std::u16string_view ANamespaceURI,
                                 std::u16string_view ALocalName) = 0;
   virtual IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
-                                  TLxDOMSelectOptions ASelectOptions) = 0;
+                                  TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual IPtr<ILxDOMNode> Delete(std::u16string_view ANamespaceURI,
                                   std::u16string_view ALocalName) = 0;
 
@@ -196,7 +196,7 @@ public:
   virtual void RemoveAttribute(std::u16string_view ANamespaceURI,
                                std::u16string_view ALocalName) = 0;
   virtual IPtr<ILxDOMElement> FindElement(const UnicodeString& ANodeName,
-                                          TLxDOMSelectOptions ASelectOptions) = 0;
+                                          TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual IPtr<ILxDOMElement> FindElement(std::u16string_view ANamespaceURI,
                                           std::u16string_view ALocalName) = 0;
   virtual IPtr<ILxDOMElement> ElementByName(std::u16string_view ANamespaceURI,
@@ -206,9 +206,9 @@ public:
                                             std::u16string_view AQualifiedName,
                                             bool ACreateWhenNotFound) = 0;
   virtual IPtr<ILxDOMElement> ElementByName(const UnicodeString& ANodeName,
-                                            TLxDOMSelectOptions ASelectOptions) = 0;
+                                            TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual IPtr<ILxDOMAttribute> FindAttribute(const UnicodeString& ANodeName,
-                                              TLxDOMSelectOptions ASelectOptions) = 0;
+                                              TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual IPtr<ILxDOMAttribute> FindAttribute(std::u16string_view ANamespaceURI,
                                               std::u16string_view ALocalName) = 0;
   virtual IPtr<ILxDOMAttribute> AttributeByName(std::u16string_view ANamespaceURI,
@@ -217,15 +217,15 @@ public:
                                                 std::u16string_view AQualifiedName,
                                                 bool ACreateWhenNotFound) = 0;
   virtual IPtr<ILxDOMAttribute> AttributeByName(const UnicodeString& ANodeName,
-                                                TLxDOMSelectOptions ASelectOptions) = 0;
+                                                TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual bool HasChildElement(const UnicodeString& ANodeName,
-                               TLxDOMSelectOptions ASelectOptions) = 0;
+                               TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual bool HasChildElement(std::u16string_view ANamespaceURI,
                                std::u16string_view AQualifiedName) = 0;
   virtual bool HasChildElements() = 0;
   virtual IPtr<ILxDOMElement> FirstElement() = 0;
   virtual IPtr<ILxDOMElement> LastElement() = 0;
-  virtual bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions) = 0;
+  virtual bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual bool HasAttribute(std::u16string_view ANamespaceURI,
                             std::u16string_view AQualifiedName) = 0;
   virtual IPtr<ILxDOMAttribute> FirstAttribute() = 0;

@@ -52,7 +52,7 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   TLxDOMNode* Add(TLxDOMNode* ANode, TLxDOMRelPosition APos, TLxDOMNode* ARefNode);
   /// Removes the first occurrence; nil when ANode isn't listed.
   TLxDOMNode* Delete(TLxDOMNode* ANode);
-  TLxDOMNode* Delete(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  TLxDOMNode* Delete(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   TLxDOMNode* Delete(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   /// Raise ELxDomNotFound on an empty list.
   TLxDOMNode* First() const;
@@ -71,7 +71,7 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   /// match option) say, compared by the collation the options (or else the list) give. Raises
   /// Exception for contradictory options or soCreate, ELxDomNotFound under soRaise when nothing
   /// matches; else nil then.
-  TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions);
+  TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   /// The last node with ALocalName in ANamespaceURI (any namespace when empty); nil when none.
   TLxDOMNode* Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   TLxDOMNodeListBaseEnumerator GetEnumerator() const noexcept {
@@ -189,10 +189,10 @@ class TLxDOMNodeListImpl : public TLxDOMObjectImpl, public virtual ILxDOMNamedNo
   IPtr<ILxDOMNode> Previous(ILxDOMNode* ARefNode) override;
   bool ContainsNode(ILxDOMNode* ANode) override;
   IPtr<ILxDOMNode> Find(const UnicodeString& ANodeName,
-                        TLxDOMSelectOptions ASelectOptions) override;
+                        TLxDOMSelectOptions ASelectOptions = {}) override;
   IPtr<ILxDOMNode> Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName) override;
   IPtr<ILxDOMNode> Delete(const UnicodeString& ANodeName,
-                          TLxDOMSelectOptions ASelectOptions) override;
+                          TLxDOMSelectOptions ASelectOptions = {}) override;
   IPtr<ILxDOMNode> Delete(std::u16string_view ANamespaceURI,
                           std::u16string_view ALocalName) override;
 

@@ -108,7 +108,6 @@ LX_EXCEPTION_CLASS(EVariantOverflowError, EVariantError);
 LX_EXCEPTION_CLASS(EVariantBadIndexError, EVariantError);
 LX_EXCEPTION_CLASS(EVariantInvalidArgError, EVariantError);
 
-
 /// Raises EAssertionFailed with AMessage when ACondition is false: misuse by a caller.
 void Assert(bool ACondition, std::u16string_view AMessage = u"Assertion failed");
 
