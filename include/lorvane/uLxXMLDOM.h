@@ -1,13 +1,16 @@
 /// The document tree: shared types, defaults and exceptions (LxDOMTypes.h), collations
 /// (LxDOMCollation.h), interfaces (LxDOMInterfaces.h), the two-layer object model
-/// (LxDOMObject.h), nodes (LxDOMNode.h), node lists (LxDOMNodeList.h) and the implementation object
-/// of the standard DOM abstraction (LxDOMImplementation.h).
+/// (LxDOMObject.h), nodes (LxDOMNode.h), node lists (LxDOMNodeList.h), text, comments and CDATA
+/// sections (LxDOMCharacterData.h), processing instructions (LxDOMProcessingInstruction.h) and the
+/// implementation object of the standard DOM abstraction (LxDOMImplementation.h).
 #pragma once
 
+#include "lorvane/dom/LxDOMCharacterData.h"
 #include "lorvane/dom/LxDOMCollation.h"
 #include "lorvane/dom/LxDOMImplementation.h"
 #include "lorvane/dom/LxDOMInterfaces.h"
 #include "lorvane/dom/LxDOMNode.h"
 #include "lorvane/dom/LxDOMNodeList.h"
 #include "lorvane/dom/LxDOMObject.h"
+#include "lorvane/dom/LxDOMProcessingInstruction.h"
 #include "lorvane/dom/LxDOMTypes.h"
