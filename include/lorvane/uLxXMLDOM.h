@@ -1,11 +1,13 @@
 /// The document tree: shared types, defaults and exceptions (LxDOMTypes.h), collations
 /// (LxDOMCollation.h), interfaces (LxDOMInterfaces.h), the two-layer object model
 /// (LxDOMObject.h), nodes (LxDOMNode.h), elements (LxDOMElement.h), attributes
-/// (LxDOMAttribute.h), node lists (LxDOMNodeList.h) and the implementation object
-/// of the standard DOM abstraction (LxDOMImplementation.h).
+/// (LxDOMAttribute.h), text, comments and CDATA sections (LxDOMCharacterData.h), processing
+/// instructions (LxDOMProcessingInstruction.h), node lists (LxDOMNodeList.h) and the
+/// implementation object of the standard DOM abstraction (LxDOMImplementation.h).
 #pragma once
 
 #include "lorvane/dom/LxDOMAttribute.h"
+#include "lorvane/dom/LxDOMCharacterData.h"
 #include "lorvane/dom/LxDOMCollation.h"
 #include "lorvane/dom/LxDOMElement.h"
 #include "lorvane/dom/LxDOMImplementation.h"
@@ -13,4 +15,5 @@
 #include "lorvane/dom/LxDOMNode.h"
 #include "lorvane/dom/LxDOMNodeList.h"
 #include "lorvane/dom/LxDOMObject.h"
+#include "lorvane/dom/LxDOMProcessingInstruction.h"
 #include "lorvane/dom/LxDOMTypes.h"

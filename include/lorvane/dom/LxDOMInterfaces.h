@@ -1,4 +1,5 @@
-/// The interfaces of the document tree: a node, the lists of nodes, attributes and elements.
+/// The interfaces of the document tree: a node, the lists of nodes, attributes, elements,
+/// character data (text, comments, CDATA sections) and processing instructions.
 ///
 /// Node arguments are borrowed for the call; node results are counted references, nil where the
 /// data side gives none. Interfaces extend each other virtually, so that a face class implements
@@ -225,7 +226,8 @@ public:
   virtual bool HasChildElements() = 0;
   virtual IPtr<ILxDOMElement> FirstElement() = 0;
   virtual IPtr<ILxDOMElement> LastElement() = 0;
-  virtual bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) = 0;
+  virtual bool HasAttribute(const UnicodeString& ANodeName,
+                            TLxDOMSelectOptions ASelectOptions = {}) = 0;
   virtual bool HasAttribute(std::u16string_view ANamespaceURI,
                             std::u16string_view AQualifiedName) = 0;
   virtual IPtr<ILxDOMAttribute> FirstAttribute() = 0;
@@ -245,6 +247,69 @@ public:
 
 protected:
   ~ILxDOMElement() = default;
+};
+
+/// Character data: text, comments and CDATA sections. Edits work on the decoded value; offsets
+/// count UTF-16 code units from 1, an offset below 1 counts as 1, and offsets and counts beyond
+/// the end are clamped to it, so none of these raises for its numbers.
+class ILxDOMCharacterData : public virtual ILxDOMNode {
+public:
+  static constexpr TGUID IID{
+      0xFEDC91FC, 0xC88F, 0x424F, {0x93, 0xA2, 0xCC, 0x5F, 0x4D, 0x5F, 0xB1, 0x43}};
+  /// Up to ACount characters from AOffset; empty for a count below 1 or an offset past the end.
+  virtual UnicodeString Substring(Integer AOffset, Integer ACount) = 0;
+  virtual void AppendStr(const UnicodeString& AData) = 0;
+  /// An offset past the end appends.
+  virtual void InsertStr(Integer AOffset, const UnicodeString& AData) = 0;
+  virtual void DeleteStr(Integer AOffset, Integer ACount) = 0;
+  /// Deletes Count characters at AOffset, then inserts AData there.
+  virtual void ReplaceStr(Integer AOffset, Integer Count, const UnicodeString& AData) = 0;
+
+protected:
+  ~ILxDOMCharacterData() = default;
+};
+
+class ILxDOMText : public virtual ILxDOMCharacterData {
+public:
+  static constexpr TGUID IID{
+      0x8647C801, 0x8F1E, 0x4D8B, {0x81, 0xD5, 0x28, 0x40, 0x97, 0x9A, 0xAB, 0x96}};
+  /// Keeps the first AOffset characters and moves the rest into a new text node (also when this
+  /// is a CDATA section) right behind this one, which is the result. Raises ELxDomException
+  /// when the node has no parent.
+  virtual IPtr<ILxDOMText> SplitTxt(Integer AOffset) = 0;
+
+protected:
+  ~ILxDOMText() = default;
+};
+
+class ILxDOMComment : public virtual ILxDOMCharacterData {
+public:
+  static constexpr TGUID IID{
+      0xB26D2B12, 0x6B40, 0x4779, {0x90, 0x07, 0x28, 0x93, 0x79, 0x10, 0xBD, 0x66}};
+
+protected:
+  ~ILxDOMComment() = default;
+};
+
+class ILxDOMCDATA : public virtual ILxDOMText {
+public:
+  static constexpr TGUID IID{
+      0xA7529680, 0xD2CE, 0x4AA2, {0x9C, 0xFB, 0xD7, 0xE2, 0x50, 0xDD, 0x1A, 0xBB}};
+
+protected:
+  ~ILxDOMCDATA() = default;
+};
+
+/// The target is the node's qualified name; the data is kept as it is given, without escaping.
+class ILxDOMProcessingInstruction : public virtual ILxDOMNode {
+public:
+  static constexpr TGUID IID{
+      0x30C77695, 0x3148, 0x408A, {0xAF, 0xAC, 0xDD, 0x4E, 0x32, 0x43, 0x3E, 0xC6}};
+  virtual UnicodeString GetData() = 0;
+  virtual void SetData(const UnicodeString& Value) = 0;
+
+protected:
+  ~ILxDOMProcessingInstruction() = default;
 };
 
 } // namespace lorvane
