@@ -71,7 +71,8 @@ class TLxDOMElement : public TLxDOMNode {
   void RemoveAttribute(const UnicodeString& AAttribName);
   void RemoveAttribute(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
 
-  TLxDOMElement* FindElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
+  TLxDOMElement* FindElement(const UnicodeString& ANodeName,
+                             TLxDOMSelectOptions ASelectOptions = {});
   TLxDOMElement* FindElement(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
   /// Missing: nil under coReturnNil; ELxDomNotFound "There is no child with the localname \"%s\"
   /// and namespace \"%s\"!" under coRaise; under coCreate a new element, named with the prefix
@@ -234,13 +235,15 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
                                         bool ACreateWhenNotFound) override;
   IPtr<ILxDOMAttribute> AttributeByName(const UnicodeString& ANodeName,
                                         TLxDOMSelectOptions ASelectOptions = {}) override;
-  bool HasChildElement(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) override;
+  bool HasChildElement(const UnicodeString& ANodeName,
+                       TLxDOMSelectOptions ASelectOptions = {}) override;
   bool HasChildElement(std::u16string_view ANamespaceURI,
                        std::u16string_view AQualifiedName) override;
   bool HasChildElements() override;
   IPtr<ILxDOMElement> FirstElement() override;
   IPtr<ILxDOMElement> LastElement() override;
-  bool HasAttribute(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {}) override;
+  bool HasAttribute(const UnicodeString& ANodeName,
+                    TLxDOMSelectOptions ASelectOptions = {}) override;
   bool HasAttribute(std::u16string_view ANamespaceURI, std::u16string_view AQualifiedName) override;
   IPtr<ILxDOMAttribute> FirstAttribute() override;
   IPtr<ILxDOMAttribute> LastAttribute() override;

@@ -1,6 +1,7 @@
 /// The runtime's class library: TPersistent (copyable objects), TStrings and TStringList (lines
 /// with an object beside each, name=value access, delimited text), the name-to-class registry
-/// (RegisterClass, GetClass, FindClass) and TComponent (named objects owned by an owner).
+/// (RegisterClass, GetClass, FindClass), TComponent (named objects owned by an owner) and the
+/// name of TFiler.
 #pragma once
 
 #include "lorvane/platform/Generics.h"
@@ -23,6 +24,10 @@ inline constexpr std::u16string_view SDuplicateName = u"A component named %s alr
 
 /// The line break that TStrings writes: CR LF on every platform.
 inline constexpr std::u16string_view sLineBreak = u"\r\n";
+
+/// The streaming object that DefineProperties receives; this runtime has no filer yet, so only
+/// its name exists.
+class TFiler;
 
 // --- TPersistent ---------------------------------------------------------------------------------
 /// An object that can be copied from another. Assign asks the source to AssignTo this object when

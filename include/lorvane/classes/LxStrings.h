@@ -1,0 +1,60 @@
+/// Small text helpers that the rest of the library calls:
+///   LxIf               one of two strings or characters by a condition
+///   LxLeft, LxPadLeft  the front of a string, and a string padded in front
+///   LxTokenize         a string cut at each occurrence of a delimiter, into a list
+///   LxStripLiterals    a quoted literal without its quotes
+///   LxLoadStringFromFile  the text of a file, by its byte order mark or a code page
+///   LxPtr2Int          an address as a number
+#pragma once
+
+#include "lorvane/platform/Classes.h"
+
+#include <string_view>
+
+namespace lorvane {
+
+/// ATrue when ACondition holds, else AFalse.
+UnicodeString LxIf(bool ACondition, std::u16string_view ATrue, std::u16string_view AFalse);
+WideChar LxIf(bool ACondition, WideChar ATrue, WideChar AFalse);
+
+/// The first ACount characters; all of AValue when it is shorter, empty for a count up to 0.
+UnicodeString LxLeft(std::u16string_view AValue, Integer ACount);
+
+/// AValue with AFillChar in front up to ALength characters. AValue at or beyond that length comes
+/// back unchanged, never cut.
+UnicodeString LxPadLeft(std::u16string_view AValue, Integer ALength, WideChar AFillChar);
+
+/// Clears AList and fills it with the parts of AValue between occurrences of ADelimiter, from
+/// left to right, each occurrence taken whole and not overlapping the last one. Empty parts are
+/// kept: "a,,b" gives "a", "", "b", and a delimiter at either end gives an empty first or last
+/// part. An empty AValue gives no parts; an empty ADelimiter gives AValue as the one part.
+///
+/// AAlsoInto, when given, receives the same parts appended behind the lines it already holds
+/// (it isn't cleared), so that the parts of several texts can be gathered in one list; the
+/// library itself always passes nil. A nil AList raises EArgumentException "LxTokenize needs a
+/// list for the parts".
+void LxTokenize(std::u16string_view AValue, TStringList* AList, std::u16string_view ADelimiter,
+                TStrings* AAlsoInto);
+
+/// A text that starts and ends with the same quote character (' or "), two characters long at
+/// least, comes back without those two quotes; the text between them stays as it is (a doubled
+/// quote inside isn't undone, blanks aren't trimmed). Any other text, an unterminated literal
+/// too, comes back unchanged.
+UnicodeString LxStripLiterals(std::u16string_view AValue);
+
+/// The whole text of the file AFileName. A byte order mark at the start decides the encoding and
+/// is dropped: EF BB BF is UTF-8, FF FE UTF-16 little endian, FE FF UTF-16 big endian. Without a
+/// mark the bytes are read in ACodePage, where 0 is the process default code page as everywhere
+/// in the library (1252 unless the application sets another) and 1200 reads UTF-16 little
+/// endian. Bytes that don't decode become U+FFFD. A file that can't be opened raises EFOpenError
+/// "Cannot open file \"%s\". %s"; a code page this library doesn't know raises EEncodingError
+/// "Unsupported code page %d" (also when a mark makes it unneeded, so that a bad argument
+/// shows whatever the file).
+UnicodeString LxLoadStringFromFile(const TFileName& AFileName, Word ACodePage);
+
+/// The address as a number, for identifiers built from object addresses; as wide as a pointer.
+inline NativeInt LxPtr2Int(const void* AAddress) noexcept {
+  return reinterpret_cast<NativeInt>(AAddress);
+}
+
+} // namespace lorvane

@@ -1,0 +1,62 @@
+// The document hooks: storage for the document modules' functions, and the calls through them.
+#include "lorvane/classes/LxDocumentHooks.h"
+
+#include <utility>
+
+namespace lorvane {
+
+namespace {
+
+struct TDocumentHooks {
+  TCreateDocumentFunc CreateXML;
+  TCreateDocumentFunc CreateJSON;
+  TGetDocumentValueFunc GetXMLValue;
+  TGetDocumentValueFunc GetJSONValue;
+};
+
+// A function-local static: constructed on first use, never by a static constructor.
+TDocumentHooks& Hooks() {
+  static TDocumentHooks Instance;
+  return Instance;
+}
+
+IPtr<IInterface> CreateThrough(const TCreateDocumentFunc& AFunc, const UnicodeString& AText,
+                               std::u16string_view AMissing) {
+  if (!AFunc)
+    throw ENotSupportedException(UnicodeString(AMissing));
+  return AFunc(AText);
+}
+
+Variant GetValueThrough(const TGetDocumentValueFunc& AFunc, IInterface* ADocument,
+                        const UnicodeString& APath, std::u16string_view AMissing) {
+  if (!AFunc)
+    throw ENotSupportedException(UnicodeString(AMissing));
+  if (!ADocument)
+    throw EArgumentException(UnicodeString(SNoDocumentGiven));
+  return AFunc(ADocument, APath);
+}
+
+} // namespace
+
+void SetCreateXMLDoc(TCreateDocumentFunc AFunc) { Hooks().CreateXML = std::move(AFunc); }
+void SetCreateJSONDoc(TCreateDocumentFunc AFunc) { Hooks().CreateJSON = std::move(AFunc); }
+void SetGetXMLDocValue(TGetDocumentValueFunc AFunc) { Hooks().GetXMLValue = std::move(AFunc); }
+void SetGetJSONDocValue(TGetDocumentValueFunc AFunc) { Hooks().GetJSONValue = std::move(AFunc); }
+
+IPtr<IInterface> CreateXMLDocument(const UnicodeString& AText) {
+  return CreateThrough(Hooks().CreateXML, AText, SNoXMLDocumentSupport);
+}
+
+IPtr<IInterface> CreateJSONDocument(const UnicodeString& AText) {
+  return CreateThrough(Hooks().CreateJSON, AText, SNoJSONDocumentSupport);
+}
+
+Variant GetXMLDocumentValue(IInterface* ADocument, const UnicodeString& APath) {
+  return GetValueThrough(Hooks().GetXMLValue, ADocument, APath, SNoXMLDocumentSupport);
+}
+
+Variant GetJSONDocumentValue(IInterface* ADocument, const UnicodeString& APath) {
+  return GetValueThrough(Hooks().GetJSONValue, ADocument, APath, SNoJSONDocumentSupport);
+}
+
+} // namespace lorvane
