@@ -115,6 +115,72 @@ void TLxDOMElement::UnlinkChild(TLxDOMNode* AChildNode) {
 
 // --- creating children --------------------------------------------------------------------------
 
+template <class T>
+T* TLxDOMElement::InsertCharacterData(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                      TLxDOMElement* ARefChild) {
+  TOwned<T> Node(New<T>());
+  AddChild(Node.get(), ARefChild, APosition);
+  T* Result = Node.release();
+  Result->SetNodeValue(AValue);
+  return Result;
+}
+
+TLxDOMText* TLxDOMElement::AddText(const UnicodeString& AValue) {
+  return InsertCharacterData<TLxDOMText>(AValue, ldpLast, nullptr);
+}
+TLxDOMCDATA* TLxDOMElement::AddCDATA(const UnicodeString& AValue) {
+  return InsertCharacterData<TLxDOMCDATA>(AValue, ldpLast, nullptr);
+}
+TLxDOMComment* TLxDOMElement::AddComment(const UnicodeString& AComment) {
+  return InsertCharacterData<TLxDOMComment>(AComment, ldpLast, nullptr);
+}
+TLxDOMText* TLxDOMElement::InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                      TLxDOMElement* ARefChild) {
+  return InsertCharacterData<TLxDOMText>(AValue, APosition, ARefChild);
+}
+TLxDOMCDATA* TLxDOMElement::InsertCDATA(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                        TLxDOMElement* ARefChild) {
+  return InsertCharacterData<TLxDOMCDATA>(AValue, APosition, ARefChild);
+}
+TLxDOMComment* TLxDOMElement::InsertComment(const UnicodeString& AComment, TLxDOMPosition APosition,
+                                            TLxDOMElement* ARefChild) {
+  return InsertCharacterData<TLxDOMComment>(AComment, APosition, ARefChild);
+}
+
+TLxDOMCDATA* TLxDOMElement::GetCDATA(Integer idx) {
+  Integer Number = 0;
+  if (FCharNodes)
+    for (TLxDOMNode* Node : *FCharNodes)
+      if (Node->GetNodeType() == ntCDATA && Number++ == idx)
+        return static_cast<TLxDOMCDATA*>(Node);
+  if (idx == Number)
+    return AddCDATA(UnicodeString());
+  throw EListError(u"There is no CDATA element with index %d!", {idx});
+}
+
+Integer TLxDOMElement::GetCDATACount() const noexcept {
+  Integer Count = 0;
+  if (FCharNodes)
+    for (TLxDOMNode* Node : *FCharNodes)
+      Count += Node->GetNodeType() == ntCDATA ? 1 : 0;
+  return Count;
+}
+
+void TLxDOMElement::NormalizeTextNodes() {
+  if (!FCharNodes || FCharNodes->Count() < 2)
+    return;
+  for (Integer I = 0; I + 1 < FChildNodes->Count();) {
+    TLxDOMNode* Node = FChildNodes->GetItem(I);
+    TLxDOMNode* Next = FChildNodes->GetItem(I + 1);
+    if (Node->GetNodeType() != ntText || Next->GetNodeType() != ntText) {
+      ++I;
+      continue;
+    }
+    Node->SetNodeValue(Node->GetNodeValue() + Next->GetNodeValue());
+    RemoveChild(Next);
+  }
+}
+
 TLxDOMElement* TLxDOMElement::AddElement(const UnicodeString& ATagName) {
   return InsertElement(ATagName, ldpLast, nullptr);
 }

@@ -55,6 +55,35 @@ IPtr<ILxDOMAttrList> TLxDOMElementImpl::GetNamespaces() {
 }
 Integer TLxDOMElementImpl::ElementCount() { return DOMElement()->ElementCount(); }
 Integer TLxDOMElementImpl::AttributeCount() { return DOMElement()->AttributeCount(); }
+IPtr<ILxDOMCDATA> TLxDOMElementImpl::GetCDATA(Integer idx) {
+  return DOMInterface<ILxDOMCDATA>(DOMElement()->GetCDATA(idx));
+}
+IPtr<ILxDOMComment> TLxDOMElementImpl::AddComment(const UnicodeString& AComment) {
+  return DOMInterface<ILxDOMComment>(DOMElement()->AddComment(AComment));
+}
+IPtr<ILxDOMText> TLxDOMElementImpl::AddText(const UnicodeString& AValue) {
+  return DOMInterface<ILxDOMText>(DOMElement()->AddText(AValue));
+}
+IPtr<ILxDOMCDATA> TLxDOMElementImpl::AddCDATA(const UnicodeString& AValue) {
+  return DOMInterface<ILxDOMCDATA>(DOMElement()->AddCDATA(AValue));
+}
+IPtr<ILxDOMComment> TLxDOMElementImpl::InsertComment(const UnicodeString& AComment,
+                                                     TLxDOMPosition APosition,
+                                                     ILxDOMElement* ARefChild) {
+  return DOMInterface<ILxDOMComment>(
+      DOMElement()->InsertComment(AComment, APosition, ElementOf(ARefChild)));
+}
+IPtr<ILxDOMText> TLxDOMElementImpl::InsertText(const UnicodeString& AValue,
+                                               TLxDOMPosition APosition, ILxDOMElement* ARefChild) {
+  return DOMInterface<ILxDOMText>(
+      DOMElement()->InsertText(AValue, APosition, ElementOf(ARefChild)));
+}
+IPtr<ILxDOMCDATA> TLxDOMElementImpl::InsertCDATA(const UnicodeString& AValue,
+                                                 TLxDOMPosition APosition,
+                                                 ILxDOMElement* ARefChild) {
+  return DOMInterface<ILxDOMCDATA>(
+      DOMElement()->InsertCDATA(AValue, APosition, ElementOf(ARefChild)));
+}
 IPtr<ILxDOMElement> TLxDOMElementImpl::AddElement(const UnicodeString& ATagName) {
   return ElementInterface(DOMElement()->AddElement(ATagName));
 }

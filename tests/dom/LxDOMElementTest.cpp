@@ -210,6 +210,50 @@ TEST_F(DomElement, PreserveSpaceGoesDownToElementsWithoutTheirOwnSetting) {
   EXPECT_FALSE(Grandchild->GetPreserveSpace());
 }
 
+TEST_F(DomElement, TextViewsTellOwnTextFromDescendantsAndComments) {
+  Root()->AddText(u"a<b");
+  Root()->AddComment(u"note--");
+  Root()->AddElement(u"child")->AddText(u"inner");
+  Root()->AddCDATA(u"<raw>");
+  EXPECT_EQ(Root()->GetNodeValue(), u"a<b<raw>");
+  EXPECT_EQ(Root()->GetText(), u"a<bnote--<raw>inner"); // own text first, not interleaved
+  EXPECT_EQ(static_cast<TLxDOMText*>(Root()->CharNodes()->First())->GetStoredValue(), u"a&lt;b");
+  EXPECT_EQ(Names(Root()->CharNodes()), "#text,#comment,#cdata-section");
+}
+
+TEST_F(DomElement, CharacterDataGoesBesideTheReferenceAndFirstOrLastInItsList) {
+  Root()->AddText(u"t1");
+  TLxDOMElement* E = Root()->AddElement(u"e");
+  Root()->InsertComment(u"c", ldpBefore, E);
+  Root()->InsertText(u"t2", ldpAfter, E);
+  EXPECT_EQ(ChildNames(Root()), "#text,#comment,e,#text");
+  // E is no character data: before it means first, after it last among the character data.
+  EXPECT_EQ(Root()->CharNodes()->First()->GetNodeValue(), u"c");
+  EXPECT_EQ(Root()->CharNodes()->Last()->GetNodeValue(), u"t2");
+}
+
+TEST_F(DomElement, GetCDATAAddsTheNextOneAndRefusesBeyondIt) {
+  Root()->AddText(u"t");
+  TLxDOMCDATA* First = Root()->GetCDATA(0);
+  EXPECT_EQ(First->GetNodeValue(), u"");
+  EXPECT_EQ(Root()->GetCDATA(0), First);
+  EXPECT_EQ(Root()->GetCDATACount(), 1);
+  test::ExpectRaises<EListError>([&] { Root()->GetCDATA(2); },
+                                 u"There is no CDATA element with index 2!");
+}
+
+TEST_F(DomElement, NormalizeMergesNeighbouringTextOnly) {
+  Root()->AddText(u"a&");
+  Root()->AddText(u"b");
+  Root()->AddComment(u"c");
+  Root()->AddText(u"d");
+  Root()->AddCDATA(u"e");
+  Root()->AddText(u"f");
+  Root()->NormalizeTextNodes();
+  EXPECT_EQ(ChildNames(Root()), "#text,#comment,#text,#cdata-section,#text");
+  EXPECT_EQ(Root()->CharNodes()->First()->GetNodeValue(), u"a&b");
+}
+
 TEST_F(DomElement, TheInterfaceWorksOnTheSameTree) {
   auto* Free = New<TLxDOMElement>();
   IPtr<ILxDOMElement> Element = DOMInterface<ILxDOMElement>(Free); // owned by its interface
@@ -220,6 +264,8 @@ TEST_F(DomElement, TheInterfaceWorksOnTheSameTree) {
   EXPECT_EQ(Element->GetElements()->GetElement(Variant(0)).Get(), Child.Get());
   EXPECT_EQ(Element->GetAttributes()->GetAttribute(0)->GetLocalName(), u"x");
   EXPECT_EQ(Child->ParentElement().Get(), Element.Get());
+  EXPECT_EQ(Child->AddText(u"x")->GetNodeValue(), u"x");
+  EXPECT_EQ(Child->GetCDATA(0)->GetNodeType(), ntCDATA);
   Element->RemoveElement(Child.Get());
   EXPECT_EQ(Element->ElementCount(), 0);
   EXPECT_EQ(Child->ParentNode(), nullptr);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "lorvane/dom/LxDOMAttribute.h"
+#include "lorvane/dom/LxDOMCharacterData.h"
 #include "lorvane/dom/LxDOMNodeList.h"
 
 namespace lorvane {
@@ -52,6 +53,24 @@ class TLxDOMElement : public TLxDOMNode {
   bool HasChildElements() const noexcept { return ElementCount() > 0; }
   /// The declaration that gives this element its namespace; nil when none.
   TLxDOMAttribute* NamespaceDeclaration() const noexcept { return FNamespace; }
+
+  /// The text is escaped as a text node stores it.
+  TLxDOMText* AddText(const UnicodeString& AValue);
+  /// CDATA and comments store their text as it is.
+  TLxDOMCDATA* AddCDATA(const UnicodeString& AValue);
+  TLxDOMComment* AddComment(const UnicodeString& AComment);
+  TLxDOMText* InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
+                         TLxDOMElement* ARefChild);
+  TLxDOMCDATA* InsertCDATA(const UnicodeString& AValue, TLxDOMPosition APosition,
+                           TLxDOMElement* ARefChild);
+  TLxDOMComment* InsertComment(const UnicodeString& AComment, TLxDOMPosition APosition,
+                               TLxDOMElement* ARefChild);
+  /// The CDATA child of number idx from 0; idx equal to their number adds an empty one; beyond
+  /// that raises EListError "There is no CDATA element with index %d!".
+  TLxDOMCDATA* GetCDATA(Integer idx);
+  Integer GetCDATACount() const noexcept;
+  /// Merges neighbouring text children (not CDATA), re-escaping the joined text; doesn't descend.
+  void NormalizeTextNodes() override;
 
   TLxDOMElement* AddElement(const UnicodeString& ATagName);
   /// The URI is applied when the element is linked: declared on it when not in scope.
@@ -169,6 +188,10 @@ private:
   TLxDOMNodeListBase* TypedListFor(const TLxDOMNode* ANode);
   /// The declaration in scope for APrefix ("xmlns" or "xmlns:" + APrefix); nil when none.
   TLxDOMAttribute* DeclarationInScope(const UnicodeString& APrefix);
+  /// Makes a node of class T, links it at the position, then sets its value.
+  template <class T>
+  T* InsertCharacterData(const UnicodeString& AValue, TLxDOMPosition APosition,
+                         TLxDOMElement* ARefChild);
   /// Whether this element has its own "xml:space" attribute.
   TLxDOMAttribute* OwnSpaceAttribute();
   /// Drops, in a subtree that leaves its tree, the links to declarations outside it.
@@ -195,6 +218,16 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
   IPtr<ILxDOMAttrList> GetNamespaces() override;
   Integer ElementCount() override;
   Integer AttributeCount() override;
+  IPtr<ILxDOMCDATA> GetCDATA(Integer idx) override;
+  IPtr<ILxDOMComment> AddComment(const UnicodeString& AComment) override;
+  IPtr<ILxDOMText> AddText(const UnicodeString& AValue) override;
+  IPtr<ILxDOMCDATA> AddCDATA(const UnicodeString& AValue) override;
+  IPtr<ILxDOMComment> InsertComment(const UnicodeString& AComment, TLxDOMPosition APosition,
+                                    ILxDOMElement* ARefChild) override;
+  IPtr<ILxDOMText> InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
+                              ILxDOMElement* ARefChild) override;
+  IPtr<ILxDOMCDATA> InsertCDATA(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                ILxDOMElement* ARefChild) override;
   IPtr<ILxDOMElement> AddElement(const UnicodeString& ATagName) override;
   IPtr<ILxDOMElement> AddElement(std::u16string_view ANamespaceURI,
                                  std::u16string_view AQualifiedName) override;

@@ -15,6 +15,9 @@ namespace lorvane {
 class ILxDOMNodeList;
 class ILxDOMElement;
 class ILxDOMAttribute;
+class ILxDOMText;
+class ILxDOMComment;
+class ILxDOMCDATA;
 
 class ILxDOMNode : public virtual IInterface {
 public:
@@ -175,6 +178,17 @@ public:
   virtual IPtr<ILxDOMAttrList> GetNamespaces() = 0;
   virtual Integer ElementCount() = 0;
   virtual Integer AttributeCount() = 0;
+  /// The CDATA child of number idx; idx equal to their number adds an empty one.
+  virtual IPtr<ILxDOMCDATA> GetCDATA(Integer idx) = 0;
+  virtual IPtr<ILxDOMComment> AddComment(const UnicodeString& AComment) = 0;
+  virtual IPtr<ILxDOMText> AddText(const UnicodeString& AValue) = 0;
+  virtual IPtr<ILxDOMCDATA> AddCDATA(const UnicodeString& AValue) = 0;
+  virtual IPtr<ILxDOMComment> InsertComment(const UnicodeString& AComment, TLxDOMPosition APosition,
+                                            ILxDOMElement* ARefChild) = 0;
+  virtual IPtr<ILxDOMText> InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                      ILxDOMElement* ARefChild) = 0;
+  virtual IPtr<ILxDOMCDATA> InsertCDATA(const UnicodeString& AValue, TLxDOMPosition APosition,
+                                        ILxDOMElement* ARefChild) = 0;
   virtual IPtr<ILxDOMElement> AddElement(const UnicodeString& ATagName) = 0;
   virtual IPtr<ILxDOMElement> AddElement(std::u16string_view ANamespaceURI,
                                          std::u16string_view AQualifiedName) = 0;
