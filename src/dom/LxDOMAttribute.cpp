@@ -2,7 +2,7 @@
 #include "lorvane/dom/LxDOMAttribute.h"
 
 #include "lorvane/core/LxWellKnownNames.h"
-#include "lorvane/dom/LxDOMElement.h"
+#include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/xmlutils/LxXMLEscape.h"
 
 namespace lorvane {
@@ -79,7 +79,7 @@ void TLxDOMAttribute::RefreshOwnNamespaces() { FNamespace = DeclarationInScope()
 void TLxDOMAttribute::SetQualifiedName(const UnicodeString& Value) {
   const bool WasDeclaration = IsNamespace();
   inherited::SetQualifiedName(Value);
-  if (FDestroying)
+  if (FDestroying || (FDOMDocument && GetDocument()->GetLoadState() == lsLoading))
     return;
   // Renaming a declaration changes the scope of its element.
   if (TLxDOMElement* Element = ParentElement(); Element && (WasDeclaration || IsNamespace()))

@@ -87,6 +87,14 @@ void TLxDOMElement::RefreshOwnNamespaces() {
     SetPrefix(UnicodeString(FPrefix));
 }
 
+void TLxDOMElement::LinkOwnDeclaration(TLxDOMAttribute* ADeclaration,
+                                       const UnicodeString& ANamespaceURI) {
+  FNamespace = ADeclaration;
+  FNamespaceURI = ANamespaceURI;
+  FNamespaceSet = true;
+  Namespaces()->Add(ADeclaration, ldpLast);
+}
+
 void TLxDOMElement::SetNamespaceURI(const UnicodeString& Value) {
   if (!FParent) {
     FNamespaceURI = Value;

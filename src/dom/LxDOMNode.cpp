@@ -1,7 +1,9 @@
 // Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
 #include "lorvane/dom/LxDOMNode.h"
 
-#include "lorvane/dom/LxDOMElement.h"
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/dom/LxDOMDocument.h"
+#include "lorvane/dom/LxDOMParser.h"
 
 #include <vector>
 
@@ -22,7 +24,15 @@ thread_local bool DocumentWalkRunning = false;
 
 } // namespace
 
+struct TLxDOMNode::TParseEvents {
+  TLxDOMParseError OnParseWarning;
+  TLxDOMParseError OnParseError;
+  TLxDOMParseError OnParseFatalError;
+};
+
 // --- lifetime -----------------------------------------------------------------------------------
+
+TLxDOMNode::TLxDOMNode() noexcept = default;
 
 TLxDOMNode::~TLxDOMNode() { lorvane::Free(FChildNodes); }
 
@@ -71,14 +81,17 @@ void TLxDOMNode::Clear() {
     TLxDOMNode* Child = FChildNodes->GetItem(I);
     if (!Child->CanAutoDestroy()) {
       RemoveChild(Child);
-    } else if (NestedDestructions >= MaxNestedDestructions && QueuedDestructions) {
-      // This node is being destroyed: the child may leave without the usual unlinking.
-      FChildNodes->DeleteAt(I);
-      Child->FParent = nullptr;
-      QueuedDestructions->push_back(Child);
-    } else {
-      Child->Free();
+      continue;
     }
+    // Only a child of a node being destroyed may go here: it leaves without the unlinking that
+    // would keep this node's lists right, since they go with this node. (Typed lists may hold
+    // its address until then; nothing reads it.)
+    FChildNodes->DeleteAt(I);
+    Child->FParent = nullptr;
+    if (NestedDestructions >= MaxNestedDestructions && QueuedDestructions)
+      QueuedDestructions->push_back(Child);
+    else
+      Child->Free();
   }
 }
 
@@ -116,7 +129,10 @@ void TLxDOMNode::SetDOMDocument(TLxDOMObject* ADoc) {
 
 void TLxDOMNode::SetParentNode(TLxDOMObject* AParent) {
   inherited::SetParentNode(AParent);
-  if (!FDestroying && FDOMDocument)
+  // A load links elements before their children: only they refresh then, which saves the
+  // refresh per text node.
+  if (!FDestroying && FDOMDocument &&
+      (GetDocument()->GetLoadState() != lsLoading || FNodeType == ntElement))
     RefreshNamespaces();
 }
 
@@ -232,7 +248,7 @@ void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
     FPrefix.assign(Value, 0, Colon);
     FLocalName.assign(Value, Colon + 1);
   }
-  SetPrefix(UnicodeString(FPrefix));
+  SetPrefix(FPrefix);
 }
 
 UnicodeString TLxDOMNode::GetQualifiedName() const {
@@ -241,6 +257,67 @@ UnicodeString TLxDOMNode::GetQualifiedName() const {
   UnicodeString Result;
   Result.reserve(FPrefix.size() + 1 + FLocalName.size());
   return Result.append(FPrefix).append(1, u':').append(FLocalName);
+}
+
+// --- loading and saving -----------------------------------------------------------------------
+
+void TLxDOMNode::_SaveToStream(TStream*, Word, bool, Integer&) {}
+
+void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
+  TOwned<TLxDOMParser> Parser(New<TLxDOMParser>(this));
+  Parser->SetOnParseWarning(GetOnParseWarning());
+  Parser->SetOnParseError(GetOnParseError());
+  Parser->SetOnParseFatalError(GetOnParseFatalError());
+  Parser->Parse(AStream, AStreamCodePage);
+}
+
+void TLxDOMNode::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
+  Integer Level = -1;
+  _SaveToStream(AStream, AStreamCodePage, AFormatted, Level);
+}
+
+UnicodeString TLxDOMNode::GetXML() {
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
+  SaveToStream(Stream.get(), 1200, /*AFormatted=*/false);
+  return Stream->GetWString();
+}
+
+UnicodeString TLxDOMNode::GetFormattedXML() {
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
+  SaveToStream(Stream.get(), 1200, /*AFormatted=*/true);
+  return Stream->GetWString();
+}
+
+TLxDOMDocument* TLxDOMNode::GetDocument() const noexcept {
+  return static_cast<TLxDOMDocument*>(FDOMDocument);
+}
+
+namespace {
+const TLxDOMParseError NoParseHandler;
+}
+
+TLxDOMNode::TParseEvents& TLxDOMNode::ParseEvents() {
+  if (!FParseEvents)
+    FParseEvents = std::make_unique<TParseEvents>();
+  return *FParseEvents;
+}
+const TLxDOMParseError& TLxDOMNode::GetOnParseWarning() const noexcept {
+  return FParseEvents ? FParseEvents->OnParseWarning : NoParseHandler;
+}
+const TLxDOMParseError& TLxDOMNode::GetOnParseError() const noexcept {
+  return FParseEvents ? FParseEvents->OnParseError : NoParseHandler;
+}
+const TLxDOMParseError& TLxDOMNode::GetOnParseFatalError() const noexcept {
+  return FParseEvents ? FParseEvents->OnParseFatalError : NoParseHandler;
+}
+void TLxDOMNode::SetOnParseWarning(TLxDOMParseError AHandler) {
+  ParseEvents().OnParseWarning = std::move(AHandler);
+}
+void TLxDOMNode::SetOnParseError(TLxDOMParseError AHandler) {
+  ParseEvents().OnParseError = std::move(AHandler);
+}
+void TLxDOMNode::SetOnParseFatalError(TLxDOMParseError AHandler) {
+  ParseEvents().OnParseFatalError = std::move(AHandler);
 }
 
 // --- cloning ------------------------------------------------------------------------------------

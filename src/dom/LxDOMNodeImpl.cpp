@@ -1,7 +1,7 @@
 // The face of a node: ILxDOMNode forwarded to the data node.
 #include "lorvane/dom/LxDOMNode.h"
 
-#include "lorvane/dom/LxDOMNodeList.h"
+#include "lorvane/dom/LxDOMDocument.h"
 
 namespace lorvane {
 
@@ -66,6 +66,18 @@ bool TLxDOMNodeImpl::HasAttributes() { return DOMNode()->HasAttributes(); }
 IPtr<ILxDOMNode> TLxDOMNodeImpl::ParentNode() { return NodeInterface(DOMNode()->ParentNode()); }
 UnicodeString TLxDOMNodeImpl::NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) {
   return DOMNode()->NodePath(ALocalNames, AIdAttribName);
+}
+
+UnicodeString TLxDOMNodeImpl::GetFormattedXML() { return DOMNode()->GetFormattedXML(); }
+UnicodeString TLxDOMNodeImpl::GetXML() { return DOMNode()->GetXML(); }
+void TLxDOMNodeImpl::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
+  DOMNode()->LoadFromStream(AStream, AStreamCodePage);
+}
+void TLxDOMNodeImpl::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
+  DOMNode()->SaveToStream(AStream, AStreamCodePage, AFormatted);
+}
+IPtr<ILxDOMDocument> TLxDOMNodeImpl::Document() {
+  return DOMInterface<ILxDOMDocument>(DOMNode()->GetDocument());
 }
 
 } // namespace lorvane

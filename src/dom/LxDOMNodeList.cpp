@@ -1,7 +1,7 @@
 // Node lists: positions, neighbours, searches by name, and their faces.
 #include "lorvane/dom/LxDOMNodeList.h"
 
-#include "lorvane/dom/LxDOMElement.h"
+#include "lorvane/dom/LxDOMDocument.h"
 
 namespace lorvane {
 
@@ -187,7 +187,8 @@ TLxDOMElement* TLxDOMElementList::GetItem(Integer idx) const {
 }
 
 TLxDOMElement* TLxDOMElementList::GetItem(const Variant& idx) {
-  return GetItemEx(idx, DefaultSelectCheckOption);
+  TLxDOMDocument* Document = FParent ? static_cast<TLxDOMNode*>(FParent)->GetDocument() : nullptr;
+  return GetItemEx(idx, Document ? Document->GetSelectCheckOption() : DefaultSelectCheckOption);
 }
 
 TLxDOMElement* TLxDOMElementList::GetItemEx(const Variant& idx, TLxDOMSelectCheckOption AOption) {

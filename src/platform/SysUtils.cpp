@@ -26,9 +26,8 @@ void Exception::SetMessage(UnicodeString AMessage) {
   FWhat = StringToUTF8(FMessage);
 }
 
-void Assert(bool ACondition, std::u16string_view AMessage) {
-  if (!ACondition)
-    throw EAssertionFailed(UnicodeString(AMessage));
+void RaiseAssertionFailed(std::u16string_view AMessage) {
+  throw EAssertionFailed(UnicodeString(AMessage));
 }
 
 // --- UTF-8 and UTF-16

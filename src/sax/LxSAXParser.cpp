@@ -15,6 +15,24 @@ TLxSAXParser::~TLxSAXParser() {
   FLocator = nullptr;
 }
 
+char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage) {
+  // A character is read byte by byte, since a stream may hand out fewer bytes than asked for.
+  const Int64 Width = AStreamCodePage == 1200 ? 2 : 1;
+  for (;;) {
+    Byte Bytes[2] = {0, 0};
+    Int64 Got = 0;
+    while (Got < Width && AStream->Read(Bytes + Got, 1) == 1)
+      ++Got;
+    if (Got == 0)
+      return 0;
+    const auto Char = static_cast<char16_t>(Bytes[0] | (Bytes[1] << 8));
+    if (Char > 0x20) {
+      AStream->SetPosition(std::max<Int64>(0, AStream->GetPosition() - Got));
+      return Char;
+    }
+  }
+}
+
 HRESULT TLxSAXParser::QueryInterface(const TGUID& AIID, void** AObj) {
   if (AIID == ILxSAXErrorHandler::IID)
     *AObj = static_cast<ILxSAXErrorHandler*>(this);
@@ -40,23 +58,7 @@ void TLxSAXParser::FireFinished() {
 void TLxSAXParser::ParseStream(TStream* AStream, Word AStreamCodePage,
                                const LxXMLString& APublicID) {
   FireStart();
-  // A character is read byte by byte, since a stream may hand out fewer bytes than asked for.
-  const Int64 Width = AStreamCodePage == 1200 ? 2 : 1;
-  char16_t First = 0;
-  for (;;) {
-    Byte Bytes[2] = {0, 0};
-    Int64 Got = 0;
-    while (Got < Width && AStream->Read(Bytes + Got, 1) == 1)
-      ++Got;
-    if (Got == 0)
-      break;
-    First = static_cast<char16_t>(Bytes[0] | (Bytes[1] << 8));
-    if (First > 0x20) {
-      // The reader has to see this character again.
-      AStream->SetPosition(std::max<Int64>(0, AStream->GetPosition() - Got));
-      break;
-    }
-  }
+  const char16_t First = PeekFirstSignificantChar(AStream, AStreamCodePage);
   if (First != u'<')
     throw ELxXMLParseError(UnicodeString(cSAXParserJSONNotSupported),
                            cSAXParserErrJSONNotSupported);

@@ -29,6 +29,9 @@ class TLxDOMAttribute : public TLxDOMNode {
   /// Renaming a declaration in an element refreshes that element's scope.
   void SetQualifiedName(const UnicodeString& Value) override;
   TLxDOMNode* CreateClone() override;
+  /// A blank, the name and the stored value in double quotes.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                     Integer& ALevel) override;
 
   /// "xmlns" without prefix, or the prefix "xmlns", without regard to case.
   bool IsNamespace() const;

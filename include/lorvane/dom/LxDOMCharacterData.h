@@ -85,6 +85,9 @@ class TLxDOMText : public TLxDOMCharacterData {
   /// and owns it. Raises ELxDomException "A text node can't be split without a parent node."
   /// when there is no parent, changing nothing.
   TLxDOMText* SplitText(Integer AOffset);
+  /// The stored form, without line end or indentation.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                     Integer& ALevel) override;
 
   TLxDOMTextImpl* DOMTextImpl() const noexcept;
 
@@ -101,6 +104,10 @@ class TLxDOMComment : public TLxDOMCharacterData {
   UnicodeString GetNodeValue() override;
   void SetNodeValue(const UnicodeString& Value) override;
 
+  /// Formatted: on its own line, indented under an element that doesn't preserve space.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                     Integer& ALevel) override;
+
   TLxDOMCommentImpl* DOMCommentImpl() const noexcept;
 
 protected:
@@ -115,6 +122,10 @@ class TLxDOMCDATA : public TLxDOMText {
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   UnicodeString GetNodeValue() override;
   void SetNodeValue(const UnicodeString& Value) override;
+
+  /// The stored form between the section's delimiters, without line end or indentation.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                     Integer& ALevel) override;
 
   TLxDOMCDATAImpl* DOMCDATAImpl() const noexcept;
 

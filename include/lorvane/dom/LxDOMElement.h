@@ -38,6 +38,17 @@ class TLxDOMElement : public TLxDOMNode {
   /// Nil does nothing; a node that isn't a child raises EAssertionFailed "The specified ChildNode
   /// is not a child of this element!".
   void RemoveChild(TLxDOMNode* AChildNode) override;
+  /// The element and its subtree, walked without recursion: nested elements are written by this
+  /// walk, other children by their own _SaveToStream. Formatted: child elements on lines of their
+  /// own, two blanks per level, unless space is preserved; text is never touched.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                     Integer& ALevel) override;
+  /// The child elements written compact or formatted; text directly inside isn't included.
+  UnicodeString GetInnerXML() override;
+  UnicodeString GetFormattedInnerXML() override;
+  /// Removes the child elements, then loads the text (several elements may stand in it) into
+  /// this element. Text, comments and attributes stay.
+  void SetInnerXML(const UnicodeString& Value) override;
 
   /// Attributes in order of addition, declarations included.
   TLxDOMAttrList* Attributes();
@@ -188,6 +199,14 @@ private:
   TLxDOMNodeListBase* TypedListFor(const TLxDOMNode* ANode);
   /// The declaration in scope for APrefix ("xmlns" or "xmlns:" + APrefix); nil when none.
   TLxDOMAttribute* DeclarationInScope(const UnicodeString& APrefix);
+  /// Writes the start tag (" />" for an empty element: then false) and gives whether children
+  /// and an end tag follow.
+  bool WriteStartTag(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer ALevel);
+  void WriteEndTag(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer ALevel);
+  UnicodeString InnerXML(bool AFormatted);
+  /// Links a declaration on the element that gives it ANamespaceURI, as a load finds it.
+  void LinkOwnDeclaration(TLxDOMAttribute* ADeclaration, const UnicodeString& ANamespaceURI);
+  friend class TLxDOMParser;
   /// Makes a node of class T, links it at the position, then sets its value.
   template <class T>
   T* InsertCharacterData(const UnicodeString& AValue, TLxDOMPosition APosition,

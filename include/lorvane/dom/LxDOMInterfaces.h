@@ -13,6 +13,7 @@
 namespace lorvane {
 
 class ILxDOMNodeList;
+class ILxDOMDocument;
 class ILxDOMElement;
 class ILxDOMAttribute;
 class ILxDOMText;
@@ -55,6 +56,13 @@ public:
   virtual bool HasAttributes() = 0;
   virtual IPtr<ILxDOMNode> ParentNode() = 0;
   virtual UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) = 0;
+  virtual UnicodeString GetFormattedXML() = 0;
+  virtual UnicodeString GetXML() = 0;
+  /// Adds what the XML text holds to this node.
+  virtual void LoadFromStream(TStream* AStream, Word AStreamCodePage) = 0;
+  virtual void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) = 0;
+  /// Nil for a node in no document.
+  virtual IPtr<ILxDOMDocument> Document() = 0;
 
 protected:
   ~ILxDOMNode() = default;
@@ -324,6 +332,54 @@ public:
 
 protected:
   ~ILxDOMProcessingInstruction() = default;
+};
+
+/// The top of a tree: settings for the whole tree, the root element, the prolog, loading and
+/// saving. Loads add to the document, except the LoadFromXML and LoadXML text forms, which clear
+/// it first.
+class ILxDOMDocument : public virtual ILxDOMNode {
+public:
+  static constexpr TGUID IID{
+      0x7A1E5B0C, 0x3D92, 0x4C6F, {0x9B, 0x21, 0x5E, 0x08, 0xC4, 0x7D, 0xA3, 0x16}};
+  virtual IPtr<ILxDOMElement> GetRootNode() = 0;
+  /// Raises ELxDomNotFound "There is no processinginstruction \"%s\"!" when missing.
+  virtual UnicodeString GetProcessingInstruction(const UnicodeString& target) = 0;
+  virtual bool GetCaseSensitive() = 0;
+  virtual TLxXPathCollationClass GetCollation() = 0;
+  virtual TLxDOMSelectMatchOption GetSelectMatchOption() = 0;
+  virtual TLxDOMSelectCheckOption GetSelectCheckOption() = 0;
+  virtual bool GetUseSchemaInstance() = 0;
+  virtual UnicodeString GetEncoding() = 0;
+  virtual Word GetCodePage() = 0;
+  virtual UnicodeString GetDocumentURI() = 0;
+  virtual void SetEncoding(const UnicodeString& Value) = 0;
+  virtual void SetCodePage(Word Value) = 0;
+  virtual void SetProcessingInstruction(const UnicodeString& target,
+                                        const UnicodeString& Value) = 0;
+  virtual void SetCaseSensitive(bool Value) = 0;
+  virtual void SetCollation(TLxXPathCollationClass Value) = 0;
+  virtual void SetSelectMatchOption(TLxDOMSelectMatchOption Value) = 0;
+  virtual void SetSelectCheckOption(TLxDOMSelectCheckOption Value) = 0;
+  virtual void SetUseSchemaInstance(bool Value) = 0;
+  virtual void SetDocumentURI(const UnicodeString& Value) = 0;
+  /// A second root raises ELxDomException "This DOM document already contains a rootnode!".
+  virtual IPtr<ILxDOMElement> CreateRootNode(const UnicodeString& tagName) = 0;
+  virtual IPtr<ILxDOMElement> CreateRootNode(std::u16string_view ANamespaceURI,
+                                             std::u16string_view AQualifiedName) = 0;
+  virtual IPtr<ILxDOMComment> AddComment(const UnicodeString& AComment) = 0;
+  virtual void LoadXML(const UnicodeString& AXML) = 0;
+  virtual void LoadXML(TStream* AStream) = 0;
+  virtual void LoadXML(const UnicodeString& AFilename, Word Mode) = 0;
+  /// Bytes whose encoding the text itself tells.
+  virtual void LoadFromXML(const AnsiString& AXML) = 0;
+  virtual void LoadFromXML(const WideString& AXML) = 0;
+  virtual void LoadFromStreamEx(TStream* AStream) = 0;
+  virtual void SaveToStreamEx(TStream* AStream, bool AFormatted, bool AWriteBOM) = 0;
+  virtual void LoadFromFile(const UnicodeString& AFilename, Word AMode) = 0;
+  virtual void SaveToFile(const UnicodeString& AFilename, bool AFormatted, bool AWriteBOM) = 0;
+
+protected:
+  ~ILxDOMDocument() = default;
 };
 
 } // namespace lorvane

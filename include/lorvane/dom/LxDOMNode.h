@@ -10,6 +10,7 @@ namespace lorvane {
 
 class TLxDOMNodeList;
 class TLxDOMNodeImpl;
+class TLxDOMDocument;
 
 class TLxDOMNode;
 /// A class reference that constructs a node through its virtual default constructor.
@@ -17,7 +18,8 @@ using TLxDOMNodeClass = TClass;
 
 class TLxDOMNode : public TLxDOMObject {
   LX_CLASS(TLxDOMNode, TLxDOMObject)
-  TLxDOMNode() noexcept = default;
+  // User-provided, so that New<T>() doesn't zero the whole object before constructing it.
+  TLxDOMNode() noexcept;
 
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   /// False while a face exists, else as the base answers.
@@ -48,6 +50,15 @@ class TLxDOMNode : public TLxDOMObject {
   /// children, children in order.
   virtual void RefreshNamespaces();
   virtual void NormalizeTextNodes() {}
+  /// Writes this node as XML text in the code page; ALevel counts the nesting, -1 outermost.
+  virtual void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                             Integer& ALevel);
+  /// Parses XML from the stream's position and adds what it holds to this node (existing
+  /// children stay). A fatal error raises ELxDomSyntax "Line %d, column %d: %s" unless the
+  /// fatal-error event handles it; what was built stays.
+  virtual void LoadFromStream(TStream* AStream, Word AStreamCodePage);
+  /// Writes this node and its subtree as XML from the stream's position.
+  virtual void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted);
   /// A new free-standing node of this class with the same name (and, for kinds with a value,
   /// the stored value).
   virtual TLxDOMNode* CreateClone();
@@ -85,6 +96,21 @@ class TLxDOMNode : public TLxDOMObject {
   UnicodeString GetNodeName() const { return GetQualifiedName(); }
   void SetNodeName(const UnicodeString& Value) { SetQualifiedName(Value); }
   TLxDOMNodeType GetNodeType() const noexcept { return FNodeType; }
+  /// The XML text of this node, compact or with line ends and indentation.
+  UnicodeString GetXML();
+  UnicodeString GetFormattedXML();
+  /// The document this node is in; nil when it is in none.
+  TLxDOMDocument* GetDocument() const noexcept;
+
+  /// The parse events of LoadFromStream; Handled set true by the fatal-error event lets the
+  /// reader's own exception through instead.
+  const TLxDOMParseError& GetOnParseWarning() const noexcept;
+  const TLxDOMParseError& GetOnParseError() const noexcept;
+  const TLxDOMParseError& GetOnParseFatalError() const noexcept;
+  void SetOnParseWarning(TLxDOMParseError AHandler);
+  void SetOnParseError(TLxDOMParseError AHandler);
+  void SetOnParseFatalError(TLxDOMParseError AHandler);
+
   /// The children in document order, attributes of an element included; owned by this node.
   TLxDOMNodeList* ChildNodes();
   TLxDOMNodeImpl* DOMNodeImpl() const noexcept;
@@ -114,6 +140,12 @@ protected:
   UnicodeString FPrefix;
   /// The namespace URI kept while the node isn't linked to its declaration.
   UnicodeString FNamespaceURI;
+
+private:
+  struct TParseEvents;
+  /// Rarely set, so kept out of line: a node pays one pointer for its three events.
+  std::unique_ptr<TParseEvents> FParseEvents;
+  TParseEvents& ParseEvents();
 };
 
 class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {
@@ -152,6 +184,11 @@ class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {
   bool HasAttributes() override;
   IPtr<ILxDOMNode> ParentNode() override;
   UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) override;
+  UnicodeString GetFormattedXML() override;
+  UnicodeString GetXML() override;
+  void LoadFromStream(TStream* AStream, Word AStreamCodePage) override;
+  void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) override;
+  IPtr<ILxDOMDocument> Document() override;
 
 protected:
   ~TLxDOMNodeImpl() override = default;

@@ -30,7 +30,7 @@ protected:
 
 class TLxDOMNodeListBase : public TLxDOMObject {
   LX_CLASS(TLxDOMNodeListBase, TLxDOMObject)
-  TLxDOMNodeListBase() = default;
+  TLxDOMNodeListBase() noexcept {}
 
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   /// Only a free-standing list without face may go with its last interface.
@@ -109,7 +109,7 @@ protected:
 
 class TLxDOMNodeList : public TLxDOMNodeListBase {
   LX_CLASS(TLxDOMNodeList, TLxDOMNodeListBase)
-  TLxDOMNodeList() = default;
+  TLxDOMNodeList() noexcept {}
 
 protected:
   ~TLxDOMNodeList() override = default;
@@ -128,7 +128,7 @@ public:
 /// The child elements of an element, or a free-standing result of a selection.
 class TLxDOMElementList : public TLxDOMNodeListBase {
   LX_CLASS(TLxDOMElementList, TLxDOMNodeListBase)
-  TLxDOMElementList() = default;
+  TLxDOMElementList() noexcept {}
 
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   /// GetItemEx with the check option of the owner's document, or DefaultSelectCheckOption.
@@ -153,7 +153,7 @@ protected:
 /// The attributes of an element, or the namespace declarations in scope at it.
 class TLxDOMAttrList : public TLxDOMNodeListBase {
   LX_CLASS(TLxDOMAttrList, TLxDOMNodeListBase)
-  TLxDOMAttrList() = default;
+  TLxDOMAttrList() noexcept {}
 
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   TLxDOMAttribute* GetItem(Integer idx) const;

@@ -23,7 +23,7 @@ class TLxDOMDocument;
 
 class TLxDOMObject : public TLxObject {
   LX_CLASS(TLxDOMObject, TLxObject)
-  TLxDOMObject() noexcept = default;
+  TLxDOMObject() noexcept {}
 
   /// Makes the face when there is none and answers from it; only the interfaces the face lacks
   /// are answered by the object itself.

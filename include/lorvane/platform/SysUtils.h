@@ -109,7 +109,11 @@ LX_EXCEPTION_CLASS(EVariantBadIndexError, EVariantError);
 LX_EXCEPTION_CLASS(EVariantInvalidArgError, EVariantError);
 
 /// Raises EAssertionFailed with AMessage when ACondition is false: misuse by a caller.
-void Assert(bool ACondition, std::u16string_view AMessage = u"Assertion failed");
+[[noreturn]] void RaiseAssertionFailed(std::u16string_view AMessage);
+inline void Assert(bool ACondition, std::u16string_view AMessage = u"Assertion failed") {
+  if (!ACondition) [[unlikely]]
+    RaiseAssertionFailed(AMessage);
+}
 
 // --- format settings
 // ------------------------------------------------------------------------------

@@ -42,6 +42,11 @@ inline constexpr char16_t cSAXParserJSONNotSupported[] =
     u"JSON text can't be read yet: only XML is supported";
 inline constexpr Integer cSAXParserErrJSONNotSupported = 13;
 
+/// The first character above U+0020 from the stream's position (2 bytes each for code page 1200,
+/// else 1), read one byte at a time; the stream is left at that character. 0 when the stream ends
+/// first. Readers decide by it between XML ('<') and JSON.
+char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage);
+
 /// Fires an event for every handler method the reader calls, with this component as sender;
 /// an event left empty costs nothing, and with none assigned a parse only checks the text and
 /// raises on failure. Interface references to the component aren't counted.

@@ -1,0 +1,78 @@
+/// The loader of the document tree: a content handler that grows the tree from the events of a
+/// reader, one node per event, storing text and attribute values as they stand in the input.
+#pragma once
+
+#include "lorvane/dom/LxDOMNode.h"
+#include "lorvane/platform/Classes.h"
+#include "lorvane/sax/LxSAXReader.h"
+
+namespace lorvane {
+
+/// Interface references to it aren't counted; it lives for one load.
+class TLxDOMParser : public TComponent,
+                     public ILxSAXErrorHandler,
+                     public ILxSAXContentHandler,
+                     public ILxSAXLexicalHandler {
+  LX_CLASS(TLxDOMParser, TComponent)
+  /// Events attach to ADOMNode, which is what is loaded into.
+  explicit TLxDOMParser(TLxDOMNode* ADOMNode);
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+  Integer _AddRef() override { return -1; }
+  Integer _Release() override { return -1; }
+
+  /// Reads from the stream's position: '<' as the first character above U+0020 means XML (one
+  /// root for a document, several for an element); anything else is JSON, which the tree can't
+  /// read yet (ELxXMLParseError code 13). A fatal error raises ELxDomSyntax "Line %d, column %d:
+  /// %s" unless OnParseFatalError sets Handled, which lets the reader's exception through.
+  void Parse(TStream* AStream, Word AStreamCodePage);
+
+  const TLxDOMParseError& GetOnParseWarning() const noexcept { return FOnParseWarning; }
+  const TLxDOMParseError& GetOnParseError() const noexcept { return FOnParseError; }
+  const TLxDOMParseError& GetOnParseFatalError() const noexcept { return FOnParseFatalError; }
+  void SetOnParseWarning(TLxDOMParseError AValue) { FOnParseWarning = std::move(AValue); }
+  void SetOnParseError(TLxDOMParseError AValue) { FOnParseError = std::move(AValue); }
+  void SetOnParseFatalError(TLxDOMParseError AValue) { FOnParseFatalError = std::move(AValue); }
+
+  void Warning(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) override;
+  void Error(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) override;
+  void FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) override;
+
+  void SetDocumentLocator(ILxSAXLocator* ALocator) override { FLocator = ALocator; }
+  void Characters(const LxXMLString& AText) override;
+  void EndDocument() override {}
+  void EndElement(const LxXMLString& ANamespaceURI, const LxXMLString& ALocalName,
+                  const LxXMLString& AQName) override;
+  void EndPrefixMapping(const LxXMLString&) override {}
+  void IgnorableWhitespace(const LxXMLString& AWhiteSpace) override;
+  void ProcessingInstruction(const LxXMLString& ATarget, const LxXMLString& AData) override;
+  void SkippedEntity(const LxXMLString&) override {}
+  void StartDocument() override {}
+  void StartElement(const LxXMLString& ANamespaceURI, const LxXMLString& ALocalName,
+                    const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override;
+  void StartPrefixMapping(const LxXMLString&, const LxXMLString&) override {}
+
+  void Comment(const LxXMLString& AComment) override;
+  void StartCDATA() override { FInCDATA = true; }
+  void StartDTD() override {}
+  void StartEntity(const LxXMLString&) override {}
+  void EndCDATA() override { FInCDATA = false; }
+  void EndDTD() override {}
+  void EndEntity(const LxXMLString&) override {}
+
+protected:
+  ~TLxDOMParser() override;
+
+private:
+  TLxDOMNode* FDOMNode;
+  /// What is loaded into: end tags without a start tag never lead above it.
+  TLxDOMNode* FTargetNode;
+  ILxSAXLocator* FLocator = nullptr;
+  TLxSAXReader* FReader = nullptr;
+  bool FInCDATA = false;
+  TLxDOMParseError FOnParseWarning;
+  TLxDOMParseError FOnParseError;
+  TLxDOMParseError FOnParseFatalError;
+};
+
+} // namespace lorvane

@@ -1,0 +1,131 @@
+// The loader: events of a reader turned into nodes of the tree.
+#include "lorvane/dom/LxDOMParser.h"
+
+#include "lorvane/core/LxWellKnownNames.h"
+#include "lorvane/dom/LxDOMDocument.h"
+#include "lorvane/sax/LxSAXParser.h"
+#include "lorvane/xmlutils/LxXMLEscape.h"
+
+namespace lorvane {
+
+TLxDOMParser::TLxDOMParser(TLxDOMNode* ADOMNode)
+    : TComponent(nullptr), FDOMNode(ADOMNode), FTargetNode(ADOMNode) {}
+
+TLxDOMParser::~TLxDOMParser() { lorvane::Free(FReader); }
+
+HRESULT TLxDOMParser::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxSAXErrorHandler::IID)
+    *AObj = static_cast<ILxSAXErrorHandler*>(this);
+  else if (AIID == ILxSAXContentHandler::IID)
+    *AObj = static_cast<ILxSAXContentHandler*>(this);
+  else if (AIID == ILxSAXLexicalHandler::IID)
+    *AObj = static_cast<ILxSAXLexicalHandler*>(this);
+  else
+    return TComponent::QueryInterface(AIID, AObj);
+  return S_OK;
+}
+
+void TLxDOMParser::Parse(TStream* AStream, Word AStreamCodePage) {
+  if (PeekFirstSignificantChar(AStream, AStreamCodePage) != u'<')
+    throw ELxXMLParseError(UnicodeString(cSAXParserJSONNotSupported),
+                           cSAXParserErrJSONNotSupported);
+  auto* Reader = New<TLxSAXXMLReader>();
+  FReader = Reader;
+  Reader->SetSingleRoot(FDOMNode->GetNodeType() == ntDocument);
+  Reader->SetErrorHandler(this);
+  Reader->SetLexicalHandler(this);
+  Reader->SetContentHandler(this);
+  Reader->ParseStream(AStream, AStreamCodePage, UnicodeString());
+  FReader = nullptr;
+  Reader->Free();
+}
+
+// --- errors -------------------------------------------------------------------------------------
+
+void TLxDOMParser::Warning(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
+  bool Handled = false;
+  if (FOnParseWarning)
+    FOnParseWarning(ALocator, AErrMsg, Handled);
+}
+
+void TLxDOMParser::Error(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
+  bool Handled = false;
+  if (FOnParseError)
+    FOnParseError(ALocator, AErrMsg, Handled);
+}
+
+void TLxDOMParser::FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
+  bool Handled = false;
+  if (FOnParseFatalError)
+    FOnParseFatalError(ALocator, AErrMsg, Handled);
+  if (!Handled)
+    throw ELxDomSyntax(u"Line %d, column %d: %s",
+                       {ALocator->GetLineNr(), ALocator->GetColNr(), AErrMsg});
+}
+
+// --- content ------------------------------------------------------------------------------------
+
+void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLString&,
+                                const LxXMLString& AQName, ILxSAXAttributes* AAttributes) {
+  TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
+  Element->SetQualifiedName(AQName);
+  bool DeclaresSchemaInstance = false;
+  for (PLxSAXXMAttribute Item = AAttributes->FirstAttribute(); Item; Item = Item->Next) {
+    TLxDOMAttribute* Attribute = Element->AddAttribute(Item->QName);
+    Attribute->SetStoredValue(Item->Value);
+    // The element's own declaration of its URI links it at once; declarations further up reach
+    // it by the refresh that linking runs.
+    if (!ANamespaceURI.empty() && Attribute->IsNamespace() &&
+        LxXMLToStr(Item->Value) == ANamespaceURI)
+      Element->LinkOwnDeclaration(Attribute, ANamespaceURI);
+    if (!DeclaresSchemaInstance && Item->Value.size() == cLxNsXSI.size() &&
+        SameText(Item->Value, cLxNsXSI))
+      DeclaresSchemaInstance = true;
+  }
+  TLxDOMElement* Linked = Element.release();
+  FDOMNode->AppendChild(Linked);
+  if (DeclaresSchemaInstance && FDOMNode->GetNodeType() == ntDocument)
+    static_cast<TLxDOMDocument*>(FDOMNode)->FUseSchemaInstance = true;
+  FDOMNode = Linked;
+}
+
+void TLxDOMParser::EndElement(const LxXMLString&, const LxXMLString&, const LxXMLString&) {
+  // The reader lets end tags without a start tag through.
+  if (FDOMNode != FTargetNode)
+    FDOMNode = FDOMNode->ParentNode();
+}
+
+void TLxDOMParser::Characters(const LxXMLString& AText) {
+  if (FInCDATA) {
+    // As an element's AddCDATA does; the reader may hand text to a document too.
+    TOwned<TLxDOMCDATA> Section(New<TLxDOMCDATA>());
+    FDOMNode->AddChild(Section.get(), nullptr, ldpLast);
+    Section.release()->SetNodeValue(AText);
+    return;
+  }
+  TOwned<TLxDOMText> Text(New<TLxDOMText>());
+  Text->SetStoredValue(AText);
+  FDOMNode->AddChild(Text.get(), nullptr, ldpAfter);
+  Text.release();
+}
+
+void TLxDOMParser::IgnorableWhitespace(const LxXMLString& AWhiteSpace) {
+  if (FDOMNode->GetPreserveSpace())
+    Characters(AWhiteSpace);
+}
+
+void TLxDOMParser::ProcessingInstruction(const LxXMLString& ATarget, const LxXMLString& AData) {
+  TOwned<TLxDOMProcessingInstruction> Instruction(New<TLxDOMProcessingInstruction>());
+  FDOMNode->AddChild(Instruction.get(), nullptr, ldpAfter);
+  TLxDOMProcessingInstruction* Linked = Instruction.release();
+  Linked->SetQualifiedName(ATarget);
+  Linked->SetData(AData);
+}
+
+void TLxDOMParser::Comment(const LxXMLString& AComment) {
+  TOwned<TLxDOMComment> Node(New<TLxDOMComment>());
+  FDOMNode->AppendChild(Node.get());
+  Node.release()->SetNodeValue(AComment);
+}
+
+} // namespace lorvane
