@@ -183,7 +183,15 @@ void TLxDOMAttribute::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool
   }
   Write(AStream, AStreamCodePage, FLocalName);
   Write(AStream, AStreamCodePage, u"=\"");
-  Write(AStream, AStreamCodePage, FNodeValue);
+  // A value read from single quotes may hold a double quote, which would end the value early.
+  if (FNodeValue.find(u'"') == UnicodeString::npos) {
+    Write(AStream, AStreamCodePage, FNodeValue);
+  } else {
+    UnicodeString Quoted;
+    for (char16_t Char : FNodeValue)
+      Char == u'"' ? Quoted.append(u"&quot;") : Quoted.append(1, Char);
+    Write(AStream, AStreamCodePage, Quoted);
+  }
   Write(AStream, AStreamCodePage, u"\"");
 }
 

@@ -29,7 +29,8 @@ class TLxDOMAttribute : public TLxDOMNode {
   /// Renaming a declaration in an element refreshes that element's scope.
   void SetQualifiedName(const UnicodeString& Value) override;
   TLxDOMNode* CreateClone() override;
-  /// A blank, the name and the stored value in double quotes.
+  /// A blank, the name and the stored value in double quotes; a double quote in the value (it
+  /// can come from single quotes in the input) goes out as &quot;.
   void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
                      Integer& ALevel) override;
 
