@@ -8,7 +8,37 @@ namespace lorvane {
 namespace {
 constexpr std::u16string_view EmptyListMessage =
     u"Failed to get the first node!\r\nThe list contains no nodes.";
-}
+
+/// A fast test of equality by a collation: for the two built-in ones, texts of other lengths
+/// never match (their folding keeps the length), and neither do texts whose last ASCII units
+/// differ in more than letter case; names that share a beginning mostly differ at the end.
+class TNameMatcher {
+public:
+  TNameMatcher(TLxXPathCollationClass ACollation, const UnicodeString& AName)
+      : FCollation(ACollation), FName(AName),
+        FBuiltIn(ACollation == TLxXPathCollationASCIICI::StaticClass() ||
+                 ACollation == TLxXPathCollationCodepoint::StaticClass()) {}
+
+  bool Matches(const UnicodeString& ACandidate) const {
+    if (FBuiltIn) {
+      if (ACandidate.size() != FName.size())
+        return false;
+      if (!FName.empty()) {
+        const char16_t A = ACandidate.back(), B = FName.back();
+        if (A != B && (A | B) < 0x80 &&
+            ((A | 0x20) != (B | 0x20) || static_cast<char16_t>((A | 0x20) - u'a') > 25))
+          return false;
+      }
+    }
+    return FCollation->SameText(ACandidate, FName);
+  }
+
+private:
+  TLxXPathCollationClass FCollation;
+  const UnicodeString& FName;
+  bool FBuiltIn;
+};
+} // namespace
 
 bool TLxDOMNodeListBaseEnumerator::MoveNext() { return ++FIndex < FList->Count(); }
 
@@ -146,11 +176,12 @@ TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
   else
     Collation = GetCollation();
 
-  for (Integer I = FList.GetCount() - 1; I >= 0; --I) {
-    TLxDOMNode* Node = FList[I];
+  const TNameMatcher Name(Collation, ANodeName);
+  for (auto It = FList.end(); It != FList.begin();) {
+    TLxDOMNode* Node = *--It;
     const bool Matches = ByLocalName || Node->GetPrefix().empty()
-                             ? Collation->SameText(Node->GetLocalName(), ANodeName)
-                             : Collation->SameText(Node->GetQualifiedName(), ANodeName);
+                             ? Name.Matches(Node->GetLocalName())
+                             : Name.Matches(Node->GetQualifiedName());
     if (Matches)
       return Node;
   }
@@ -163,9 +194,10 @@ TLxDOMNode* TLxDOMNodeListBase::Find(std::u16string_view ANamespaceURI,
                                      std::u16string_view ALocalName) {
   const TLxXPathCollationClass Collation = GetCollation();
   const UnicodeString LocalName(ALocalName), NamespaceURI(ANamespaceURI);
-  for (Integer I = FList.GetCount() - 1; I >= 0; --I) {
-    TLxDOMNode* Node = FList[I];
-    if (Collation->SameText(Node->GetLocalName(), LocalName) &&
+  const TNameMatcher Name(Collation, LocalName);
+  for (auto It = FList.end(); It != FList.begin();) {
+    TLxDOMNode* Node = *--It;
+    if (Name.Matches(Node->GetLocalName()) &&
         (NamespaceURI.empty() || Collation->SameText(Node->GetNamespaceURI(), NamespaceURI)))
       return Node;
   }
