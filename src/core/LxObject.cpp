@@ -3,7 +3,10 @@
 
 namespace lorvane {
 
-void TLxObject::AfterConstruction() { FRefCount.fetch_sub(1, std::memory_order_release); }
+void TLxObject::AfterConstruction() {
+  // Only the constructing thread can see the object yet: no locked operation is needed.
+  FRefCount.store(FRefCount.load(std::memory_order_relaxed) - 1, std::memory_order_release);
+}
 
 HRESULT TLxObject::QueryInterface(const TGUID& AIID, void** AObj) {
   if (AIID == ILxObject::IID) {

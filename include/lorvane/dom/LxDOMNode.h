@@ -12,6 +12,33 @@ class TLxDOMNodeList;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
 
+/// A string that costs one pointer until it first holds text: few nodes ever keep a namespace
+/// URI of their own. Once made, the text stays allocated, so references to it stay valid.
+class TSparseString {
+public:
+  TSparseString() noexcept = default;
+  operator const UnicodeString&() const noexcept { return FValue ? *FValue : Empty(); }
+  TSparseString& operator=(const UnicodeString& AValue) {
+    if (FValue)
+      *FValue = AValue;
+    else if (!AValue.empty())
+      FValue = std::make_unique<UnicodeString>(AValue);
+    return *this;
+  }
+  bool empty() const noexcept { return !FValue || FValue->empty(); }
+  void clear() noexcept {
+    if (FValue)
+      FValue->clear();
+  }
+
+private:
+  static const UnicodeString& Empty() noexcept {
+    static const UnicodeString Value;
+    return Value;
+  }
+  std::unique_ptr<UnicodeString> FValue;
+};
+
 class TLxDOMNode;
 /// A class reference that constructs a node through its virtual default constructor.
 using TLxDOMNodeClass = TClass;
@@ -139,7 +166,7 @@ protected:
   UnicodeString FLocalName;
   UnicodeString FPrefix;
   /// The namespace URI kept while the node isn't linked to its declaration.
-  UnicodeString FNamespaceURI;
+  TSparseString FNamespaceURI;
 
 private:
   struct TParseEvents;
