@@ -61,25 +61,20 @@ void TLxDOMObject::BeforeDestruction() {
 }
 
 TLxDOMObjectImpl* TLxDOMObject::RequireDOMImpl() {
-  if (FDOMImpl)
-    return FDOMImpl;
-  if (FParent && !FParent->FDOMImpl) {
-    std::vector<TLxDOMObject*> Missing;
-    for (TLxDOMObject* Ancestor = FParent; Ancestor && !Ancestor->FDOMImpl;
-         Ancestor = Ancestor->FParent)
-      Missing.push_back(Ancestor);
-    for (auto It = Missing.rbegin(); It != Missing.rend(); ++It)
-      (*It)->SetDOMImpl((*It)->CreateDOMImpl(*It));
-  }
-  SetDOMImpl(CreateDOMImpl(this));
+  if (!FDOMImpl)
+    SetDOMImpl(CreateDOMImpl(this));
   return FDOMImpl;
 }
 
 HRESULT TLxDOMObject::QueryInterface(const TGUID& AIID, void** AObj) {
-  const HRESULT Result = RequireDOMImpl()->QueryInterface(AIID, AObj);
-  if (Result != E_NOINTERFACE)
-    return Result;
-  return inherited::QueryInterface(AIID, AObj);
+  const bool Made = !FDOMImpl;
+  HRESULT Result = RequireDOMImpl()->QueryInterface(AIID, AObj);
+  if (Result == E_NOINTERFACE)
+    Result = inherited::QueryInterface(AIID, AObj);
+  // A face made for a question that got no answer has no reference and holds no pin: it goes.
+  if (Result != S_OK && Made && FDOMImpl && FDOMImpl->RefCount() == 0)
+    FDOMImpl->Free();
+  return Result;
 }
 
 Integer TLxDOMObject::_AddRef() { return RequireDOMImpl()->_AddRef(); }
@@ -132,8 +127,32 @@ void TLxDOMObject::SetParentNode(TLxDOMObject* AParent) {
 TLxDOMObjectImpl::TLxDOMObjectImpl(TLxDOMObject* ADOMObject) : FDOMObject(ADOMObject) {
   FaceCount.fetch_add(1, std::memory_order_relaxed);
   SetAutoDestroy(false);
-  if (ADOMObject->FParent)
-    FParent = IPtr<IInterface>(static_cast<IInterface*>(ADOMObject->FParent));
+}
+
+Integer TLxDOMObjectImpl::_AddRef() {
+  const Integer Count = inherited::_AddRef();
+  // The pin is taken with the first reference rather than in the constructor: a face nobody
+  // holds then never keeps its ancestors alive.
+  if (Count == 1 && !FParent && FDOMObject && FDOMObject->FParent)
+    PinAncestors();
+  return Count;
+}
+
+void TLxDOMObjectImpl::PinAncestors() {
+  // The ancestors up to the first that is held already (or the root), pinned from the top down,
+  // each by its child's face: no step recurses into the next, so depth costs no stack.
+  std::vector<TLxDOMObject*> Chain{FDOMObject};
+  for (TLxDOMObject* Ancestor = FDOMObject->FParent; Ancestor; Ancestor = Ancestor->FParent) {
+    Chain.push_back(Ancestor);
+    if (Ancestor->FDOMImpl && Ancestor->FDOMImpl->RefCount() > 0)
+      break;
+  }
+  for (std::size_t I = Chain.size() - 1; I > 0; --I) {
+    TLxDOMObjectImpl* Above = Chain[I]->RequireDOMImpl();
+    TLxDOMObjectImpl* Below = Chain[I - 1]->RequireDOMImpl();
+    Above->TLxObject::_AddRef();
+    Below->FParent = IPtr<IInterface>::Attach(static_cast<IInterface*>(Chain[I]));
+  }
 }
 
 TLxDOMObjectImpl::~TLxDOMObjectImpl() {
@@ -143,8 +162,9 @@ TLxDOMObjectImpl::~TLxDOMObjectImpl() {
 }
 
 void TLxDOMObjectImpl::PinParent(TLxDOMObject* AParent) {
+  // Only a held face is pinned; one without references gets its pin with its first.
   IInterface* Old = FParent.Detach();
-  if (AParent)
+  if (AParent && RefCount() > 0)
     FParent = IPtr<IInterface>(static_cast<IInterface*>(AParent));
   ReleasePin(Old);
 }

@@ -149,6 +149,15 @@ TEST_F(DomLifetime, RemoveChildDestroysAChildUnlessAnInterfaceHoldsIt) {
   EXPECT_EQ(HeldIntf->ParentNode(), nullptr);
 }
 
+TEST_F(DomLifetime, AnUnansweredInterfaceRequestLeavesNoFaceBehind) {
+  TOwned<TLxDOMNode> Root(MakeNode(u"root"));
+  TLxDOMNode* Child = Append(Root.get(), u"child");
+  EXPECT_EQ(DOMInterface<ILxDOMElement>(Child), nullptr); // a plain node is no element
+  EXPECT_EQ(Child->DOMImpl(), nullptr);
+  EXPECT_EQ(Root->DOMImpl(), nullptr); // and nothing above it was pinned
+  Root.reset();                        // the tree goes with its owner (the fixture checks)
+}
+
 TEST_F(DomLifetime, TheObjectRoadMakesNoFace) {
   const Int64 Faces = TLxDOMObjectImpl::FacesMade();
   TOwned<TLxDOMNode> Root(MakeNode(u"root"));

@@ -60,8 +60,7 @@ class TLxDOMObject : public TLxObject {
 
 protected:
   ~TLxDOMObject() override;
-  /// The face, made and installed when missing; faces of ancestors are made first, from the top
-  /// down, so that no face constructor recurses into its parent's.
+  /// The face, made and installed when missing.
   TLxDOMObjectImpl* RequireDOMImpl();
 
   TLxDOMObject* FDOMDocument = nullptr;
@@ -78,6 +77,8 @@ class TLxDOMObjectImpl : public TLxObject {
   /// own _Release decides.
   explicit TLxDOMObjectImpl(TLxDOMObject* ADOMObject);
 
+  /// The first reference pins the data parent, and through it every ancestor.
+  Integer _AddRef() override;
   /// At 0 the pair is parted, the data object is destroyed when it may be (CanAutoDestroy), and
   /// the face goes, releasing its pin on the parent.
   Integer _Release() override;
@@ -101,6 +102,7 @@ protected:
 
 private:
   void PinParent(TLxDOMObject* AParent);
+  void PinAncestors();
   friend class TLxDOMObject;
 };
 
