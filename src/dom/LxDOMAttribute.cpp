@@ -17,12 +17,6 @@ TLxDOMObjectImpl* TLxDOMAttribute::CreateDOMImpl(TLxDOMObject* ADOMObject) {
   return New<TLxDOMAttributeImpl>(static_cast<TLxDOMAttribute*>(ADOMObject));
 }
 
-TLxDOMElement* TLxDOMAttribute::ParentElement() const noexcept {
-  return FParent && static_cast<TLxDOMNode*>(FParent)->GetNodeType() == ntElement
-             ? static_cast<TLxDOMElement*>(FParent)
-             : nullptr;
-}
-
 UnicodeString TLxDOMAttribute::GetNodeValue() { return LxXMLToStr(FNodeValue); }
 
 void TLxDOMAttribute::SetNodeValue(const UnicodeString& Value) {

@@ -380,12 +380,6 @@ TLxDOMAttribute* TLxDOMElement::LastAttribute() {
   return static_cast<TLxDOMAttribute*>(Attributes()->Last());
 }
 
-TLxDOMElement* TLxDOMElement::ParentElement() const noexcept {
-  return FParent && static_cast<TLxDOMNode*>(FParent)->GetNodeType() == ntElement
-             ? static_cast<TLxDOMElement*>(FParent)
-             : nullptr;
-}
-
 TLxDOMElement* TLxDOMElement::NextElement() const {
   TLxDOMElement* Parent = ParentElement();
   return Parent ? static_cast<TLxDOMElement*>(Parent->Elements()->Next(this)) : nullptr;
@@ -483,26 +477,17 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
 void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_view APrefix,
                                       std::u16string_view ALocalName, bool ARecursive,
                                       TLxDOMSelectOptions ASelectOptions) {
-  if (ASelectOptions.Contains(soCaseSensitive) && ASelectOptions.Contains(soCaseInsensitive))
-    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+  CheckCaseOptions(ASelectOptions);
   if (ASelectOptions.Contains(soRaise) || ASelectOptions.Contains(soCreate))
     throw Exception(u"It is not possible to specify either soRaise or soCreate!");
-  TLxXPathCollationClass Collation;
-  if (ASelectOptions.Contains(soCaseSensitive))
-    Collation = TLxXPathCollationCodepoint::StaticClass();
-  else if (ASelectOptions.Contains(soCaseInsensitive))
-    Collation = TLxXPathCollationASCIICI::StaticClass();
-  else
-    Collation = GetCollation();
-  const bool ByLocalName =
-      ASelectOptions.Contains(soLocalName) ||
-      (!ASelectOptions.Contains(soQualifiedName) && GetSelectMatchOption() == soLocalName);
+  const TLxXPathCollationClass Collation = CollationFor(ASelectOptions);
+  const bool ByLocal = ByLocalName(ASelectOptions);
   const UnicodeString Prefix(APrefix), LocalName(ALocalName);
   VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
     const bool LocalMatches =
         LocalName == u"*" || Collation->SameText(AElement->FLocalName, LocalName);
     const bool PrefixMatches =
-        ByLocalName || Prefix == u"*" || Collation->SameText(AElement->FPrefix, Prefix);
+        ByLocal || Prefix == u"*" || Collation->SameText(AElement->FPrefix, Prefix);
     if (LocalMatches && PrefixMatches)
       AList->Add(AElement, ldpLast);
   });

@@ -359,6 +359,11 @@ Integer TLxDOMNode::NodeCount() const noexcept { return FChildNodes ? FChildNode
 
 TLxDOMNode* TLxDOMNode::ParentNode() const noexcept { return static_cast<TLxDOMNode*>(FParent); }
 
+TLxDOMElement* TLxDOMNode::ParentElement() const noexcept {
+  return FParent && ParentNode()->FNodeType == ntElement ? static_cast<TLxDOMElement*>(FParent)
+                                                         : nullptr;
+}
+
 TLxDOMNode* TLxDOMNode::NextSibling() const {
   return FParent ? ParentNode()->FChildNodes->Next(this) : nullptr;
 }

@@ -157,29 +157,15 @@ Integer TLxDOMNodeListBase::LastIndexOf(const TLxDOMNode* ANode) const noexcept 
 
 TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
                                      TLxDOMSelectOptions ASelectOptions) {
-  if (ASelectOptions.Contains(soCaseSensitive) && ASelectOptions.Contains(soCaseInsensitive))
-    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+  CheckCaseOptions(ASelectOptions);
   if (ASelectOptions.Contains(soCreate))
     throw Exception(u"It is not possible to specify soCreate!");
-  bool ByLocalName;
-  if (ASelectOptions.Contains(soLocalName))
-    ByLocalName = true;
-  else if (ASelectOptions.Contains(soQualifiedName))
-    ByLocalName = false;
-  else
-    ByLocalName = GetSelectMatchOption() == soLocalName;
-  TLxXPathCollationClass Collation;
-  if (ASelectOptions.Contains(soCaseSensitive))
-    Collation = TLxXPathCollationCodepoint::StaticClass();
-  else if (ASelectOptions.Contains(soCaseInsensitive))
-    Collation = TLxXPathCollationASCIICI::StaticClass();
-  else
-    Collation = GetCollation();
-
+  const bool ByLocal = ByLocalName(ASelectOptions);
+  const TLxXPathCollationClass Collation = CollationFor(ASelectOptions);
   const TNameMatcher Name(Collation, ANodeName);
   for (auto It = FList.end(); It != FList.begin();) {
     TLxDOMNode* Node = *--It;
-    const bool Matches = ByLocalName || Node->GetPrefix().empty()
+    const bool Matches = ByLocal || Node->GetPrefix().empty()
                              ? Name.Matches(Node->GetLocalName())
                              : Name.Matches(Node->GetQualifiedName());
     if (Matches)

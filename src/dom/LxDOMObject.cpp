@@ -106,6 +106,25 @@ TLxDOMSelectMatchOption TLxDOMObject::GetSelectMatchOption() {
   return FDOMDocument ? FDOMDocument->GetSelectMatchOption() : DefaultSelectMatchOption;
 }
 
+void TLxDOMObject::CheckCaseOptions(TLxDOMSelectOptions AOptions) {
+  if (AOptions.Contains(soCaseSensitive) && AOptions.Contains(soCaseInsensitive))
+    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+}
+
+TLxXPathCollationClass TLxDOMObject::CollationFor(TLxDOMSelectOptions AOptions) {
+  if (AOptions.Contains(soCaseSensitive))
+    return TLxXPathCollationCodepoint::StaticClass();
+  if (AOptions.Contains(soCaseInsensitive))
+    return TLxXPathCollationASCIICI::StaticClass();
+  return GetCollation();
+}
+
+bool TLxDOMObject::ByLocalName(TLxDOMSelectOptions AOptions) {
+  if (AOptions.Contains(soLocalName))
+    return true;
+  return !AOptions.Contains(soQualifiedName) && GetSelectMatchOption() == soLocalName;
+}
+
 void TLxDOMObject::SetDOMImpl(TLxDOMObjectImpl* AImpl) { FDOMImpl = AImpl; }
 
 void TLxDOMObject::SetDOMDocument(TLxDOMObject* ADoc) { FDOMDocument = ADoc; }

@@ -81,14 +81,19 @@ bool NeedsLeadingLineEnd(TStream* AStream) {
   return !(Mark[0] == 0xFF && Mark[1] == 0xFE);
 }
 
-bool ParentPreservesSpace(const TLxDOMNode* ANode) {
-  TLxDOMNode* Parent = ANode->ParentNode();
-  return Parent && Parent->GetNodeType() == ntElement && Parent->GetPreserveSpace();
+void WriteQualifiedName(TStream* AStream, Word AStreamCodePage, const UnicodeString& APrefix,
+                        const UnicodeString& ALocalName) {
+  if (!APrefix.empty()) {
+    Write(AStream, AStreamCodePage, APrefix);
+    Write(AStream, AStreamCodePage, u":");
+  }
+  Write(AStream, AStreamCodePage, ALocalName);
 }
 
-bool ParentIsElement(const TLxDOMNode* ANode) {
-  TLxDOMNode* Parent = ANode->ParentNode();
-  return Parent && Parent->GetNodeType() == ntElement;
+/// Indentation under an element that doesn't preserve space; none at document level.
+bool IndentsUnderParent(const TLxDOMNode* ANode) {
+  TLxDOMElement* Parent = ANode->ParentElement();
+  return Parent && !Parent->GetPreserveSpace();
 }
 
 } // namespace
@@ -108,11 +113,7 @@ bool TLxDOMElement::WriteStartTag(TStream* AStream, Word AStreamCodePage, bool A
     WriteIndent(AStream, AStreamCodePage, ALevel + 1);
   }
   Write(AStream, AStreamCodePage, u"<");
-  if (!FPrefix.empty()) {
-    Write(AStream, AStreamCodePage, FPrefix);
-    Write(AStream, AStreamCodePage, u":");
-  }
-  Write(AStream, AStreamCodePage, FLocalName);
+  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
   if (FAttributes)
     for (TLxDOMNode* Attribute : *FAttributes)
       Attribute->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
@@ -131,11 +132,7 @@ void TLxDOMElement::WriteEndTag(TStream* AStream, Word AStreamCodePage, bool AFo
     WriteIndent(AStream, AStreamCodePage, ALevel + 1);
   }
   Write(AStream, AStreamCodePage, u"</");
-  if (!FPrefix.empty()) {
-    Write(AStream, AStreamCodePage, FPrefix);
-    Write(AStream, AStreamCodePage, u":");
-  }
-  Write(AStream, AStreamCodePage, FLocalName);
+  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
   Write(AStream, AStreamCodePage, u">");
 }
 
@@ -177,11 +174,7 @@ void TLxDOMElement::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool A
 
 void TLxDOMAttribute::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool, Integer&) {
   Write(AStream, AStreamCodePage, u" ");
-  if (!FPrefix.empty()) {
-    Write(AStream, AStreamCodePage, FPrefix);
-    Write(AStream, AStreamCodePage, u":");
-  }
-  Write(AStream, AStreamCodePage, FLocalName);
+  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
   Write(AStream, AStreamCodePage, u"=\"");
   // A value read from single quotes may hold a double quote, which would end the value early.
   if (FNodeValue.find(u'"') == UnicodeString::npos) {
@@ -210,7 +203,7 @@ void TLxDOMComment::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool A
   if (AFormatted) {
     if (!GetPreserveSpace())
       WriteLineEnd(AStream, AStreamCodePage);
-    if (ParentIsElement(this) && !ParentPreservesSpace(this))
+    if (IndentsUnderParent(this))
       WriteIndent(AStream, AStreamCodePage, ALevel + 1);
   }
   Write(AStream, AStreamCodePage, u"<!--");
@@ -222,7 +215,7 @@ void TLxDOMProcessingInstruction::_SaveToStream(TStream* AStream, Word AStreamCo
                                                 bool AFormatted, Integer& ALevel) {
   if (AFormatted && AStream->GetSize() > 4) {
     WriteLineEnd(AStream, AStreamCodePage);
-    if (ParentIsElement(this) && !ParentPreservesSpace(this))
+    if (IndentsUnderParent(this))
       WriteIndent(AStream, AStreamCodePage, ALevel + 1);
   }
   Write(AStream, AStreamCodePage, u"<?");

@@ -24,15 +24,7 @@ protected:
       FList->Add(FNodes.emplace_back(MakeNode(Name)).get(), ldpLast);
     return FList.get();
   }
-  std::string Names() const {
-    std::string Result;
-    for (TLxDOMNode* Node : *FList) {
-      if (!Result.empty())
-        Result += ',';
-      Result += StringToUTF8(Node->GetQualifiedName());
-    }
-    return Result;
-  }
+  std::string Names() const { return test::Names(FList.get()); }
   TLxDOMNode* Own(TLxDOMNode* ANode) { return FNodes.emplace_back(ANode).get(); }
 
   TOwned<TLxDOMNodeList> FList;

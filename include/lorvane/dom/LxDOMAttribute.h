@@ -51,8 +51,6 @@ class TLxDOMAttribute : public TLxDOMNode {
   void SetStoredValue(UnicodeString AValue) noexcept { FNodeValue = std::move(AValue); }
   /// The declaration that gives this attribute its namespace; nil when none.
   TLxDOMAttribute* NamespaceDeclaration() const noexcept { return FNamespace; }
-  /// The parent when it is an element, else nil.
-  TLxDOMElement* ParentElement() const noexcept;
 
 protected:
   ~TLxDOMAttribute() override = default;

@@ -138,8 +138,6 @@ class TLxDOMElement : public TLxDOMNode {
   TLxDOMElement* LastElement();
   TLxDOMAttribute* FirstAttribute();
   TLxDOMAttribute* LastAttribute();
-  /// The parent when it is an element, else nil.
-  TLxDOMElement* ParentElement() const noexcept;
   /// The neighbours among the parent element's child elements; nil at the ends or without one.
   TLxDOMElement* NextElement() const;
   TLxDOMElement* PreviousElement() const;

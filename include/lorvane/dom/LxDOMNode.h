@@ -11,6 +11,7 @@ namespace lorvane {
 class TLxDOMNodeList;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
+class TLxDOMElement;
 
 /// A string that costs one pointer until it first holds text: few nodes ever keep a namespace
 /// URI of their own. Once made, the text stays allocated, so references to it stay valid.
@@ -114,6 +115,8 @@ class TLxDOMNode : public TLxDOMObject {
   bool HasChilds() const noexcept { return NodeCount() > 0; }
   bool HasAttributes() const;
   TLxDOMNode* ParentNode() const noexcept;
+  /// The parent when it is an element, else nil.
+  TLxDOMElement* ParentElement() const noexcept;
   /// The path from the root, "/" between steps; attributes get "@", and an element that has the
   /// attribute AIdAttribName gets a predicate with its value.
   UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) const;

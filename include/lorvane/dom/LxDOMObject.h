@@ -62,6 +62,13 @@ protected:
   ~TLxDOMObject() override;
   /// The face, made and installed when missing.
   TLxDOMObjectImpl* RequireDOMImpl();
+  /// Look-up options: both case options raise Exception "It is not possible to specify both
+  /// soCaseSensitive and soCaseInsensitive!".
+  static void CheckCaseOptions(TLxDOMSelectOptions AOptions);
+  /// The collation the case options ask for, else this object's.
+  TLxXPathCollationClass CollationFor(TLxDOMSelectOptions AOptions);
+  /// Whether names compare by local name: as the match options say, else as this object's.
+  bool ByLocalName(TLxDOMSelectOptions AOptions);
 
   TLxDOMObject* FDOMDocument = nullptr;
   TLxDOMObject* FParent = nullptr;
