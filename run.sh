@@ -50,7 +50,7 @@ case "$task" in
       ctest --test-dir build-asan --output-on-failure -j"$jobs"
     ;;
   bench)
-    PACKAGES+=(libxml2-dev libpugixml-dev) # rivals of the XML reader and tree benchmarks
+    PACKAGES+=(libxml2-dev libpugixml-dev libtinyxml2-dev) # rivals in bench/ programs
     install_missing
     build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
     for b in build-bench/bench/bench_*; do

@@ -1,6 +1,7 @@
 // The XML event reader over 20 MB documents (records with attributes and references, and long
 // text), in UTF-8 and UTF-16LE, beside expat and libxml2's SAX2 reader on the same bytes.
 #include "lorvane/uLxSAX.h"
+#include "support/Documents.h"
 #include "support/Ratios.h"
 
 #ifdef LORVANE_BENCH_EXPAT
@@ -19,68 +20,8 @@ namespace {
 
 using namespace lorvane;
 
-constexpr std::size_t DocumentBytes = 20u << 20;
-
-/// A fixed pseudo-random sequence, so that every run parses the same bytes.
-struct Sequence {
-  std::uint32_t State = 12345;
-  std::uint32_t Next(std::uint32_t ABound) {
-    State = State * 1664525u + 1013904223u;
-    return (State >> 8) % ABound;
-  }
-};
-
-const char* const Words[] = {
-    "lorem",       "ipsum",        "dolor", "sit",    "amet",
-    "caf\xC3\xA9", "na\xC3\xAFve", "&amp;", "&#233;", "tempor",
-    "&lt;",        "elit",         "magna", "aliqua", "\xE6\x97\xA5\xE6\x9C\xAC",
-    "veniam"};
-
-void AppendWords(std::string& AOut, Sequence& ASeq, int ACount) {
-  for (int I = 0; I < ACount; ++I) {
-    if (I)
-      AOut += ' ';
-    AOut += Words[ASeq.Next(std::size(Words))];
-  }
-}
-
-// Records with a namespace declaration, prefixed and plain attributes, references and CDATA.
-std::string RecordsDocument() {
-  Sequence Seq;
-  std::string S = "<?xml version=\"1.0\"?>\n<records>\n";
-  S.reserve(DocumentBytes + 4096);
-  for (int Id = 0; S.size() < DocumentBytes; ++Id) {
-    S += "<record id=\"" + std::to_string(Id) + "\" xmlns:x=\"urn:x\" x:kind=\"k" +
-         std::to_string(Seq.Next(7)) + "\">\n  <name first=\"";
-    AppendWords(S, Seq, 1);
-    S += "\" last=\"";
-    AppendWords(S, Seq, 1);
-    S += "\">";
-    AppendWords(S, Seq, 3);
-    S += "</name>\n  <value unit=\"kg\" x:scale=\"2\">" + std::to_string(Seq.Next(100000)) +
-         ".5</value>\n  <tags><tag>a</tag><tag>b&amp;c</tag></tags>\n";
-    if (Id % 8 == 0)
-      S += "  <note><![CDATA[a < b && c > d]]></note>\n";
-    S += "</record>\n";
-  }
-  return S + "</records>\n";
-}
-
-// Long paragraphs of text with a few inline elements.
-std::string TextDocument() {
-  Sequence Seq;
-  std::string S = "<?xml version=\"1.0\"?>\n<book>\n";
-  S.reserve(DocumentBytes + 4096);
-  while (S.size() < DocumentBytes) {
-    S += "<p>";
-    for (int Sentence = 0; Sentence < 12; ++Sentence) {
-      AppendWords(S, Seq, 14);
-      S += Seq.Next(4) == 0 ? " <em>emphasis</em>. " : ". ";
-    }
-    S += "</p>\n";
-  }
-  return S + "</book>\n";
-}
+using bench::RecordsDocument;
+using bench::TextDocument;
 
 /// The same text as UTF-16LE bytes behind a byte order mark. The reader, given code page 1200,
 /// passes over the mark as text before the first '<'; expat and libxml2 read it as a mark.

@@ -1,0 +1,478 @@
+// Loading a 20 MB document from memory into a tree and saving the tree back to memory, compact and
+// formatted, beside pugixml, libxml2 and tinyxml2 on the same bytes; CPU time of each phase and
+// the heap the tree takes per input byte.
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/uLxXMLDOM.h"
+#include "support/Documents.h"
+#include "support/Ratios.h"
+
+#ifdef LORVANE_BENCH_PUGIXML
+#include <pugixml.hpp>
+#endif
+#ifdef LORVANE_BENCH_LIBXML2
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#endif
+#ifdef LORVANE_BENCH_TINYXML2
+#include <tinyxml2.h>
+#endif
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <time.h>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+namespace {
+
+using namespace lorvane;
+
+/// Each phase is timed this many times; the median counts.
+constexpr int Repetitions = 5;
+
+/// The calling thread's CPU time in seconds: wall time on a shared machine counts the waits for a
+/// core.
+double ThreadSeconds() {
+  timespec T{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &T);
+  return double(T.tv_sec) + double(T.tv_nsec) * 1e-9;
+}
+
+/// Bytes the heap hands out at the moment, small blocks and mapped ones; -1 where it can't tell.
+long long HeapInUse() {
+#if defined(__GLIBC__)
+  const struct mallinfo2 M = mallinfo2();
+  return static_cast<long long>(M.uordblks + M.hblkhd);
+#else
+  return -1;
+#endif
+}
+
+struct Input {
+  std::string Name;
+  std::string Bytes;
+  Int64 Elements = 0; // as Lorvane's tree has them; every other tree must agree
+};
+
+std::vector<Input>& Inputs() {
+  static std::vector<Input> Docs = [] {
+    std::vector<Input> D;
+    D.push_back({"records", bench::RecordsDocument()});
+    D.push_back({"text", bench::TextDocument()});
+    return D;
+  }();
+  return Docs;
+}
+
+// --- the sides ----------------------------------------------------------------------------------
+//
+// Each side gives: Tree, an owning handle that frees the tree; Load (bytes to tree, an empty
+// handle on failure); CountElements; and for saving an Output made outside the timed phase
+// (Prepare), filled by Save and read by Text.
+
+struct LorvaneSide {
+  using Tree = TOwned<TLxDOMDocument>;
+  using Output = TOwned<TLxMemoryStream>;
+
+  static Tree Load(const std::string& ABytes) {
+    Tree Doc(New<TLxDOMDocument>());
+    TOwned<TLxMemoryStream> Stream(
+        New<TLxMemoryStream>(static_cast<const void*>(ABytes.data()), Int64(ABytes.size())));
+    Doc->LoadFromStream(Stream.get(), 65001);
+    return Doc;
+  }
+
+  static Int64 CountElements(const Tree& ADoc) {
+    Int64 Count = 0;
+    std::vector<TLxDOMElement*> Pending;
+    if (TLxDOMElement* Root = ADoc->GetRootNode())
+      Pending.push_back(Root);
+    while (!Pending.empty()) {
+      TLxDOMElement* Element = Pending.back();
+      Pending.pop_back();
+      ++Count;
+      // Elements() would make an empty list on a leaf.
+      if (const Integer Children = Element->ElementCount(); Children > 0) {
+        TLxDOMElementList* List = Element->Elements();
+        for (Integer I = 0; I < Children; ++I)
+          Pending.push_back(List->GetItem(I));
+      }
+    }
+    return Count;
+  }
+
+  static Output Prepare(std::size_t AReserve, bool) {
+    return Output(New<TLxMemoryStream>(Int64(AReserve)));
+  }
+  static void Save(Tree& ADoc, bool AFormatted, Output& AOut) {
+    ADoc->SaveToStream(AOut.get(), 65001, AFormatted, false);
+  }
+  static std::string_view Text(const Output& AOut) {
+    return {reinterpret_cast<const char*>(AOut->Memory()), std::size_t(AOut->GetSize())};
+  }
+};
+
+#ifdef LORVANE_BENCH_PUGIXML
+struct PugixmlSide {
+  using Tree = std::unique_ptr<pugi::xml_document>;
+  using Output = std::string;
+
+  static Tree Load(const std::string& ABytes) {
+    auto Doc = std::make_unique<pugi::xml_document>();
+    if (!Doc->load_buffer(ABytes.data(), ABytes.size(), pugi::parse_default, pugi::encoding_utf8))
+      Doc.reset();
+    return Doc;
+  }
+
+  static Int64 CountBelow(pugi::xml_node ANode) {
+    Int64 Count = 0;
+    for (pugi::xml_node Child = ANode.first_child(); Child; Child = Child.next_sibling())
+      if (Child.type() == pugi::node_element)
+        Count += 1 + CountBelow(Child); // the documents are four levels deep
+    return Count;
+  }
+  static Int64 CountElements(const Tree& ADoc) { return CountBelow(*ADoc); }
+
+  struct StringWriter : pugi::xml_writer {
+    std::string& Out;
+    explicit StringWriter(std::string& AOut) : Out(AOut) {}
+    void write(const void* AData, size_t ASize) override {
+      Out.append(static_cast<const char*>(AData), ASize);
+    }
+  };
+
+  static Output Prepare(std::size_t AReserve, bool) {
+    std::string Out;
+    Out.reserve(AReserve);
+    return Out;
+  }
+  static void Save(Tree& ADoc, bool AFormatted, Output& AOut) {
+    StringWriter Writer(AOut);
+    ADoc->save(Writer, "  ", AFormatted ? pugi::format_indent : pugi::format_raw,
+               pugi::encoding_utf8);
+  }
+  static std::string_view Text(const Output& AOut) { return AOut; }
+};
+#endif
+
+#ifdef LORVANE_BENCH_LIBXML2
+struct Libxml2Side {
+  struct FreeDoc {
+    void operator()(xmlDoc* ADoc) const { xmlFreeDoc(ADoc); }
+  };
+  using Tree = std::unique_ptr<xmlDoc, FreeDoc>;
+  struct Dump {
+    xmlChar* Memory = nullptr;
+    int Size = 0;
+    Dump() = default;
+    Dump(Dump&& AOther) noexcept : Memory(AOther.Memory), Size(AOther.Size) {
+      AOther.Memory = nullptr;
+    }
+    ~Dump() { xmlFree(Memory); }
+  };
+  using Output = Dump;
+
+  // Without blank text between elements, as the other trees are, and as formatted output needs.
+  static Tree Load(const std::string& ABytes) {
+    return Tree(xmlReadMemory(ABytes.data(), int(ABytes.size()), nullptr, "UTF-8",
+                              XML_PARSE_NOBLANKS | XML_PARSE_NONET));
+  }
+
+  static Int64 CountBelow(const xmlNode* ANode) {
+    Int64 Count = 0;
+    for (const xmlNode* Child = ANode->children; Child; Child = Child->next)
+      if (Child->type == XML_ELEMENT_NODE)
+        Count += 1 + CountBelow(Child); // the documents are four levels deep
+    return Count;
+  }
+  static Int64 CountElements(const Tree& ADoc) {
+    return CountBelow(reinterpret_cast<const xmlNode*>(ADoc.get()));
+  }
+
+  // libxml2 allocates the dump itself; nothing to reserve.
+  static Output Prepare(std::size_t, bool) { return {}; }
+  static void Save(Tree& ADoc, bool AFormatted, Output& AOut) {
+    if (AFormatted)
+      xmlDocDumpFormatMemory(ADoc.get(), &AOut.Memory, &AOut.Size, 1);
+    else
+      xmlDocDumpMemory(ADoc.get(), &AOut.Memory, &AOut.Size);
+  }
+  static std::string_view Text(const Output& AOut) {
+    return {reinterpret_cast<const char*>(AOut.Memory), std::size_t(AOut.Size)};
+  }
+};
+#endif
+
+#ifdef LORVANE_BENCH_TINYXML2
+struct Tinyxml2Side {
+  using Tree = std::unique_ptr<tinyxml2::XMLDocument>;
+  using Output = std::unique_ptr<tinyxml2::XMLPrinter>;
+
+  static Tree Load(const std::string& ABytes) {
+    auto Doc = std::make_unique<tinyxml2::XMLDocument>();
+    if (Doc->Parse(ABytes.data(), ABytes.size()) != tinyxml2::XML_SUCCESS)
+      Doc.reset();
+    return Doc;
+  }
+
+  static Int64 CountBelow(const tinyxml2::XMLNode* ANode) {
+    Int64 Count = 0;
+    for (const tinyxml2::XMLElement* Child = ANode->FirstChildElement(); Child;
+         Child = Child->NextSiblingElement())
+      Count += 1 + CountBelow(Child); // the documents are four levels deep
+    return Count;
+  }
+  static Int64 CountElements(const Tree& ADoc) { return CountBelow(ADoc.get()); }
+
+  // The printer grows its own buffer; compact or not is fixed when it is made.
+  static Output Prepare(std::size_t, bool AFormatted) {
+    return std::make_unique<tinyxml2::XMLPrinter>(nullptr, !AFormatted);
+  }
+  static void Save(Tree& ADoc, bool, Output& AOut) { ADoc->Print(AOut.get()); }
+  static std::string_view Text(const Output& AOut) {
+    return {AOut->CStr(), std::size_t(AOut->CStrSize() - 1)};
+  }
+};
+#endif
+
+// --- measurements -------------------------------------------------------------------------------
+
+enum class Phase { Load, SaveCompact, SaveFormatted };
+const char* const PhaseNames[] = {"load", "save compact", "save formatted"};
+
+std::string BenchName(const std::string& ASide, const Input& AInput, Phase APhase) {
+  return ASide + "/" + AInput.Name + "/" + PhaseNames[int(APhase)];
+}
+
+/// What the checks before the timing found, per "<side>/<document>".
+struct Facts {
+  double HeapPerInputByte = -1;
+  std::size_t CompactBytes = 0;
+  std::size_t FormattedBytes = 0;
+};
+std::map<std::string, Facts> FactsOf;
+
+/// The tree that the save phases of a "<side>/<document>" write, loaded on first use and freed
+/// after the last run of the formatted save, so that one big tree at a time is alive.
+std::map<std::string, std::shared_ptr<void>> Trees;
+std::map<std::string, int> FormattedSaveRuns;
+
+template <class Side> typename Side::Tree& TreeOf(const std::string& AKey, const Input& AInput) {
+  std::shared_ptr<void>& Tree = Trees[AKey];
+  if (!Tree) {
+    auto Loaded = std::make_shared<typename Side::Tree>(Side::Load(AInput.Bytes));
+    // One save outside the timing: tinyxml2 decodes references and line ends only when a string
+    // is first read, which is loading work.
+    typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, false);
+    Side::Save(*Loaded, false, Out);
+    Tree = Loaded;
+  }
+  return *static_cast<typename Side::Tree*>(Tree.get());
+}
+
+template <class Side> void MeasureLoad(benchmark::State& AState, const Input& AInput) {
+  for (auto _ : AState) {
+    const double Start = ThreadSeconds();
+    typename Side::Tree Tree = Side::Load(AInput.Bytes);
+    const double Elapsed = ThreadSeconds() - Start;
+    AState.SetIterationTime(Elapsed);
+    const Int64 Count = Tree ? Side::CountElements(Tree) : -1;
+    if (Count != AInput.Elements) {
+      AState.SkipWithError(("element count " + std::to_string(Count) + ", Lorvane's " +
+                            std::to_string(AInput.Elements))
+                               .c_str());
+      break;
+    }
+  }
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+}
+
+template <class Side>
+void MeasureSave(benchmark::State& AState, const std::string& AKey, const Input& AInput,
+                 bool AFormatted) {
+  typename Side::Tree& Tree = TreeOf<Side>(AKey, AInput);
+  const Facts& Expected = FactsOf[AKey];
+  for (auto _ : AState) {
+    typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, AFormatted);
+    const double Start = ThreadSeconds();
+    Side::Save(Tree, AFormatted, Out);
+    const double Elapsed = ThreadSeconds() - Start;
+    AState.SetIterationTime(Elapsed);
+    if (Side::Text(Out).size() != (AFormatted ? Expected.FormattedBytes : Expected.CompactBytes)) {
+      AState.SkipWithError("the output is not as long as the checked one");
+      break;
+    }
+  }
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+  if (AFormatted && ++FormattedSaveRuns[AKey] == Repetitions)
+    Trees.erase(AKey);
+}
+
+/// Loads the document once, measuring the heap the tree takes and counting its elements, saves
+/// it both ways and loads each output back, which must give the same count. False, with a
+/// message, when a count differs.
+template <class Side> bool CheckSide(const std::string& ASide, Input& AInput) {
+  const std::string Key = ASide + "/" + AInput.Name;
+  Facts& F = FactsOf[Key];
+  const long long Before = HeapInUse();
+  typename Side::Tree Tree = Side::Load(AInput.Bytes);
+  const long long After = HeapInUse();
+  if (Before >= 0)
+    F.HeapPerInputByte = double(After - Before) / double(AInput.Bytes.size());
+  const Int64 Count = Tree ? Side::CountElements(Tree) : -1;
+  if (ASide == "Lorvane")
+    AInput.Elements = Count;
+  if (Count != AInput.Elements || Count <= 0) {
+    std::fprintf(stderr, "%s: %lld elements, Lorvane's tree has %lld\n", Key.c_str(),
+                 (long long)Count, (long long)AInput.Elements);
+    return false;
+  }
+  std::string Texts[2];
+  for (bool Formatted : {false, true}) {
+    typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, Formatted);
+    Side::Save(Tree, Formatted, Out);
+    Texts[Formatted] = Side::Text(Out);
+    (Formatted ? F.FormattedBytes : F.CompactBytes) = Texts[Formatted].size();
+  }
+  Tree = {};
+  for (bool Formatted : {false, true}) {
+    typename Side::Tree Again = Side::Load(Texts[Formatted]);
+    const Int64 AgainCount = Again ? Side::CountElements(Again) : -1;
+    if (AgainCount != Count) {
+      std::fprintf(stderr, "%s: its %s output loads back with %lld elements instead of %lld\n",
+                   Key.c_str(), Formatted ? "formatted" : "compact", (long long)AgainCount,
+                   (long long)Count);
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class Side> void RegisterSide(const std::string& ASide, const Input& AInput) {
+  const std::string Key = ASide + "/" + AInput.Name;
+  const auto Add = [&](Phase APhase, std::function<void(benchmark::State&)> AFunction) {
+    benchmark::RegisterBenchmark(BenchName(ASide, AInput, APhase).c_str(), std::move(AFunction))
+        ->Unit(benchmark::kMillisecond)
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Repetitions(Repetitions)
+        ->ReportAggregatesOnly(true);
+  };
+  Add(Phase::Load, [&AInput](benchmark::State& S) { MeasureLoad<Side>(S, AInput); });
+  Add(Phase::SaveCompact,
+      [Key, &AInput](benchmark::State& S) { MeasureSave<Side>(S, Key, AInput, false); });
+  Add(Phase::SaveFormatted,
+      [Key, &AInput](benchmark::State& S) { MeasureSave<Side>(S, Key, AInput, true); });
+}
+
+template <class Side> bool AddSide(const std::string& ASide, std::vector<std::string>& ASides) {
+  for (Input& Doc : Inputs())
+    if (!CheckSide<Side>(ASide, Doc))
+      return false;
+  for (const Input& Doc : Inputs())
+    RegisterSide<Side>(ASide, Doc);
+  ASides.push_back(ASide);
+  return true;
+}
+
+double MiBPerSecond(const std::map<std::string, double>& ATimes, const std::string& AName,
+                    const Input& AInput) {
+  const auto It = ATimes.find(AName);
+  return It == ATimes.end() || It->second <= 0
+             ? 0
+             : double(AInput.Bytes.size()) / (It->second / 1e3) / double(1 << 20);
+}
+
+void PrintSummary(const std::map<std::string, double>& ATimes,
+                  const std::vector<std::string>& ASides) {
+  std::printf("\nThroughput in MiB/s of the input document (median CPU time of %d runs)\n",
+              Repetitions);
+  std::printf("%-26s", "document / phase");
+  for (const std::string& Side : ASides)
+    std::printf(" %12s", Side.c_str());
+  std::printf("\n");
+  for (const Input& Doc : Inputs())
+    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
+      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
+      for (const std::string& Side : ASides)
+        std::printf(" %12.1f", MiBPerSecond(ATimes, BenchName(Side, Doc, P), Doc));
+      std::printf("\n");
+    }
+
+  std::printf("\nSpeed ratio, Lorvane's MiB/s divided by the rival's: above 1 Lorvane is faster\n");
+  std::printf("%-26s", "document / phase");
+  for (std::size_t I = 1; I < ASides.size(); ++I)
+    std::printf(" %12s", ("vs " + ASides[I]).c_str());
+  std::printf("\n");
+  for (const Input& Doc : Inputs())
+    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
+      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
+      const double Ours = MiBPerSecond(ATimes, BenchName("Lorvane", Doc, P), Doc);
+      for (std::size_t I = 1; I < ASides.size(); ++I) {
+        const double Theirs = MiBPerSecond(ATimes, BenchName(ASides[I], Doc, P), Doc);
+        std::printf(" %12.2f", Theirs > 0 ? Ours / Theirs : 0.0);
+      }
+      std::printf("\n");
+    }
+
+  std::printf("\nTree heap per input byte (mallinfo2 growth during the load); ratio ours / rival: "
+              "above 1 Lorvane takes more\n");
+  for (const Input& Doc : Inputs()) {
+    const double Ours = FactsOf["Lorvane/" + Doc.Name].HeapPerInputByte;
+    for (const std::string& Side : ASides) {
+      const Facts& F = FactsOf[Side + "/" + Doc.Name];
+      std::printf("%-26s %8.2f", (Side + "/" + Doc.Name).c_str(), F.HeapPerInputByte);
+      if (Side != "Lorvane")
+        std::printf("   ratio %.2f", Ours / F.HeapPerInputByte);
+      std::printf("   output bytes: compact %zu, formatted %zu\n", F.CompactBytes,
+                  F.FormattedBytes);
+    }
+    std::printf("%-26s %8zu bytes, %lld elements\n", ("input/" + Doc.Name).c_str(),
+                Doc.Bytes.size(), (long long)Doc.Elements);
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+#ifdef LORVANE_BENCH_LIBXML2
+  xmlInitParser();
+#endif
+  std::vector<std::string> Sides;
+  // Lorvane's trees set the element counts that every rival must reach.
+  if (!AddSide<LorvaneSide>("Lorvane", Sides))
+    return EXIT_FAILURE;
+#ifdef LORVANE_BENCH_PUGIXML
+  if (!AddSide<PugixmlSide>("pugixml", Sides))
+    return EXIT_FAILURE;
+#endif
+#ifdef LORVANE_BENCH_LIBXML2
+  if (!AddSide<Libxml2Side>("libxml2", Sides))
+    return EXIT_FAILURE;
+#endif
+#ifdef LORVANE_BENCH_TINYXML2
+  if (!AddSide<Tinyxml2Side>("tinyxml2", Sides))
+    return EXIT_FAILURE;
+#endif
+
+  ::benchmark::Initialize(&argc, argv);
+  lorvane::bench::TimeCollector Reporter;
+  ::benchmark::RunSpecifiedBenchmarks(&Reporter);
+  PrintSummary(Reporter.Times, Sides);
+  ::benchmark::Shutdown();
+  Trees.clear();
+#ifdef LORVANE_BENCH_LIBXML2
+  xmlCleanupParser();
+#endif
+  return 0;
+}
