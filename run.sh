@@ -37,6 +37,8 @@ case "$task" in
     ./build/lxtool events tests/data/sample.xml
     echo "== examples/demo.cpp"
     ./build/example_demo
+    echo "== examples/dom_demo.cpp on tests/data/catalog.xml"
+    ./build/example_dom_demo tests/data/catalog.xml
     ;;
   test)
     install_missing

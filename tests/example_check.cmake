@@ -1,12 +1,15 @@
-# Runs PROGRAM and compares its output with EXPECTED; checks that README shows SOURCE verbatim.
-execute_process(COMMAND ${PROGRAM} RESULT_VARIABLE rc OUTPUT_VARIABLE out)
+# Runs PROGRAM (with the argument ARG when given) and compares its output with EXPECTED; when
+# README is given, checks that it shows SOURCE verbatim.
+execute_process(COMMAND ${PROGRAM} ${ARG} RESULT_VARIABLE rc OUTPUT_VARIABLE out)
 file(READ ${EXPECTED} expected)
 if(rc OR NOT out STREQUAL expected)
   message(FATAL_ERROR "output differs:\n${out}\nexpected:\n${expected}")
 endif()
-file(READ ${README} readme)
-file(READ ${SOURCE} source)
-string(FIND "${readme}" "${source}" at)
-if(at EQUAL -1)
-  message(FATAL_ERROR "README.md doesn't show ${SOURCE} as it stands")
+if(README)
+  file(READ ${README} readme)
+  file(READ ${SOURCE} source)
+  string(FIND "${readme}" "${source}" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "README.md doesn't show ${SOURCE} as it stands")
+  endif()
 endif()

@@ -3,52 +3,24 @@
 // DOCTYPE match expat's.
 #include "lorvane/uLxSAX.h"
 #include "support/EventRecorder.h"
+#include "support/XmlConfManifest.h"
 
 #include <expat.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace lorvane {
 namespace {
 
-const std::string CorpusDir = LORVANE_CORPUS_DIR "/xmlconf/";
-
-struct CorpusDocument {
-  std::string Id;
-  std::string Type;     // valid, invalid, not-wf or error
-  std::string Entities; // none, general, parameter or both
-  std::string Input;    // relative to CorpusDir
-};
-
-std::vector<CorpusDocument> ReadManifest() {
-  std::ifstream In(CorpusDir + "manifest.tsv");
-  std::vector<CorpusDocument> Documents;
-  std::string Line;
-  std::getline(In, Line); // column names
-  while (std::getline(In, Line)) {
-    std::vector<std::string> Columns;
-    std::stringstream Fields(Line);
-    for (std::string Field; std::getline(Fields, Field, '\t');)
-      Columns.push_back(Field);
-    if (Columns.size() >= 10)
-      Documents.push_back({Columns[0], Columns[2], Columns[3], Columns[9]});
-  }
-  return Documents;
-}
-
-std::string ReadBytes(const std::string& APath) {
-  std::ifstream In(APath, std::ios::binary);
-  return {std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>()};
-}
+using test::HasKeyword;
+using test::ReadBytes;
+using CorpusDocument = test::XmlConfDocument;
 
 /// One line per start or end tag, `+qname attr1 attr2` or `-qname`, names in UTF-8: the shape
 /// both readers can give without namespace processing.
@@ -134,19 +106,6 @@ std::optional<ElementTrace> ParseWithExpat(const std::string& ABytes) {
   return Trace;
 }
 
-/// Whether the text holds the keyword, in UTF-8 or in either UTF-16 byte order.
-bool HasKeyword(const std::string& ABytes, const std::string& AKeyword) {
-  std::string LittleEndian, BigEndian;
-  for (char C : AKeyword) {
-    LittleEndian.append({C, '\0'});
-    BigEndian.append({'\0', C});
-  }
-  for (const std::string& Form : {AKeyword, LittleEndian, BigEndian})
-    if (ABytes.find(Form) != std::string::npos)
-      return true;
-  return false;
-}
-
 /// Which documents of a well-formed type can be compared by names alone: a DOCTYPE that declares
 /// attribute lists or entities gives expat defaulted attributes and replacement text with
 /// elements, which this reader never reports. "no DOCTYPE" or "plain DOCTYPE"; empty if neither.
@@ -177,15 +136,15 @@ std::string FirstDifference(const ElementTrace& AOurs, const ElementTrace& AExpa
 const std::map<std::string, std::string> KnownDifferences = {};
 
 TEST(XmlConfCorpus, EveryDocumentEndsInADocumentedWayAndNamesMatchExpat) {
-  const std::vector<CorpusDocument> Documents = ReadManifest();
-  ASSERT_GT(Documents.size(), 1000u) << "manifest not found under " << CorpusDir;
+  const std::vector<CorpusDocument> Documents = test::ReadXmlConfManifest();
+  ASSERT_GT(Documents.size(), 1000u) << "manifest not found under " << test::XmlConfDir();
 
   std::map<std::string, int> Outcomes[2]; // by SingleRoot false, true
   std::map<std::string, int> Compared;    // by manifest type
   std::vector<std::string> RejectedByUs, RejectedByExpat, Excluded;
 
   for (const CorpusDocument& Doc : Documents) {
-    const std::string Path = CorpusDir + Doc.Input;
+    const std::string Path = test::XmlConfDir() + Doc.Input;
     const std::string Bytes = ReadBytes(Path);
     ParseOutcome ByRoot[2];
     for (bool SingleRoot : {false, true}) {
