@@ -8,24 +8,6 @@
 
 namespace lorvane {
 
-namespace {
-
-/// A raw attribute value in the form that stands between double quotes, as the writer puts every
-/// value: a value read between single quotes may hold a double quote, which becomes "&quot;".
-UnicodeString ValueForDoubleQuotes(const LxXMLString& ARaw) {
-  std::size_t At = ARaw.find(u'"');
-  if (At == LxXMLString::npos)
-    return ARaw;
-  UnicodeString Value;
-  Value.reserve(ARaw.size() + 8);
-  std::size_t From = 0;
-  for (; At != LxXMLString::npos; From = At + 1, At = ARaw.find(u'"', From))
-    Value.append(ARaw, From, At - From).append(u"&quot;");
-  return Value.append(ARaw, From);
-}
-
-} // namespace
-
 TLxDOMParser::TLxDOMParser(TLxDOMNode* ADOMNode)
     : TComponent(nullptr), FDOMNode(ADOMNode), FTargetNode(ADOMNode) {}
 
@@ -90,7 +72,7 @@ void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLStr
   bool DeclaresSchemaInstance = false;
   for (PLxSAXXMAttribute Item = AAttributes->FirstAttribute(); Item; Item = Item->Next) {
     TLxDOMAttribute* Attribute = Element->AddAttribute(Item->QName);
-    Attribute->SetStoredValue(ValueForDoubleQuotes(Item->Value));
+    Attribute->SetStoredValue(Item->Value);
     // The element's own declaration of its URI links it at once; declarations further up reach
     // it by the refresh that linking runs.
     if (!ANamespaceURI.empty() && Attribute->IsNamespace() &&

@@ -19,11 +19,16 @@ namespace {
 // --- comparing trees ----------------------------------------------------------------------------
 
 /// What a node holds beside its name, in the form the document holds it: the stored value of
-/// attributes, text, CDATA and comments, the data of a processing instruction.
+/// attributes, text, CDATA and comments, the data of a processing instruction. A double quote in
+/// an attribute value (read from single quotes) counts as the "&quot;" the writer makes of it.
 UnicodeString StoredValue(TLxDOMNode* ANode) {
   switch (ANode->GetNodeType()) {
-  case ntAttribute:
-    return static_cast<TLxDOMAttribute*>(ANode)->GetStoredValue();
+  case ntAttribute: {
+    UnicodeString Value;
+    for (char16_t Char : static_cast<TLxDOMAttribute*>(ANode)->GetStoredValue())
+      Char == u'"' ? Value.append(u"&quot;") : Value.append(1, Char);
+    return Value;
+  }
   case ntText:
   case ntCDATA:
   case ntComment:
