@@ -101,7 +101,8 @@ void TLxDOMAttribute::SetNamespaceURI(const UnicodeString& Value) {
     FNamespaceSet = true;
     return;
   }
-  if (FNamespaceSet && !Element->Namespaces()->FindNamespace(FNamespaceURI)) {
+  TLxDOMAttrList* Scope = Element->ScopeList();
+  if (FNamespaceSet && (!Scope || !Scope->FindNamespace(FNamespaceURI))) {
     auto* Declaration = New<TLxDOMAttribute>();
     FNamespace = Declaration;
     Declaration->SetQualifiedName(FPrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + FPrefix);

@@ -70,7 +70,17 @@ template <class L> static L* OwnedList(L*& AList, TLxDOMElement* AOwner) {
 TLxDOMAttrList* TLxDOMElement::Attributes() { return OwnedList(FAttributes, this); }
 TLxDOMElementList* TLxDOMElement::Elements() { return OwnedList(FElements, this); }
 TLxDOMNodeList* TLxDOMElement::CharNodes() { return OwnedList(FCharNodes, this); }
-TLxDOMAttrList* TLxDOMElement::Namespaces() { return OwnedList(FNamespaces, this); }
+TLxDOMAttrList* TLxDOMElement::Namespaces() {
+  if (FScopeOwner != this) {
+    TLxDOMAttrList* Own = OwnedList(FNamespaces, this);
+    Own->Clear();
+    if (TLxDOMAttrList* Shared = ScopeList())
+      for (TLxDOMNode* Declaration : *Shared)
+        Own->Add(Declaration, ldpLast);
+    FScopeOwner = this;
+  }
+  return FNamespaces;
+}
 
 Integer TLxDOMElement::ElementCount() const noexcept { return FElements ? FElements->Count() : 0; }
 Integer TLxDOMElement::AttributeCount() const noexcept {
@@ -288,7 +298,9 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
     break;
   }
   const UnicodeString LocalName(ALocalName);
-  if (TLxDOMAttribute* Declaration = Namespaces()->FindNamespace(UnicodeString(ANamespaceURI))) {
+  TLxDOMAttrList* Scope = ScopeList();
+  if (TLxDOMAttribute* Declaration =
+          Scope ? Scope->FindNamespace(UnicodeString(ANamespaceURI)) : nullptr) {
     const UnicodeString Prefix = Declaration->NamespacePrefix();
     return AddElement(Prefix.empty() ? LocalName : Prefix + u':' + LocalName);
   }
@@ -308,7 +320,7 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
   Element->FPrefix = Prefix;
   AddChild(Element, nullptr, ldpAfter);
   const UnicodeString URI(ANamespaceURI);
-  if (!Element->Namespaces()->FindNamespace(URI)) {
+  if (TLxDOMAttrList* Scope = Element->ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     auto* Declaration = New<TLxDOMAttribute>();
     Element->AddChild(Declaration, nullptr, ldpAfter);
     Declaration->SetQualifiedName(DeclarationName(Prefix));
@@ -337,7 +349,7 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
   Attribute->FPrefix = Prefix;
   AddChild(Attribute, nullptr, ldpAfter);
   const UnicodeString URI(ANamespaceURI);
-  if (!Namespaces()->FindNamespace(URI)) {
+  if (TLxDOMAttrList* Scope = ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     // The declaration stands directly before the attribute that needs it.
     auto* Declaration = New<TLxDOMAttribute>();
     AddChild(Declaration, Attribute, ldpBefore);

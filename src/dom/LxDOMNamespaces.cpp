@@ -13,10 +13,10 @@ UnicodeString DeclarationName(const UnicodeString& APrefix) {
 } // namespace
 
 TLxDOMAttribute* TLxDOMElement::DeclarationInScope(const UnicodeString& APrefix) {
-  if (!FNamespaces || FNamespaces->Count() == 0)
+  TLxDOMAttrList* Scope = ScopeList();
+  if (!Scope || Scope->Count() == 0)
     return nullptr;
-  return static_cast<TLxDOMAttribute*>(
-      FNamespaces->Find(DeclarationName(APrefix), {soQualifiedName}));
+  return static_cast<TLxDOMAttribute*>(Scope->Find(DeclarationName(APrefix), {soQualifiedName}));
 }
 
 UnicodeString TLxDOMElement::GetNamespaceURI() {
@@ -41,6 +41,7 @@ TLxDOMAttribute* TLxDOMElement::FindNamespace(const UnicodeString& ANamespaceURI
 void TLxDOMElement::RefreshOwnNamespaces() {
   if (FNamespaces)
     FNamespaces->Clear();
+  FScopeOwner = nullptr;
   if (!FParent) {
     if (FNamespace && FNamespace->ParentObject() != this)
       FNamespace = nullptr;
@@ -50,9 +51,8 @@ void TLxDOMElement::RefreshOwnNamespaces() {
   TLxDOMAttribute* Old = FNamespace;
   FNamespace = nullptr;
   if (TLxDOMElement* Parent = ParentElement()) {
-    if (Parent->FNamespaces)
-      for (TLxDOMNode* Declaration : *Parent->FNamespaces)
-        Namespaces()->Add(Declaration, ldpLast);
+    // Shared until this element adds a declaration of its own (Namespaces() then copies).
+    FScopeOwner = Parent->FScopeOwner;
     if (GetCollation()->SameText(FPrefix, Parent->FPrefix)) {
       FNamespace = Parent->FNamespace;
       Resolve = false;
@@ -101,7 +101,8 @@ void TLxDOMElement::SetNamespaceURI(const UnicodeString& Value) {
     FNamespaceSet = true;
     return;
   }
-  TLxDOMAttribute* Declaration = FNamespaces ? FNamespaces->FindNamespace(Value) : nullptr;
+  TLxDOMAttrList* Scope = ScopeList();
+  TLxDOMAttribute* Declaration = Scope ? Scope->FindNamespace(Value) : nullptr;
   const bool IsDefault = Declaration && SameText(Declaration->GetLocalName(), u"xmlns");
   const bool Declare = Declaration ? IsDefault != FPrefix.empty() : FNamespaceSet;
   if (!Declare)
@@ -153,6 +154,7 @@ void TLxDOMElement::ForgetOutsideDeclarations() {
     Pending.pop_back();
     if (Element->FNamespaces)
       Element->FNamespaces->Clear();
+    Element->FScopeOwner = nullptr;
     if (Element->FNamespace && Element->FNamespace->ParentObject() != Element)
       Element->FNamespace = nullptr;
     if (Element->FAttributes)

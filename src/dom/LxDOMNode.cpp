@@ -1,10 +1,12 @@
 // Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
 #include "lorvane/dom/LxDOMNode.h"
 
+#include "dom/LxDOMWriter.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMParser.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace lorvane {
@@ -115,15 +117,19 @@ void TLxDOMNode::SetDOMDocument(TLxDOMObject* ADoc) {
   struct TReset {
     ~TReset() { DocumentWalkRunning = false; }
   } Reset;
-  std::vector<TLxDOMNode*> Pending{this};
-  while (!Pending.empty()) {
-    TLxDOMNode* Node = Pending.back();
-    Pending.pop_back();
-    if (Node != this)
-      Node->SetDOMDocument(ADoc);
-    if (Node->FChildNodes)
-      for (TLxDOMNode* Child : *Node->FChildNodes)
+  // Leaves (attributes, text) take the document at once; only nodes with children of their own
+  // go on the stack, which a freshly loaded element never needs.
+  std::vector<TLxDOMNode*> Pending;
+  for (TLxDOMNode* Node = this;;) {
+    for (TLxDOMNode* Child : *Node->FChildNodes) {
+      Child->SetDOMDocument(ADoc);
+      if (Child->FChildNodes && Child->FChildNodes->Count() > 0)
         Pending.push_back(Child);
+    }
+    if (Pending.empty())
+      break;
+    Node = Pending.back();
+    Pending.pop_back();
   }
 }
 
@@ -138,15 +144,28 @@ void TLxDOMNode::SetParentNode(TLxDOMObject* AParent) {
 
 void TLxDOMNode::RefreshNamespaces() {
   // Parents first, children in order, by an explicit stack: a subtree linked into a document may
-  // be as deep as any input.
-  std::vector<TLxDOMNode*> Pending{this};
-  while (!Pending.empty()) {
-    TLxDOMNode* Node = Pending.back();
+  // be as deep as any input. A leaf is refreshed in its turn without going on the stack.
+  RefreshOwnNamespaces();
+  std::vector<TLxDOMNode*> Pending;
+  for (TLxDOMNode* Node = this;;) {
+    if (Node->FChildNodes) {
+      const std::size_t Mark = Pending.size();
+      for (TLxDOMNode* Child : *Node->FChildNodes) {
+        if (Child->FChildNodes && Child->FChildNodes->Count() > 0) {
+          Pending.push_back(Child);
+        } else {
+          // Later siblings with children are refreshed after this leaf; a leaf's refresh reads
+          // only its parent's state, so the order among siblings doesn't change the outcome.
+          Child->RefreshOwnNamespaces();
+        }
+      }
+      std::reverse(Pending.begin() + static_cast<std::ptrdiff_t>(Mark), Pending.end());
+    }
+    if (Pending.empty())
+      break;
+    Node = Pending.back();
     Pending.pop_back();
     Node->RefreshOwnNamespaces();
-    if (Node->FChildNodes)
-      for (Integer I = Node->FChildNodes->Count() - 1; I >= 0; --I)
-        Pending.push_back(Node->FChildNodes->GetItem(I));
   }
 }
 
@@ -176,7 +195,10 @@ TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNodeClass ANodeClass, TLxDOMNode* ARefNod
 
 void TLxDOMNode::PrepareToAdd(TLxDOMNode* ANode) {
   Assert(ANode != nullptr, u"A nil node can't be added");
-  if (ANode->HasChilds() || ANode == this) {
+  // Only a node with children can be an ancestor of this one, and only one of the same document
+  // (a free node, as every node a load makes, is in none).
+  if (ANode == this ||
+      (ANode->HasChilds() && (!FDOMDocument || ANode->FDOMDocument == FDOMDocument))) {
     for (const TLxDOMObject* Ancestor = this; Ancestor; Ancestor = Ancestor->ParentObject())
       if (Ancestor == ANode)
         throw ELxDomException(u"A node can't be added below itself or one of its descendants.");
@@ -272,8 +294,10 @@ void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
 }
 
 void TLxDOMNode::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
+  domwriter::TBufferedOutput Output(AStream, AStreamCodePage);
   Integer Level = -1;
   _SaveToStream(AStream, AStreamCodePage, AFormatted, Level);
+  Output.Finish();
 }
 
 UnicodeString TLxDOMNode::GetXML() {

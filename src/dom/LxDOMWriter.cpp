@@ -11,7 +11,9 @@ namespace lorvane {
 
 namespace domwriter {
 
-void Write(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
+namespace {
+
+void WriteConverted(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
   if (AText.empty())
     return;
   if (AStreamCodePage == 1200) {
@@ -20,7 +22,7 @@ void Write(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
   }
   if (AStreamCodePage == 65001) {
     // Markup and most names are ASCII: they go out through a small buffer without conversion.
-    char Buffer[512];
+    char Buffer[1024];
     std::size_t Used = 0;
     for (std::size_t I = 0; I < AText.size(); ++I) {
       const char16_t Char = AText[I];
@@ -43,6 +45,70 @@ void Write(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
   }
   const RawByteString Bytes = UnicodeToCodePage(AText, AStreamCodePage);
   AStream->WriteBuffer(Bytes.data(), static_cast<Int64>(Bytes.size()));
+}
+
+struct TCollected {
+  TStream* Stream = nullptr;
+  Word CodePage = 0;
+  UnicodeString Text;
+};
+
+constexpr std::size_t BlockSize = 32768;
+thread_local TCollected* Collected = nullptr;
+// One collection per nesting level of outputs (inner XML is written while an outer output runs).
+thread_local std::vector<TCollected> Levels;
+
+void WriteCollected() {
+  // Cleared first: a failing stream must not see the same text again from the destructor.
+  UnicodeString Text;
+  Text.swap(Collected->Text);
+  WriteConverted(Collected->Stream, Collected->CodePage, Text);
+  Text.clear();
+  Text.swap(Collected->Text);
+}
+
+} // namespace
+
+void Write(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
+  if (Collected && Collected->Stream == AStream && Collected->CodePage == AStreamCodePage) {
+    Collected->Text.append(AText);
+    if (Collected->Text.size() >= BlockSize)
+      WriteCollected();
+    return;
+  }
+  WriteConverted(AStream, AStreamCodePage, AText);
+}
+
+void Flush(TStream* AStream) {
+  if (Collected && Collected->Stream == AStream && !Collected->Text.empty())
+    WriteCollected();
+}
+
+std::size_t PendingUnits(TStream* AStream) {
+  return Collected && Collected->Stream == AStream ? Collected->Text.size() : 0;
+}
+
+TBufferedOutput::TBufferedOutput(TStream* AStream, Word ACodePage) {
+  // A push may move the levels: the active one is always taken anew from the back.
+  Levels.push_back({AStream, ACodePage, {}});
+  Levels.back().Text.reserve(BlockSize + 1024);
+  Collected = &Levels.back();
+}
+
+TBufferedOutput::~TBufferedOutput() {
+  try {
+    if (!Collected->Text.empty())
+      WriteCollected();
+  } catch (...) {
+    // The failure that unwinds us is the one the caller sees.
+  }
+  Levels.pop_back();
+  Collected = Levels.empty() ? nullptr : &Levels.back();
+}
+
+void TBufferedOutput::Finish() {
+  if (!Collected->Text.empty())
+    WriteCollected();
 }
 
 void WriteLineEnd(TStream* AStream, Word AStreamCodePage) {
@@ -69,6 +135,10 @@ namespace {
 /// Whether an element starts on a new line: not at the very start of the stream, nor right
 /// behind a UTF-16 byte order mark there.
 bool NeedsLeadingLineEnd(TStream* AStream) {
+  // Three collected units put the text beyond position 2 in any code page.
+  if (domwriter::PendingUnits(AStream) > 2)
+    return true;
+  domwriter::Flush(AStream);
   const Int64 Position = AStream->GetPosition();
   if (Position == 0)
     return false;
@@ -213,7 +283,7 @@ void TLxDOMComment::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool A
 
 void TLxDOMProcessingInstruction::_SaveToStream(TStream* AStream, Word AStreamCodePage,
                                                 bool AFormatted, Integer& ALevel) {
-  if (AFormatted && AStream->GetSize() > 4) {
+  if (AFormatted && (domwriter::Flush(AStream), AStream->GetSize() > 4)) {
     WriteLineEnd(AStream, AStreamCodePage);
     if (IndentsUnderParent(this))
       WriteIndent(AStream, AStreamCodePage, ALevel + 1);

@@ -57,7 +57,8 @@ class TLxDOMElement : public TLxDOMNode {
   /// Child text, CDATA and comment nodes in document order.
   TLxDOMNodeList* CharNodes();
   /// The declarations in scope: inherited ones first, then this element's own; empty while the
-  /// element has no parent.
+  /// element has no parent. An element that declares nothing shares its parent's scope until
+  /// this list is asked for, which then makes its own copy.
   TLxDOMAttrList* Namespaces();
   Integer ElementCount() const noexcept;
   Integer AttributeCount() const noexcept;
@@ -190,11 +191,18 @@ protected:
   TLxDOMElementList* FElements = nullptr;
   TLxDOMNodeList* FCharNodes = nullptr;
   TLxDOMAttribute* FNamespace = nullptr;
+  /// The element whose FNamespaces is the scope here: this one, or the nearest ancestor with
+  /// declarations of its own; nil when nothing is in scope.
+  TLxDOMElement* FScopeOwner = nullptr;
   bool FPreserveSpace;
 
 private:
   /// The typed list ANode belongs in, made when missing; nil for a processing instruction.
   TLxDOMNodeListBase* TypedListFor(const TLxDOMNode* ANode);
+  /// The declarations in scope without making a list; nil when none.
+  TLxDOMAttrList* ScopeList() const noexcept {
+    return FScopeOwner ? FScopeOwner->FNamespaces : nullptr;
+  }
   /// The declaration in scope for APrefix ("xmlns" or "xmlns:" + APrefix); nil when none.
   TLxDOMAttribute* DeclarationInScope(const UnicodeString& APrefix);
   /// Writes the start tag (" />" for an empty element: then false) and gives whether children
