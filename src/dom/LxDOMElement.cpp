@@ -102,7 +102,7 @@ TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLx
   PrepareToAdd(ANode);
   if (TLxDOMNodeListBase* List = TypedListFor(ANode))
     List->Add(ANode, ARefNode, APos);
-  return inherited::AddChild(ANode, ARefNode, APos);
+  return LinkChild(ANode, ARefNode, APos);
 }
 
 void TLxDOMElement::RemoveChild(TLxDOMNode* AChildNode) {

@@ -209,6 +209,10 @@ void TLxDOMNode::PrepareToAdd(TLxDOMNode* ANode) {
 
 TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
   PrepareToAdd(ANode);
+  return LinkChild(ANode, ARefNode, APos);
+}
+
+TLxDOMNode* TLxDOMNode::LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
   ChildNodes()->Add(ANode, ARefNode, APos);
   ANode->SetParentNode(this);
   return ANode;

@@ -2,6 +2,7 @@
 #include "lorvane/dom/LxDOMNodeList.h"
 
 #include "lorvane/dom/LxDOMDocument.h"
+#include "lorvane/platform/Collation.h"
 
 namespace lorvane {
 
@@ -31,6 +32,20 @@ public:
       }
     }
     return FCollation->SameText(ACandidate, FName);
+  }
+
+  /// Matches against APrefix ":" ALocalName without building that text where the collation is a
+  /// built-in one: their equality works code point by code point, and ':' folds to itself.
+  bool Matches(const UnicodeString& APrefix, const UnicodeString& ALocalName) const {
+    if (!FBuiltIn)
+      return Matches(APrefix + u':' + ALocalName);
+    const std::size_t Colon = APrefix.size();
+    if (FName.size() != Colon + 1 + ALocalName.size() || FName[Colon] != u':')
+      return false;
+    const bool IgnoreCase = FCollation == TLxXPathCollationASCIICI::StaticClass();
+    const std::u16string_view Name(FName);
+    return SameStringInvariant(Name.substr(Colon + 1), ALocalName, IgnoreCase) &&
+           SameStringInvariant(Name.substr(0, Colon), APrefix, IgnoreCase);
   }
 
 private:
@@ -170,7 +185,7 @@ TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
     TLxDOMNode* Node = *--It;
     const bool Matches = ByLocal || Node->GetPrefix().empty()
                              ? Name.Matches(Node->GetLocalName())
-                             : Name.Matches(Node->GetQualifiedName());
+                             : Name.Matches(Node->GetPrefix(), Node->GetLocalName());
     if (Matches)
       return Node;
   }

@@ -155,6 +155,9 @@ protected:
   virtual void RefreshOwnNamespaces() {}
   /// Makes ANode ready to be linked here: refuses a cycle, and unlinks ANode from a parent it has.
   void PrepareToAdd(TLxDOMNode* ANode);
+  /// The second half of AddChild, for a node that PrepareToAdd has seen: puts it among the
+  /// children and links it.
+  TLxDOMNode* LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos);
   /// Takes AChildNode out of this node's lists and unlinks it, destroying nothing; raises
   /// ELxDomNotFound when it isn't a child. Adding a linked node to another parent moves it.
   virtual void UnlinkChild(TLxDOMNode* AChildNode);
