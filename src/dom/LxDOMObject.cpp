@@ -34,11 +34,12 @@ void ReleasePin(IInterface* APin) {
     PendingPinReleases->push_back(APin);
     return;
   }
-  std::vector<IInterface*> Pending{APin};
+  std::vector<IInterface*> Pending; // allocates only when a release is queued
   PendingPinReleases = &Pending;
   struct TReset {
     ~TReset() { PendingPinReleases = nullptr; }
   } Reset;
+  APin->_Release();
   while (!Pending.empty()) {
     IInterface* Pin = Pending.back();
     Pending.pop_back();
