@@ -97,8 +97,6 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   Iterator begin() const noexcept { return Iterator(this, 0); }
   Iterator end() const noexcept { return Iterator(this, 0); }
 
-  /// The node that owns this list, nil for a free-standing one.
-  TLxDOMObject* Owner() const noexcept { return FParent; }
   /// Sets the owner once, right after construction; the owner destroys the list.
   void SetOwner(TLxDOMObject* AOwner) noexcept { FParent = AOwner; }
 

@@ -50,13 +50,9 @@ class TLxDOMObject : public TLxObject {
   /// Takes over the parent's document and moves the face's pin to the new parent.
   virtual void SetParentNode(TLxDOMObject* AParent);
 
-  /// The owning document (a TLxDOMDocument), nil until the object is in one; a document points to
-  /// itself. Held by its object base so that the layers below the document don't depend on it.
-  TLxDOMObject* DocumentObject() const noexcept { return FDOMDocument; }
   /// A node's parent node, or a list's owning node; nil when free-standing.
   TLxDOMObject* ParentObject() const noexcept { return FParent; }
   TLxDOMObjectImpl* DOMImpl() const noexcept { return FDOMImpl; }
-  bool Destroying() const noexcept { return FDestroying; }
 
 protected:
   ~TLxDOMObject() override;
@@ -70,6 +66,8 @@ protected:
   /// Whether names compare by local name: as the match options say, else as this object's.
   bool ByLocalName(TLxDOMSelectOptions AOptions);
 
+  /// The owning document (a TLxDOMDocument), nil until the object is in one; a document points
+  /// to itself. Held by its object base so that the layers below the document don't depend on it.
   TLxDOMObject* FDOMDocument = nullptr;
   TLxDOMObject* FParent = nullptr;
   bool FDestroying = false;
