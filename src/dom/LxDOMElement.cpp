@@ -1,6 +1,7 @@
 // Elements: typed child lists, look-up and creation by name, text views and preserve-space.
 #include "lorvane/dom/LxDOMElement.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace lorvane {
@@ -67,9 +68,15 @@ template <class L> static L* OwnedList(L*& AList, TLxDOMElement* AOwner) {
   return AList;
 }
 
-TLxDOMAttrList* TLxDOMElement::Attributes() { return OwnedList(FAttributes, this); }
-TLxDOMElementList* TLxDOMElement::Elements() { return OwnedList(FElements, this); }
-TLxDOMNodeList* TLxDOMElement::CharNodes() { return OwnedList(FCharNodes, this); }
+TLxDOMAttrList* TLxDOMElement::Attributes() {
+  return static_cast<TLxDOMAttrList*>(RequireList(TChildKind::Attribute));
+}
+TLxDOMElementList* TLxDOMElement::Elements() {
+  return static_cast<TLxDOMElementList*>(RequireList(TChildKind::Element));
+}
+TLxDOMNodeList* TLxDOMElement::CharNodes() {
+  return static_cast<TLxDOMNodeList*>(RequireList(TChildKind::CharacterData));
+}
 TLxDOMAttrList* TLxDOMElement::Namespaces() {
   if (FScopeOwner != this) {
     TLxDOMAttrList* Own = OwnedList(FNamespaces, this);
@@ -82,25 +89,73 @@ TLxDOMAttrList* TLxDOMElement::Namespaces() {
   return FNamespaces;
 }
 
-Integer TLxDOMElement::ElementCount() const noexcept { return FElements ? FElements->Count() : 0; }
-Integer TLxDOMElement::AttributeCount() const noexcept {
-  return FAttributes ? FAttributes->Count() : 0;
-}
-
-TLxDOMNodeListBase* TLxDOMElement::TypedListFor(const TLxDOMNode* ANode) {
+TLxDOMElement::TChildKind TLxDOMElement::KindOf(const TLxDOMNode* ANode) noexcept {
   const TLxDOMNodeType Type = ANode->GetNodeType();
   if (Type == ntAttribute)
-    return Attributes();
+    return TChildKind::Attribute;
   if (Type == ntElement)
-    return Elements();
-  if (IsCharacterData(Type))
-    return CharNodes();
+    return TChildKind::Element;
+  return IsCharacterData(Type) ? TChildKind::CharacterData : TChildKind::None;
+}
+
+TLxDOMNodeListBase* TLxDOMElement::ExistingList(TChildKind AKind) const noexcept {
+  switch (AKind) {
+  case TChildKind::Attribute:
+    return FAttributes;
+  case TChildKind::Element:
+    return FElements;
+  case TChildKind::CharacterData:
+    return FCharNodes;
+  case TChildKind::None:
+    break;
+  }
   return nullptr;
+}
+
+TLxDOMNodeListBase* TLxDOMElement::RequireList(TChildKind AKind) {
+  if (TLxDOMNodeListBase* List = ExistingList(AKind))
+    return List;
+  TLxDOMNodeListBase* List;
+  switch (AKind) {
+  case TChildKind::Attribute:
+    List = OwnedList(FAttributes, this);
+    break;
+  case TChildKind::Element:
+    List = OwnedList(FElements, this);
+    break;
+  default:
+    List = OwnedList(FCharNodes, this);
+    break;
+  }
+  // Until now every child of this kind went in at a place that keeps their order among the
+  // children (see AddChild), so the children give the list as it would have been kept.
+  if (FChildNodes)
+    for (TLxDOMNode* Child : *FChildNodes)
+      if (KindOf(Child) == AKind)
+        List->Add(Child, ldpLast);
+  return List;
+}
+
+Integer TLxDOMElement::CountOf(TChildKind AKind) const noexcept {
+  if (const TLxDOMNodeListBase* List = ExistingList(AKind))
+    return List->Count();
+  Integer Count = 0;
+  if (FChildNodes)
+    for (TLxDOMNode* Child : *FChildNodes)
+      Count += KindOf(Child) == AKind ? 1 : 0;
+  return Count;
 }
 
 TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
   PrepareToAdd(ANode);
-  if (TLxDOMNodeListBase* List = TypedListFor(ANode))
+  const TChildKind Kind = KindOf(ANode);
+  TLxDOMNodeListBase* List = ExistingList(Kind);
+  // A reference of another kind puts the node first or last in its typed list but beside the
+  // reference among the children: from then on the typed list keeps its own order.
+  if (!List && Kind != TChildKind::None && ARefNode && (APos == ldpBefore || APos == ldpAfter) &&
+      KindOf(ARefNode) != Kind)
+    List = RequireList(Kind);
+  if (List)
     List->Add(ANode, ARefNode, APos);
   return LinkChild(ANode, ARefNode, APos);
 }
@@ -116,7 +171,7 @@ void TLxDOMElement::RemoveChild(TLxDOMNode* AChildNode) {
 void TLxDOMElement::UnlinkChild(TLxDOMNode* AChildNode) {
   if (AChildNode->ParentObject() == this) {
     // Children leave from the end when an element is cleared, so the search starts there.
-    TLxDOMNodeListBase* List = TypedListFor(AChildNode);
+    TLxDOMNodeListBase* List = ExistingList(KindOf(AChildNode));
     if (const Integer Index = List ? List->LastIndexOf(AChildNode) : -1; Index >= 0)
       List->DeleteAt(Index);
   }
@@ -159,10 +214,14 @@ TLxDOMComment* TLxDOMElement::InsertComment(const UnicodeString& AComment, TLxDO
 
 TLxDOMCDATA* TLxDOMElement::GetCDATA(Integer idx) {
   Integer Number = 0;
-  if (FCharNodes)
-    for (TLxDOMNode* Node : *FCharNodes)
-      if (Node->GetNodeType() == ntCDATA && Number++ == idx)
-        return static_cast<TLxDOMCDATA*>(Node);
+  TLxDOMNode* Found = nullptr;
+  AnyOf(TChildKind::CharacterData, [&](TLxDOMNode* ANode) {
+    if (ANode->GetNodeType() == ntCDATA && Number++ == idx)
+      Found = ANode;
+    return Found != nullptr;
+  });
+  if (Found)
+    return static_cast<TLxDOMCDATA*>(Found);
   if (idx == Number)
     return AddCDATA(UnicodeString());
   throw EListError(u"There is no CDATA element with index %d!", {idx});
@@ -170,14 +229,15 @@ TLxDOMCDATA* TLxDOMElement::GetCDATA(Integer idx) {
 
 Integer TLxDOMElement::GetCDATACount() const noexcept {
   Integer Count = 0;
-  if (FCharNodes)
-    for (TLxDOMNode* Node : *FCharNodes)
-      Count += Node->GetNodeType() == ntCDATA ? 1 : 0;
+  AnyOf(TChildKind::CharacterData, [&](TLxDOMNode* ANode) {
+    Count += ANode->GetNodeType() == ntCDATA ? 1 : 0;
+    return false;
+  });
   return Count;
 }
 
 void TLxDOMElement::NormalizeTextNodes() {
-  if (!FCharNodes || FCharNodes->Count() < 2)
+  if (CountOf(TChildKind::CharacterData) < 2)
     return;
   for (Integer I = 0; I + 1 < FChildNodes->Count();) {
     TLxDOMNode* Node = FChildNodes->GetItem(I);
@@ -244,8 +304,9 @@ TLxDOMNode* TLxDOMElement::NodeByName(TLxDOMNodeListBase* AList, const UnicodeSt
     return Found;
   if (!ASelectOptions.Contains(soCreate))
     return nullptr;
-  TLxDOMNode* Node = AList == FElements ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
-                                        : Make<TLxDOMAttribute>(ANodeClass);
+  TLxDOMNode* Node = AList == ExistingList(TChildKind::Element)
+                         ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
+                         : Make<TLxDOMAttribute>(ANodeClass);
   AddChild(Node, nullptr, ldpAfter);
   Node->SetQualifiedName(ANodeName);
   return Node;
@@ -466,10 +527,10 @@ template <class F> void VisitElements(TLxDOMElement* AStart, bool ARecursive, F&
     TLxDOMElement* Element = Pending.back();
     Pending.pop_back();
     AVisit(Element);
-    if (ARecursive && Element->ElementCount() > 0) {
-      TLxDOMElementList* Children = Element->Elements();
-      for (Integer I = Children->Count() - 1; I >= 0; --I)
-        Pending.push_back(static_cast<TLxDOMElement*>(Children->GetItem(I)));
+    if (ARecursive) {
+      const std::size_t Mark = Pending.size();
+      Element->VisitChildElements([&](TLxDOMElement* AChild) { Pending.push_back(AChild); });
+      std::reverse(Pending.begin() + static_cast<std::ptrdiff_t>(Mark), Pending.end());
     }
   }
 }
@@ -509,10 +570,11 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
 
 UnicodeString TLxDOMElement::GetNodeValue() {
   UnicodeString Result;
-  if (FCharNodes)
-    for (TLxDOMNode* Node : *FCharNodes)
-      if (Node->GetNodeType() != ntComment)
-        Result += Node->GetNodeValue();
+  AnyOf(TChildKind::CharacterData, [&](TLxDOMNode* ANode) {
+    if (ANode->GetNodeType() != ntComment)
+      Result += ANode->GetNodeValue();
+    return false;
+  });
   return Result;
 }
 
@@ -521,9 +583,10 @@ UnicodeString TLxDOMElement::GetText() {
   // visits elements in document order gives exactly that.
   UnicodeString Result;
   VisitElements(this, /*ARecursive=*/true, [&](TLxDOMElement* AElement) {
-    if (AElement->FCharNodes)
-      for (TLxDOMNode* Node : *AElement->FCharNodes)
-        Result += Node->GetNodeValue();
+    AElement->AnyOf(TChildKind::CharacterData, [&](TLxDOMNode* ANode) {
+      Result += ANode->GetNodeValue();
+      return false;
+    });
   });
   return Result;
 }
@@ -531,9 +594,19 @@ UnicodeString TLxDOMElement::GetText() {
 // --- preserve-space -----------------------------------------------------------------------------
 
 TLxDOMAttribute* TLxDOMElement::OwnSpaceAttribute() {
-  return FAttributes ? static_cast<TLxDOMAttribute*>(
-                           FAttributes->Find(UnicodeString(SpaceAttribute), {soQualifiedName}))
-                     : nullptr;
+  if (FAttributes)
+    return static_cast<TLxDOMAttribute*>(
+        FAttributes->Find(UnicodeString(SpaceAttribute), {soQualifiedName}));
+  // As that look-up does, the last one found wins; names of other lengths are passed over first.
+  TLxDOMAttribute* Found = nullptr;
+  const UnicodeString Name(SpaceAttribute);
+  AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
+    if (ANode->GetPrefix().size() + 1 + ANode->GetLocalName().size() == Name.size() &&
+        GetCollation()->SameText(ANode->GetQualifiedName(), Name))
+      Found = static_cast<TLxDOMAttribute*>(ANode);
+    return false;
+  });
+  return Found;
 }
 
 void TLxDOMElement::SetPreseveSpace(bool Value) {
@@ -543,20 +616,15 @@ void TLxDOMElement::SetPreseveSpace(bool Value) {
 }
 
 void TLxDOMElement::PassPreserveSpaceDown(bool Value) {
-  if (!FElements)
-    return;
   std::vector<TLxDOMElement*> Pending;
-  for (TLxDOMNode* Child : *FElements)
-    Pending.push_back(static_cast<TLxDOMElement*>(Child));
+  VisitChildElements([&](TLxDOMElement* AChild) { Pending.push_back(AChild); });
   while (!Pending.empty()) {
     TLxDOMElement* Element = Pending.back();
     Pending.pop_back();
     if (Element->OwnSpaceAttribute())
       continue; // its subtree keeps the state it has
     Element->FPreserveSpace = Value;
-    if (Element->FElements)
-      for (TLxDOMNode* Child : *Element->FElements)
-        Pending.push_back(static_cast<TLxDOMElement*>(Child));
+    Element->VisitChildElements([&](TLxDOMElement* AChild) { Pending.push_back(AChild); });
   }
 }
 

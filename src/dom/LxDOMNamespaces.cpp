@@ -31,10 +31,19 @@ void TLxDOMElement::SetPrefix(const UnicodeString& Value) {
 }
 
 TLxDOMAttribute* TLxDOMElement::FindNamespace(const UnicodeString& ANamespaceURI) {
-  for (TLxDOMElement* Element = this; Element; Element = Element->ParentElement())
-    if (Element->FAttributes)
-      if (TLxDOMAttribute* Found = Element->FAttributes->FindNamespace(ANamespaceURI))
-        return Found;
+  for (TLxDOMElement* Element = this; Element; Element = Element->ParentElement()) {
+    // As the attribute list's FindNamespace: the first declaration of the URI, front to back.
+    const TLxXPathCollationClass Collation = Element->GetCollation();
+    TLxDOMAttribute* Found = nullptr;
+    Element->AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
+      auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
+      if (Attribute->IsNamespace() && Collation->SameText(Attribute->GetNodeValue(), ANamespaceURI))
+        Found = Attribute;
+      return Found != nullptr;
+    });
+    if (Found)
+      return Found;
+  }
   return nullptr;
 }
 
@@ -64,8 +73,14 @@ void TLxDOMElement::RefreshOwnNamespaces() {
       }
     }
   }
-  for (Integer I = 0; FAttributes && I < FAttributes->Count(); ++I) {
-    TLxDOMAttribute* Attribute = FAttributes->GetItem(I);
+  // The attributes in the order of their list, or of the children while it isn't made.
+  TLxDOMNodeListBase* Source =
+      FAttributes ? static_cast<TLxDOMNodeListBase*>(FAttributes) : ChildList();
+  for (Integer I = 0; Source && I < Source->Count(); ++I) {
+    TLxDOMNode* Node = Source->GetItem(I);
+    if (Node->GetNodeType() != ntAttribute)
+      continue;
+    auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
     if (!Attribute->IsNamespace())
       continue;
     if (Attribute == Old) {
@@ -157,15 +172,13 @@ void TLxDOMElement::ForgetOutsideDeclarations() {
     Element->FScopeOwner = nullptr;
     if (Element->FNamespace && Element->FNamespace->ParentObject() != Element)
       Element->FNamespace = nullptr;
-    if (Element->FAttributes)
-      for (TLxDOMNode* Node : *Element->FAttributes) {
-        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
-        if (Attribute->FNamespace && Attribute->FNamespace->ParentObject() != Element)
-          Attribute->FNamespace = nullptr;
-      }
-    if (Element->FElements)
-      for (TLxDOMNode* Child : *Element->FElements)
-        Pending.push_back(static_cast<TLxDOMElement*>(Child));
+    Element->AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
+      auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
+      if (Attribute->FNamespace && Attribute->FNamespace->ParentObject() != Element)
+        Attribute->FNamespace = nullptr;
+      return false;
+    });
+    Element->VisitChildElements([&](TLxDOMElement* AChild) { Pending.push_back(AChild); });
   }
 }
 

@@ -184,10 +184,11 @@ bool TLxDOMElement::WriteStartTag(TStream* AStream, Word AStreamCodePage, bool A
   }
   Write(AStream, AStreamCodePage, u"<");
   WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
-  if (FAttributes)
-    for (TLxDOMNode* Attribute : *FAttributes)
-      Attribute->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
-  if (ElementCount() == 0 && (!FCharNodes || FCharNodes->Count() == 0)) {
+  AnyOf(TChildKind::Attribute, [&](TLxDOMNode* AAttribute) {
+    AAttribute->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
+    return false;
+  });
+  if (ElementCount() == 0 && CountOf(TChildKind::CharacterData) == 0) {
     Write(AStream, AStreamCodePage, u" />");
     return false;
   }
@@ -301,9 +302,8 @@ void TLxDOMProcessingInstruction::_SaveToStream(TStream* AStream, Word AStreamCo
 
 UnicodeString TLxDOMElement::InnerXML(bool AFormatted) {
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  if (FElements)
-    for (TLxDOMNode* Child : *FElements)
-      Child->SaveToStream(Stream.get(), 1200, AFormatted);
+  VisitChildElements(
+      [&](TLxDOMElement* AChild) { AChild->SaveToStream(Stream.get(), 1200, AFormatted); });
   return Stream->GetWString();
 }
 
@@ -311,9 +311,10 @@ UnicodeString TLxDOMElement::GetInnerXML() { return InnerXML(/*AFormatted=*/fals
 UnicodeString TLxDOMElement::GetFormattedInnerXML() { return InnerXML(/*AFormatted=*/true); }
 
 void TLxDOMElement::SetInnerXML(const UnicodeString& Value) {
-  if (FElements)
-    for (Integer I = FElements->Count() - 1; I >= 0; --I)
-      RemoveChild(FElements->GetItem(I));
+  std::vector<TLxDOMElement*> Children;
+  VisitChildElements([&](TLxDOMElement* AChild) { Children.push_back(AChild); });
+  for (auto It = Children.rbegin(); It != Children.rend(); ++It)
+    RemoveChild(*It);
   if (Value.empty())
     return;
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(std::u16string_view(Value)));

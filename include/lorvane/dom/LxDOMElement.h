@@ -2,8 +2,9 @@
 /// in typed lists (elements, attributes, character data); look-up by name with its options;
 /// namespace declarations in scope and the link to the element's own; the preserve-space state.
 ///
-/// The typed lists and the list of declarations are made on first use, so an element that never
-/// has attributes or children pays for none of them.
+/// The typed lists are made when they are first asked for, from the children (a load makes
+/// none), and kept in step from then on; the list of declarations likewise. An element that is
+/// only built, loaded, walked and written pays for no typed list.
 #pragma once
 
 #include "lorvane/dom/LxDOMAttribute.h"
@@ -60,9 +61,17 @@ class TLxDOMElement : public TLxDOMNode {
   /// element has no parent. An element that declares nothing shares its parent's scope until
   /// this list is asked for, which then makes its own copy.
   TLxDOMAttrList* Namespaces();
-  Integer ElementCount() const noexcept;
-  Integer AttributeCount() const noexcept;
+  Integer ElementCount() const noexcept { return CountOf(TChildKind::Element); }
+  Integer AttributeCount() const noexcept { return CountOf(TChildKind::Attribute); }
   bool HasChildElements() const noexcept { return ElementCount() > 0; }
+  /// Calls AVisit with each child element, in order, without making the typed list.
+  template <class F> void VisitChildElements(F&& AVisit) const {
+    AnyOf(TChildKind::Element, [&](TLxDOMNode* ANode) {
+      AVisit(static_cast<TLxDOMElement*>(ANode));
+      return false;
+    });
+  }
+
   /// The declaration that gives this element its namespace; nil when none.
   TLxDOMAttribute* NamespaceDeclaration() const noexcept { return FNamespace; }
 
@@ -196,9 +205,31 @@ protected:
   TLxDOMElement* FScopeOwner = nullptr;
   bool FPreserveSpace;
 
+  /// The kinds of children that have a typed list.
+  enum class TChildKind : Byte { Attribute, Element, CharacterData, None };
+  static TChildKind KindOf(const TLxDOMNode* ANode) noexcept;
+  /// The typed list of AKind once it has been made; nil before (and for None).
+  TLxDOMNodeListBase* ExistingList(TChildKind AKind) const noexcept;
+  /// The typed list of AKind, made from the children when missing.
+  TLxDOMNodeListBase* RequireList(TChildKind AKind);
+  Integer CountOf(TChildKind AKind) const noexcept;
+  /// Calls AVisit with each child of AKind, in the order of its typed list, until it answers
+  /// true; gives whether one did. Makes no list.
+  template <class F> bool AnyOf(TChildKind AKind, F&& AVisit) const {
+    if (const TLxDOMNodeListBase* List = ExistingList(AKind)) {
+      for (TLxDOMNode* Node : *List)
+        if (AVisit(Node))
+          return true;
+      return false;
+    }
+    if (TLxDOMNodeList* Children = ChildList())
+      for (TLxDOMNode* Node : *Children)
+        if (KindOf(Node) == AKind && AVisit(Node))
+          return true;
+    return false;
+  }
+
 private:
-  /// The typed list ANode belongs in, made when missing; nil for a processing instruction.
-  TLxDOMNodeListBase* TypedListFor(const TLxDOMNode* ANode);
   /// The declarations in scope without making a list; nil when none.
   TLxDOMAttrList* ScopeList() const noexcept {
     return FScopeOwner ? FScopeOwner->FNamespaces : nullptr;
