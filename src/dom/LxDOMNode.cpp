@@ -267,7 +267,8 @@ void TLxDOMNode::SetPrefix(const UnicodeString& Value) { FPrefix = Value; }
 
 void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
   const auto Colon = Value.find(u':');
-  if (Colon == UnicodeString::npos) {
+  // A leading colon names no prefix; split there, the name couldn't be written back whole.
+  if (Colon == UnicodeString::npos || Colon == 0) {
     FPrefix.clear();
     FLocalName = Value;
   } else {

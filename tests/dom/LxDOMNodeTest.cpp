@@ -20,6 +20,9 @@ TEST_F(DomNode, QualifiedNameSplitsAtTheFirstColon) {
   EXPECT_EQ(Node->GetNodeName(), u"plain");
   Node->SetPrefix(u"p");
   EXPECT_EQ(Node->GetQualifiedName(), u"p:plain");
+  Node->SetQualifiedName(u":x"); // no prefix before the colon: kept whole, so it writes back
+  EXPECT_EQ(Node->GetPrefix(), u"");
+  EXPECT_EQ(Node->GetQualifiedName(), u":x");
 }
 
 TEST_F(DomNode, ChildrenGoWhereThePositionAndReferenceSay) {

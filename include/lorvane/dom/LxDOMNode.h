@@ -70,7 +70,8 @@ class TLxDOMNode : public TLxDOMObject {
   /// Raises ELxDomNotSupported on kinds without a value.
   virtual void SetNodeValue(const UnicodeString& Value);
   virtual void SetPrefix(const UnicodeString& Value);
-  /// Splits at the first ":" into prefix and local name.
+  /// Splits at the first ":" into prefix and local name; a name that starts with ":" has no
+  /// prefix and stays whole as the local name.
   virtual void SetQualifiedName(const UnicodeString& Value);
   /// Raises ELxDomNotSupported on kinds without inner XML.
   virtual void SetInnerXML(const UnicodeString& Value);
