@@ -37,7 +37,7 @@ TLxDOMAttribute* TLxDOMElement::FindNamespace(const UnicodeString& ANamespaceURI
     TLxDOMAttribute* Found = nullptr;
     Element->AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
       auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
-      if (Attribute->IsNamespace() && Collation->SameText(Attribute->GetNodeValue(), ANamespaceURI))
+      if (Attribute->Declares(ANamespaceURI, Collation))
         Found = Attribute;
       return Found != nullptr;
     });

@@ -267,7 +267,7 @@ TLxDOMAttribute* TLxDOMAttrList::FindNamespace(const UnicodeString& ANamespaceUR
   const TLxXPathCollationClass Collation = GetCollation();
   for (TLxDOMNode* Node : FList) {
     auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
-    if (Attribute->IsNamespace() && Collation->SameText(Attribute->GetNodeValue(), ANamespaceURI))
+    if (Attribute->Declares(ANamespaceURI, Collation))
       return Attribute;
   }
   return nullptr;

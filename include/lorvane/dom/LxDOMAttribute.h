@@ -36,6 +36,10 @@ class TLxDOMAttribute : public TLxDOMNode {
 
   /// "xmlns" without prefix, or the prefix "xmlns", without regard to case.
   bool IsNamespace() const;
+  /// Whether this is a declaration whose decoded value is ANamespaceURI by ACollation.
+  bool Declares(const UnicodeString& ANamespaceURI, TLxXPathCollationClass ACollation) {
+    return IsNamespace() && ACollation->SameText(GetNodeValue(), ANamespaceURI);
+  }
   /// The prefix this declaration declares, empty for the default one; raises EAssertionFailed on
   /// an attribute that is no declaration.
   UnicodeString NamespacePrefix() const;
