@@ -827,4 +827,15 @@ RawByteString TLxTextParser::SelectedA(TLxTextParserPosType AFrom, TLxTextParser
   return Result;
 }
 
+UnicodeString TLxTextParser::CurrCharText() {
+  // The current character alone (a surrogate pair stays whole), not the rest of the text that a
+  // pointer into the source would run on to.
+  const WideChar* Char = CurrChar();
+  if (Char[0] == 0)
+    return UnicodeString();
+  const bool Pair =
+      Char[0] >= 0xD800 && Char[0] <= 0xDBFF && Char[1] >= 0xDC00 && Char[1] <= 0xDFFF;
+  return UnicodeString(Char, Pair ? 2 : 1);
+}
+
 } // namespace lorvane

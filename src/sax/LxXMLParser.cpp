@@ -112,17 +112,6 @@ void TLxXMLParser::SrcWSkipWhile(TLxTextParserSkipOp AOperator, const void* ACha
   SrcWSkipWhileW(AOperator, *static_cast<const WideChar*>(ACharPtr));
 }
 
-UnicodeString TLxXMLParser::CurrCharText() {
-  // The current character alone (a surrogate pair stays whole), not the rest of the text that a
-  // pointer into the source would run on to.
-  const WideChar* Char = CurrChar();
-  if (Char[0] == 0)
-    return UnicodeString();
-  const bool Pair =
-      Char[0] >= 0xD800 && Char[0] <= 0xDBFF && Char[1] >= 0xDC00 && Char[1] <= 0xDFFF;
-  return UnicodeString(Char, Pair ? 2 : 1);
-}
-
 void TLxXMLParser::RaiseNotWellFormed(WideChar AExpected) {
   throw ELxXMLParseError(_cLxXMLNotWellFormed, {UnicodeString(1, AExpected), CurrCharText()},
                          cLxXMLErrNotWellFormed);

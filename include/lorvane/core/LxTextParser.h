@@ -109,6 +109,8 @@ class TLxTextParser : public TObject {
   WideChar CurrCharW() { return (this->*FCurrCharW)(); }
   Byte ReadCharA();
   WideChar ReadCharW() { return (this->*FReadCharW)(); }
+  /// The current character alone, for messages: a surrogate pair stays whole; empty at the end.
+  UnicodeString CurrCharText();
   /// The character just before the cursor; NUL at the start.
   WideChar PrevCharW();
   void NextChar() { MoveNext(); }

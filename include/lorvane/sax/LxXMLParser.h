@@ -121,7 +121,6 @@ protected:
 private:
   void DecideEncodingFromDeclaration();
   /// The current character as a message shows it; empty at the end.
-  UnicodeString CurrCharText();
   [[noreturn]] void RaiseNotWellFormed(WideChar AExpected);
 
   TLxXMLTextParserSkipFunc FSkipWhile = nullptr;

@@ -1,0 +1,102 @@
+/// TLxJSONReader, the JSON event reader: one pass over the text, every name and value delivered
+/// raw to a content handler, and a forgiving grammar that skips what it doesn't look for.
+#pragma once
+
+#include "lorvane/json/LxJSONEventInterfaces.h"
+#include "lorvane/json/LxJSONTextParser.h"
+
+#include <vector>
+
+namespace lorvane {
+
+/// AutoDestroy is false from construction: the maker frees a reader, interface references don't.
+///
+/// The grammar, in short: leading blanks (U+0020 only) are passed over; then, until the text
+/// ends, an array or object, or one simple value. Between tokens any text without the delimiter
+/// being looked for is passed over; names and strings end only at a double quote; numbers are
+/// delivered as the run of characters "0-9 . - + e E" they stand in, unexamined; keywords are
+/// lower case. Several top-level values may follow each other.
+///
+/// Failures reach the caller after the error handler's FatalError has seen them: ELxJSONParseError
+/// code 2 (_cLxJSONNotWellFormed) for a wrong keyword letter, a value that can't start where it
+/// stands, a bad escape, or text behind a top-level simple value; ELxTextParserEOF for a text
+/// that ends inside an object or array. Not routed through the error handler: a missing content
+/// handler (ELxJSONException code 3), a missing error handler (code 4), checked before reading
+/// starts, and an unsupported encoding (Exception, from the text cursor).
+///
+/// Nesting is followed with a stack of its own, not by recursion: any depth that fits in memory
+/// is read.
+class TLxJSONReader : public TLxObject, public ILxJSONLocator, public ILxJSONReader {
+  LX_CLASS(TLxJSONReader, TLxObject)
+  TLxJSONReader();
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+
+  // ILxJSONLocator: after a parse that ended in ELxTextParserEOF, FLineNr and FColNr (-1: the
+  // reader never sets them); during a parse the text cursor's place; otherwise -1.
+  Integer GetLineNr() override;
+  Integer GetColNr() override;
+  LxJSONString GetPublicID() override { return FPublicID; }
+
+  // ILxJSONReader
+  IPtr<ILxJSONContentHandler> GetContentHandler() override { return FContentHandler; }
+  IPtr<ILxJSONErrorHandler> GetErrorHandler() override { return FErrorHandler; }
+  void SetContentHandler(ILxJSONContentHandler* AHandler) override { FContentHandler = AHandler; }
+  void SetErrorHandler(ILxJSONErrorHandler* AHandler) override { FErrorHandler = AHandler; }
+  void ParseStream(TStream* AStream, Word ACodePage,
+                   const LxJSONString& APublicID = LxJSONString()) override;
+  void ParseFile(const TFileName& AFileName, Word AMode,
+                 const LxJSONString& APublicID = LxJSONString()) override;
+  void ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ACodePage,
+                   const LxJSONString& APublicID = LxJSONString()) override;
+  void Parse(const LxJSONString& AJSON, const LxJSONString& APublicID = LxJSONString()) override;
+  void Parse(const AnsiString& AJSON, Word ACodePage,
+             const LxJSONString& APublicID = LxJSONString()) override;
+
+  /// The text cursor; nil outside a parse.
+  TLxJSONTextParser* GetParser() const noexcept { return FParser; }
+  /// Whether the last failed parse ended on the end of the text.
+  bool GetUnexpectedEOF() const noexcept { return FUnexpectedEOF; }
+
+protected:
+  ~TLxJSONReader() override;
+
+  /// Runs the grammar over FParser, which the parse forms set up and take down around it.
+  virtual void InternalParse();
+
+  LxJSONString FPublicID;
+  IPtr<ILxJSONContentHandler> FContentHandler;
+  IPtr<ILxJSONErrorHandler> FErrorHandler;
+  TLxJSONTextParser* FParser = nullptr;
+  bool FUnexpectedEOF = false;
+  Integer FLineNr = -1;
+  Integer FColNr = -1;
+
+private:
+  void RunParse(TStream* AStream, bool AOwnsStream, Word ACodePage, const LxJSONString& APublicID);
+  void ParseDocument();
+  /// An array or object with everything in it; the cursor stands on its "[" or "{".
+  void ParseNested();
+  /// Array step: over "[" or ","; true when a nested array or object begins at the cursor.
+  bool EnterArrayItem();
+  /// Behind an item: false when the array has ended (at "]" or the end of the text).
+  bool NextArrayItem();
+  /// After "{": whether a double quote, and so a first member, comes before "}".
+  bool FirstMemberFollows();
+  /// Name, colon and value of a member; true when its value is a nested array or object.
+  bool EnterObjectMember();
+  /// Behind a member's value: EndMember; false when the object has ended.
+  bool NextObjectMember();
+  void ParseSimpleValue();
+  void ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType);
+  /// The text between the quotes, raw; the cursor stays on the closing quote.
+  void ReadString(LxJSONString& ATarget);
+  [[noreturn]] void RaiseNotWellFormed(std::u16string_view AExpected);
+
+  enum class TOpen : Byte { Array, Object };
+  std::vector<TOpen> FOpen;
+  // Token texts reused from token to token.
+  LxJSONString FName, FValue;
+};
+
+} // namespace lorvane
