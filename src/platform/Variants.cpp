@@ -609,6 +609,10 @@ Variant::Variant(std::u16string_view AValue) : FType(varUString) {
   FData.Text = AValue.empty() ? nullptr : new detail::TVarText{{1}, UnicodeString(AValue)};
 }
 
+Variant::Variant(UnicodeString&& AValue) : FType(varUString) {
+  FData.Text = AValue.empty() ? nullptr : new detail::TVarText{{1}, std::move(AValue)};
+}
+
 Variant::Variant(const RawByteString& AValue) : FType(varString) {
   FData.Bytes = new detail::TVarBytes{{1}, AValue};
 }
@@ -905,6 +909,14 @@ Variant VarAsType(const Variant& AValue, TVarType AVarType) {
 
 UnicodeString VarToStr(const Variant& AValue) {
   return VarIsNull(AValue) ? UnicodeString() : AValue.AsString();
+}
+
+std::u16string_view VarWideTextView(const Variant& AValue) noexcept {
+  const TVarType Type = VarType(AValue);
+  if (Type != varUString && Type != varOleStr)
+    return {};
+  UnicodeString Unused;
+  return VA::TextView(AValue, Unused);
 }
 
 UnicodeString VarToStrDef(const Variant& AValue, std::u16string_view ADefault) {

@@ -140,6 +140,8 @@ public:
   Variant(TDateTime AValue) noexcept : FType(varDate) { FData.Double = AValue.Value; }
   Variant(std::u16string_view AValue);
   Variant(const UnicodeString& AValue) : Variant(std::u16string_view(AValue)) {}
+  /// Takes over the string's buffer: no copy of the characters.
+  Variant(UnicodeString&& AValue);
   /// Nil is the empty text.
   Variant(const char16_t* AValue)
       : Variant(AValue ? std::u16string_view(AValue) : std::u16string_view()) {}
@@ -243,6 +245,9 @@ bool VarIsStr(const Variant& AValue) noexcept;
 Variant VarAsType(const Variant& AValue, TVarType AVarType);
 /// The text of the value; Null gives "".
 UnicodeString VarToStr(const Variant& AValue);
+/// The characters of a varUString or varOleStr value without a copy, valid while the Variant
+/// lives unchanged; an empty view for every other code.
+std::u16string_view VarWideTextView(const Variant& AValue) noexcept;
 /// ADefault for Null, else VarToStr.
 UnicodeString VarToStrDef(const Variant& AValue, std::u16string_view ADefault);
 /// "Integer", "UnicodeString", "Array Variant", ...; a code without a name gives "$" and four
