@@ -1,8 +1,12 @@
-/// JSON: the text cursor and string escapes, the event reader.
+/// JSON: the text cursor and string escapes, the event reader, the value tree with its builder
+/// and output, and the conversions of values and dates.
 #pragma once
 
 #include "lorvane/json/LxFormURLEncodedJSONReader.h"
+#include "lorvane/json/LxJSONHandler.h"
+#include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/json/LxJSONTextParser.h"
+#include "lorvane/json/LxJSONValues.h"
 #include "lorvane/uLxJSONInterfaces.h"

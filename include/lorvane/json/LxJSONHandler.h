@@ -1,0 +1,68 @@
+/// TLxJSONHandler: builds the value tree from the events of a JSON reader, starting at a given
+/// value of the tree.
+#pragma once
+
+#include "lorvane/json/LxJSONEventInterfaces.h"
+#include "lorvane/json/LxJSONValues.h"
+
+namespace lorvane {
+
+class TLxJSONReader;
+
+/// The cursor starts at AAddTo and moves as follows:
+///   StartObject, StartArray  on a document: a new root value; on an array: a new item; on a
+///                            member: a new value; on an object: a new value for the member
+///                            added last. An object without members takes an object text's
+///                            members itself (the cursor stays). The new value is the cursor.
+///   StartMember              a new member (with a null value) on the object under the cursor,
+///                            with the raw name; the cursor stays
+///   Value                    a new simple value for the object's member added last, or a new
+///                            item of the array; it holds the unescaped text (LxJSONtoStr) as a
+///                            string whatever its type, and is typed AValueType
+///   EndObject, EndArray      the cursor climbs to the owner, and on over members, to the next
+///                            object, array or document (nil at the top). A nil cursor stays nil.
+/// Anything else raises: a structure or value where the tree can't take it (on a simple value,
+/// on nil, a simple value on a document or member, an array or value on an object without
+/// members) ELxJSONException "oeps?" (code 0); a member outside an object Exception "Invalid
+/// objecttype"; a Value event of type jdtObject or jdtArray EInvalidCast "Invalid class
+/// typecast". The other events and the error handler's methods do nothing.
+///
+/// A handler is made for one parse by its user, who frees it; take it off the reader first.
+class TLxJSONHandler : public TLxObject, public ILxJSONErrorHandler, public ILxJSONContentHandler {
+  LX_CLASS(TLxJSONHandler, TLxObject)
+  TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo);
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
+
+  // ILxJSONContentHandler
+  void SetDocumentLocator(ILxJSONLocator* ALocator) override;
+  void StartDocument() override;
+  void StartObject() override;
+  void StartMember(const LxJSONString& AName) override;
+  void StartArray() override;
+  void Value(TLxJSONDataType AValueType, const LxJSONString& AValue) override;
+  void EndArray() override;
+  void EndMember() override;
+  void EndObject() override;
+  void EndDocument() override;
+
+  // ILxJSONErrorHandler
+  void Warning(ILxJSONLocator* ALocator, const LxJSONString& AErrMsg) override;
+  void Error(ILxJSONLocator* ALocator, const LxJSONString& AErrMsg) override;
+  void FatalError(ILxJSONLocator* ALocator, const LxJSONString& AErrMsg) override;
+
+  /// Where the next value goes.
+  TLxJSONBase* GetCurrValue() const noexcept { return FCurrValue; }
+
+protected:
+  ~TLxJSONHandler() override = default;
+
+  TLxJSONReader* FReader;
+  TLxJSONBase* FCurrValue;
+
+private:
+  void StartStructure(TLxJSONDataType AValueType);
+  void EndStructure();
+};
+
+} // namespace lorvane

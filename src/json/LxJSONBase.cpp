@@ -1,0 +1,261 @@
+// The base of the JSON value tree: ownership, the unsupported error, reading text into a value.
+#include "lorvane/json/LxJSONValues.h"
+
+#include "lorvane/core/LxEncoding.h"
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/json/LxFormURLEncodedJSONReader.h"
+#include "lorvane/json/LxJSONHandler.h"
+#include "lorvane/json/LxJSONReader.h"
+#include "lorvane/platform/Generics.h"
+#include "json/LxJSONWriter.h"
+
+#include <algorithm>
+
+namespace lorvane {
+
+TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
+
+TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
+  if (AOwner) {
+    SetAutoDestroy(false);
+    AOwner->InsertObject(this);
+  }
+}
+
+HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxJSONBase::IID) {
+    *AObj = static_cast<ILxJSONBase*>(this);
+    _AddRef();
+    return S_OK;
+  }
+  return TLxObject::QueryInterface(AIID, AObj);
+}
+
+void TLxJSONBase::BeforeDestruction() {
+  DestroyObjects();
+  if (TLxJSONBase* Owner = std::exchange(FOwner, nullptr))
+    Owner->RemoveObject(this);
+  TLxObject::BeforeDestruction();
+}
+
+void TLxJSONBase::InsertObject(TLxJSONBase* AObject) {
+  FObjects.push_back(AObject);
+  AObject->FRefCount.fetch_add(1, std::memory_order_relaxed);
+}
+
+void TLxJSONBase::RemoveObject(TLxJSONBase* AObject) {
+  // From the back: destruction and the handler take children off the end.
+  const auto Found = std::find(FObjects.rbegin(), FObjects.rend(), AObject);
+  if (Found == FObjects.rend())
+    return;
+  FObjects.erase(std::next(Found).base());
+  // The owner's hold goes without a release: the caller decides what happens to the object.
+  AObject->FRefCount.fetch_sub(1, std::memory_order_acq_rel);
+}
+
+void TLxJSONBase::FreeObject() {
+  if (TLxJSONBase* Owner = FOwner) {
+    Owner->RemoveObject(this);
+    FOwner = nullptr;
+  }
+  if (RefCount() > 0)
+    SetAutoDestroy(true);
+  else
+    Free();
+}
+
+void TLxJSONBase::DestroyObjects() {
+  if (FDestroyChilds && !FObjects.empty()) {
+    // The children go as FreeObject on each from the last to the first would take them, a
+    // value's own children before the value, but over a stack of our own: a tree may be as
+    // deep as any input.
+    std::vector<TLxJSONBase*> Pending;
+    TLxJSONBase* Node = this;
+    for (;;) {
+      if (Node->FDestroyChilds && !Node->FObjects.empty()) {
+        TLxJSONBase* Child = Node->FObjects.back();
+        Node->RemoveObject(Child);
+        Child->FOwner = nullptr;
+        if (Child->RefCount() > 0) {
+          Child->SetAutoDestroy(true);
+        } else {
+          Pending.push_back(Node);
+          Node = Child;
+        }
+        continue;
+      }
+      Node->FObjects.clear();
+      if (Node == this)
+        break;
+      TLxJSONBase* Done = Node;
+      Node = Pending.back();
+      Pending.pop_back();
+      // Without children or owner left, its own destruction walks nothing.
+      Done->Free();
+    }
+  }
+  FObjects.clear();
+}
+
+[[noreturn]] void TLxJSONBase::RaiseNotSupported(std::u16string_view ALabel) {
+  throw ELxJSONException(_cLxJSONMethodNotSupported, {ClassName(), UnicodeString(ALabel)},
+                         cLxJSONErrMethodNotSupported);
+}
+
+TLxJSONBase* TLxJSONBase::ChildAt(Integer AIdx) const {
+  if (AIdx < 0 || static_cast<std::size_t>(AIdx) >= FObjects.size())
+    RaiseListIndexError(AIdx);
+  return FObjects[static_cast<std::size_t>(AIdx)];
+}
+
+// --- text ----------------------------------------------------------------------------------------
+
+LxJSONString TLxJSONBase::GetAsJSON() { return jsonwriter::TextOf(this, /*AFormatted=*/false); }
+
+LxJSONString TLxJSONBase::GetFormattedJSON() {
+  return jsonwriter::TextOf(this, /*AFormatted=*/true);
+}
+
+void TLxJSONBase::SetAsJSON(const LxJSONString& AJSON) {
+  if (AJSON.empty()) {
+    DestroyObjects();
+    return;
+  }
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(AJSON));
+  LoadFromStream(Stream.get(), 1200, /*AIsUrlFormEncoded=*/false);
+}
+
+void TLxJSONBase::LoadFromStream(TStream* AStream) {
+  const Word CodePage = LxGetCodePage(AStream);
+  LoadFromStream(AStream, CodePage, /*AIsUrlFormEncoded=*/false);
+}
+
+void TLxJSONBase::LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFormEncoded) {
+  if (AStream->GetSize() == 0) {
+    DestroyObjects();
+    return;
+  }
+  TOwned<TLxJSONReader> Reader(AIsUrlFormEncoded ? New<TLxFormURLEncodedJSONReader>()
+                                                 : New<TLxJSONReader>());
+  TOwned<TLxJSONHandler> Handler(New<TLxJSONHandler>(Reader.get(), this));
+  Handler->SetAutoDestroy(false);
+  Reader->SetContentHandler(Handler.get());
+  Reader->SetErrorHandler(Handler.get());
+  // The reader lets go of the handler before either is freed, also when the parse fails.
+  struct TDetach {
+    TLxJSONReader* Reader;
+    ~TDetach() {
+      Reader->SetContentHandler(nullptr);
+      Reader->SetErrorHandler(nullptr);
+    }
+  } Detach{Reader.get()};
+  Reader->ParseStream(AStream, ACodePage, LxJSONString());
+}
+
+void TLxJSONBase::SaveToStream(TStream* AStream, bool AFormatted, Integer ADepth,
+                               bool AAddLeadingSpace) {
+  jsonwriter::SaveValue(this, AStream, AFormatted, ADepth, AAddLeadingSpace);
+}
+
+// --- operations that only some classes support -----------------------------------------------
+
+LxJSONString TLxJSONBase::GetName() { RaiseNotSupported(u"GetName"); }
+TLxJSONBase* TLxJSONBase::GetValueObj() { RaiseNotSupported(u"GetValue"); }
+void TLxJSONBase::SetValue(TLxJSONBase*) { RaiseNotSupported(u"SetValue"); }
+void TLxJSONBase::SetName(const LxJSONString&) { RaiseNotSupported(u"SetName"); }
+bool TLxJSONBase::GetAsBoolean() { RaiseNotSupported(u"GetAsBoolean"); }
+Double TLxJSONBase::GetAsDouble() { RaiseNotSupported(u"GetAsDouble"); }
+Integer TLxJSONBase::GetAsInteger() { RaiseNotSupported(u"GetAsInteger"); }
+Int64 TLxJSONBase::GetAsLargeInt() { RaiseNotSupported(u"GetAsLargeInt"); }
+LxJSONString TLxJSONBase::GetAsString() { RaiseNotSupported(u"GetAsString"); }
+Variant TLxJSONBase::GetAsVariant() { RaiseNotSupported(u"GetAsVariant"); }
+TLxJSONObject* TLxJSONBase::GetAsObject() { RaiseNotSupported(u"GetAsObject"); }
+TLxJSONArray* TLxJSONBase::GetAsArray() { RaiseNotSupported(u"GetAsArray"); }
+void TLxJSONBase::SetAsBoolean(bool) { RaiseNotSupported(u"SetAsBoolean"); }
+void TLxJSONBase::SetAsDouble(Double) { RaiseNotSupported(u"SetAsDouble"); }
+void TLxJSONBase::SetAsInteger(Integer) { RaiseNotSupported(u"SetAsInteger"); }
+void TLxJSONBase::SetAsString(const LxJSONString&) { RaiseNotSupported(u"SetAsString"); }
+void TLxJSONBase::SetAsLargeInt(Int64) { RaiseNotSupported(u"SetAsLargeInt"); }
+void TLxJSONBase::SetAsVariant(const Variant&) { RaiseNotSupported(u"SetAsVariant"); }
+Integer TLxJSONBase::Count() { RaiseNotSupported(u"Count"); }
+
+TLxJSONBase* TLxJSONBase::AddValue(TLxJSONDataType AValueType) {
+  // A member without a value takes one this way too.
+  if (FKind == TKind::Member) {
+    auto* Member = static_cast<TLxJSONMember*>(this);
+    if (!Member->GetValueObj())
+      return Member->CreateValue(AValueType);
+  }
+  RaiseNotSupported(u"AddValue");
+}
+TLxJSONBase* TLxJSONBase::AddValue(TLxJSONDataType, const LxJSONString&) {
+  RaiseNotSupported(u"AddValue");
+}
+TLxJSONBase* TLxJSONBase::AddValue(const Variant&) { RaiseNotSupported(u"AddValue"); }
+void TLxJSONBase::RemoveValue(TLxJSONBase*) { RaiseNotSupported(u"RemoveValue"); }
+void TLxJSONBase::DeleteValue(Integer) { RaiseNotSupported(u"DeleteValue"); }
+TLxJSONMember* TLxJSONBase::AddMember(const LxJSONString&) { RaiseNotSupported(u"AddMember"); }
+TLxJSONMember* TLxJSONBase::AddMember(const LxJSONString&, TLxJSONDataType) {
+  RaiseNotSupported(u"AddMember");
+}
+TLxJSONMember* TLxJSONBase::AddMember(const LxJSONString&, TLxJSONDataType, const LxJSONString&) {
+  RaiseNotSupported(u"AddMember");
+}
+TLxJSONMember* TLxJSONBase::AddMember(const LxJSONString&, const Variant&) {
+  RaiseNotSupported(u"AddMember");
+}
+void TLxJSONBase::DeleteMember(Integer) { RaiseNotSupported(u"DeleteMember"); }
+void TLxJSONBase::RemoveMember(TLxJSONMember*) { RaiseNotSupported(u"RemoveMember"); }
+TLxJSONMember* TLxJSONBase::DoFindMember(const LxJSONString&, bool) {
+  RaiseNotSupported(u"FindMember");
+}
+TLxJSONMember* TLxJSONBase::DoGetMember(const LxJSONString&, TLxJDOCSelectOptions) {
+  RaiseNotSupported(u"Member");
+}
+TLxJSONBase* TLxJSONBase::DoItem(Integer) { RaiseNotSupported(u"Item"); }
+
+// --- navigation ----------------------------------------------------------------------------------
+
+TLxJSONDocument* TLxJSONBase::GetDocument() {
+  TLxJSONBase* Value = this;
+  while (Value && Value->FKind != TKind::Document)
+    Value = Value->FOwner;
+  if (!Value)
+    throw EInvalidCast(UnicodeString(SInvalidCast));
+  return static_cast<TLxJSONDocument*>(Value);
+}
+
+// --- interface faces -----------------------------------------------------------------------------
+
+namespace {
+template <class I, class T> IPtr<I> Face(T* AObject) {
+  return AObject ? IPtr<I>(static_cast<I*>(AObject)) : IPtr<I>();
+}
+} // namespace
+
+IPtr<ILxJSONBase> TLxJSONBase::GetValue() { return Face<ILxJSONBase>(GetValueObj()); }
+
+IPtr<ILxJSONBase> TLxJSONBase::GetMemberEx(const LxJSONString& AName) {
+  return Face<ILxJSONBase>(GetMember(AName, {jsoCreate}));
+}
+
+IPtr<ILxJSONBase> TLxJSONBase::GetItem(Integer AIdx) { return Face<ILxJSONBase>(Item(AIdx)); }
+
+IPtr<ILxJSONObject> TLxJSONBase::GetAsObjectIntf() { return Face<ILxJSONObject>(GetAsObject()); }
+
+IPtr<ILxJSONArray> TLxJSONBase::GetAsArrayIntf() { return Face<ILxJSONArray>(GetAsArray()); }
+
+IPtr<ILxJSONMember> TLxJSONBase::FindMemberIntf(const LxJSONString& AName, bool ACaseInsensitive) {
+  return Face<ILxJSONMember>(FindMember(AName, ACaseInsensitive));
+}
+
+bool TLxJSONBase::HasMember(const LxJSONString& AName, bool ACaseInsensitive) {
+  return FindMember(AName, ACaseInsensitive) != nullptr;
+}
+
+IPtr<ILxJSONMember> TLxJSONBase::GetMemberIntf(const LxJSONString& AName,
+                                               TLxJDOCSelectOptions ASelectOptions) {
+  return Face<ILxJSONMember>(GetMember(AName, ASelectOptions));
+}
+
+} // namespace lorvane

@@ -1,0 +1,119 @@
+// The tree builder: reader events become values under a cursor that follows the nesting.
+#include "lorvane/json/LxJSONHandler.h"
+
+#include "lorvane/json/LxJSONReader.h"
+#include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/platform/Generics.h"
+
+namespace lorvane {
+
+namespace {
+[[noreturn]] void RaiseMisplaced() {
+  throw ELxJSONException(UnicodeString(cJSONTreeBuilderMisplaced), cLxJSONErrTreeBuilder);
+}
+} // namespace
+
+TLxJSONHandler::TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo)
+    : FReader(AJSONReader), FCurrValue(AAddTo) {}
+
+HRESULT TLxJSONHandler::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxJSONContentHandler::IID) {
+    *AObj = static_cast<ILxJSONContentHandler*>(this);
+  } else if (AIID == ILxJSONErrorHandler::IID) {
+    *AObj = static_cast<ILxJSONErrorHandler*>(this);
+  } else {
+    return TLxObject::QueryInterface(AIID, AObj);
+  }
+  _AddRef();
+  return S_OK;
+}
+
+void TLxJSONHandler::SetDocumentLocator(ILxJSONLocator*) {}
+void TLxJSONHandler::StartDocument() {}
+void TLxJSONHandler::EndMember() {}
+void TLxJSONHandler::EndDocument() {}
+void TLxJSONHandler::Warning(ILxJSONLocator*, const LxJSONString&) {}
+void TLxJSONHandler::Error(ILxJSONLocator*, const LxJSONString&) {}
+void TLxJSONHandler::FatalError(ILxJSONLocator*, const LxJSONString&) {}
+
+void TLxJSONHandler::StartObject() { StartStructure(jdtObject); }
+void TLxJSONHandler::StartArray() { StartStructure(jdtArray); }
+void TLxJSONHandler::EndObject() { EndStructure(); }
+void TLxJSONHandler::EndArray() { EndStructure(); }
+
+void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
+  TLxJSONBase* Cursor = FCurrValue;
+  if (!Cursor)
+    RaiseMisplaced();
+  switch (Cursor->FKind) {
+  case TLxJSONBase::TKind::Document:
+    FCurrValue = static_cast<TLxJSONDocument*>(Cursor)->CreateRootValue(AValueType);
+    return;
+  case TLxJSONBase::TKind::Array:
+    FCurrValue = static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType);
+    return;
+  case TLxJSONBase::TKind::Object:
+    if (TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember) {
+      FCurrValue = Last->CreateValue(AValueType);
+      return;
+    }
+    // An object without members takes the members of an object text itself: the cursor stays
+    // and the text's structure continues in it.
+    if (AValueType == jdtObject)
+      return;
+    RaiseMisplaced();
+  case TLxJSONBase::TKind::Member:
+    FCurrValue = static_cast<TLxJSONMember*>(Cursor)->CreateValue(AValueType);
+    return;
+  default:
+    RaiseMisplaced();
+  }
+}
+
+void TLxJSONHandler::StartMember(const LxJSONString& AName) {
+  if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
+    throw Exception(UnicodeString(u"Invalid objecttype"));
+  static_cast<TLxJSONObject*>(FCurrValue)->AddMember(AName, jdtNull);
+}
+
+void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+  // Only a simple value holds text.
+  if (AValueType == jdtObject || AValueType == jdtArray)
+    throw EInvalidCast(UnicodeString(SInvalidCast));
+  TLxJSONBase* Cursor = FCurrValue;
+  TLxJSONSimpleType* Target = nullptr;
+  if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Object) {
+    TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember;
+    if (!Last)
+      RaiseMisplaced();
+    TLxJSONBase* Empty = Last->FValue;
+    // The null value that StartMember made is taken as the new value instead of being freed
+    // and made again: nobody else can see it, so the tree ends up the same.
+    if (Empty && Empty->ClassType() == TLxJSONSimpleType::StaticClass() &&
+        Empty->GetOwner() == Last && !Empty->GetAutoDestroy() && Empty->RefCount() == 1)
+      Target = static_cast<TLxJSONSimpleType*>(Empty);
+    else
+      Target = static_cast<TLxJSONSimpleType*>(Last->CreateValue(AValueType));
+  } else if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array) {
+    Target =
+        static_cast<TLxJSONSimpleType*>(static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
+  } else {
+    RaiseMisplaced();
+  }
+  Target->FValue = Variant(LxJSONtoStr(AValue, AValueType));
+  Target->FJSONType = AValueType;
+}
+
+void TLxJSONHandler::EndStructure() {
+  // A cursor that has climbed out of the tree already stays where it is.
+  if (!FCurrValue)
+    return;
+  TLxJSONBase* Cursor = FCurrValue->FOwner;
+  while (Cursor && Cursor->FKind != TLxJSONBase::TKind::Object &&
+         Cursor->FKind != TLxJSONBase::TKind::Array &&
+         Cursor->FKind != TLxJSONBase::TKind::Document)
+    Cursor = Cursor->FOwner;
+  FCurrValue = Cursor;
+}
+
+} // namespace lorvane

@@ -1,0 +1,189 @@
+// Variants as JSON text, and JSON date text ("/Date(ms)/" or the XML forms) as TDateTime.
+#include "lorvane/json/LxJSONOutput.h"
+
+#include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
+#include "xmlutils/LxXMLValuesPrivate.h"
+
+#include <cmath>
+
+namespace lorvane {
+
+using xmlvalues::MainKind;
+using xmlvalues::MainTypeKind;
+
+namespace {
+
+void AppendJSON(UnicodeString& AResult, const Variant& AValue) {
+  switch (MainTypeKind(AValue)) {
+  case MainKind::DateTime:
+    AResult += u'"';
+    AResult += LxDateTimeToXML(AValue.AsDateTime(), tzfNone);
+    AResult += u'"';
+    return;
+  case MainKind::Array: {
+    // Arrays of Variants nest only as deep as the application built them.
+    AResult += u'[';
+    const Integer Low = VarArrayLowBound(AValue, 1);
+    const Integer High = VarArrayHighBound(AValue, 1);
+    for (Integer I = Low; I <= High; ++I) {
+      if (I > Low)
+        AResult += u',';
+      AppendJSON(AResult, VarArrayGet(AValue, I));
+    }
+    AResult += u']';
+    return;
+  }
+  case MainKind::Boolean:
+    AResult += LxBoolToXML(AValue.AsBoolean());
+    return;
+  case MainKind::Integer:
+    // An unsigned 64-bit value beyond the signed range keeps its digits.
+    AResult += VarType(AValue) == varUInt64 ? UIntToStr(AValue.AsUInt64())
+                                            : LxInt64ToXML(AValue.AsInt64());
+    return;
+  case MainKind::Float: {
+    const double Number = AValue.AsDouble();
+    if (std::isnan(Number) || std::isinf(Number))
+      AResult += u"null";
+    else if (Number == 0 && std::signbit(Number))
+      AResult += u"-0";
+    else
+      AResult += LxDoubleToXML(Number);
+    return;
+  }
+  case MainKind::String:
+    AResult += u'"';
+    if (VarType(AValue) == varString)
+      AResult += LxStrToJSON(AValue.AsString());
+    else
+      AResult += LxStrToJSON(VarWideTextView(AValue));
+    AResult += u'"';
+    return;
+  default:
+    AResult += u"null";
+    return;
+  }
+}
+
+constexpr double UnixEpoch = 25569.0; // 1970-01-01
+constexpr Int64 MillisecondsPerDay = 86400000;
+
+bool IsMillisecondForm(std::u16string_view AValue) {
+  return !AValue.empty() && AValue.front() == u'/';
+}
+
+// "/Date(n)/": n stands from the seventh character up to the last two.
+Int64 Milliseconds(std::u16string_view AValue) {
+  const std::size_t Length = AValue.size() >= 8 ? AValue.size() - 8 : 0;
+  return StrToInt64(AValue.substr(std::min<std::size_t>(6, AValue.size()), Length));
+}
+
+// Whole days and the rest apart, so that a day boundary stays exact.
+double DaysOf(Int64 AMilliseconds) {
+  return static_cast<double>(AMilliseconds / MillisecondsPerDay) +
+         static_cast<double>(AMilliseconds % MillisecondsPerDay) / MillisecondsPerDay;
+}
+
+template <class F>
+TDateTime VariantToDateTime(const Variant& AValue, TDateTime ADefault, std::u16string_view AName,
+                            F AText) {
+  if (VarIsNull(AValue))
+    return ADefault;
+  switch (MainTypeKind(AValue)) {
+  case MainKind::Integer:
+  case MainKind::Float:
+  case MainKind::DateTime:
+    return AValue.AsDouble();
+  case MainKind::String:
+    return AText(AValue.AsString());
+  default:
+    xmlvalues::RaiseNotValid(AName);
+  }
+}
+
+template <class F> TDateTime OrDefault(F AAction, TDateTime ADefault) noexcept {
+  try {
+    return AAction();
+  } catch (...) {
+    return ADefault;
+  }
+}
+
+} // namespace
+
+UnicodeString LxVarToJSON(const Variant& AValue) {
+  UnicodeString Result;
+  AppendJSON(Result, AValue);
+  return Result;
+}
+
+TLxJSONDataType LxVarTypeToJSONType(const Variant& AValue) {
+  switch (MainTypeKind(AValue)) {
+  case MainKind::Integer:
+  case MainKind::Float:
+    return jdtNumber;
+  case MainKind::String:
+  case MainKind::DateTime:
+    return jdtString;
+  case MainKind::Boolean:
+    return jdtBoolean;
+  case MainKind::Array:
+    return jdtArray;
+  default:
+    return jdtNull;
+  }
+}
+
+TDateTime LxJSONToDate(std::u16string_view AValue) {
+  if (AValue.empty())
+    return 0.0;
+  if (IsMillisecondForm(AValue))
+    return std::trunc(UnixEpoch + DaysOf(Milliseconds(AValue)));
+  return LxXMLToDate(AValue);
+}
+
+TDateTime LxJSONToTime(std::u16string_view AValue) {
+  if (AValue.empty())
+    return 0.0;
+  if (IsMillisecondForm(AValue))
+    return DaysOf(Milliseconds(AValue));
+  return LxXMLToTime(AValue, tzfNone);
+}
+
+TDateTime LxJSONToDateTime(std::u16string_view AValue) {
+  if (AValue.empty())
+    return 0.0;
+  if (IsMillisecondForm(AValue))
+    return UnixEpoch + DaysOf(Milliseconds(AValue));
+  return LxXMLToDateTime(AValue, tzfNone);
+}
+
+TDateTime LxJSONToDate(const Variant& AValue, TDateTime ADefault) {
+  return VariantToDateTime(AValue, ADefault, u"Date",
+                           [](const UnicodeString& AText) { return LxJSONToDate(AText); });
+}
+
+TDateTime LxJSONToTime(const Variant& AValue, TDateTime ADefault) {
+  return VariantToDateTime(AValue, ADefault, u"Time",
+                           [](const UnicodeString& AText) { return LxJSONToTime(AText); });
+}
+
+TDateTime LxJSONToDateTime(const Variant& AValue, TDateTime ADefault) {
+  return VariantToDateTime(AValue, ADefault, u"DateTime",
+                           [](const UnicodeString& AText) { return LxJSONToDateTime(AText); });
+}
+
+TDateTime LxJSONToDateDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
+  return OrDefault([&] { return LxJSONToDate(AValue); }, ADefault);
+}
+
+TDateTime LxJSONToTimeDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
+  return OrDefault([&] { return LxJSONToTime(AValue); }, ADefault);
+}
+
+TDateTime LxJSONToDateTimeDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
+  return OrDefault([&] { return LxJSONToDateTime(AValue); }, ADefault);
+}
+
+} // namespace lorvane

@@ -1,0 +1,201 @@
+// JSON output of the value tree: one loop over an explicit stack, text collected in blocks.
+#include "json/LxJSONWriter.h"
+
+#include "lorvane/classes/LxVariants.h"
+#include "lorvane/json/LxJSONOutput.h"
+#include "lorvane/json/LxJSONStrings.h"
+#include "xmlutils/LxXMLValuesPrivate.h"
+
+namespace lorvane::jsonwriter {
+
+using xmlvalues::MainKind;
+using xmlvalues::MainTypeKind;
+
+namespace {
+
+constexpr std::size_t BlockSize = 32768;
+
+// Units that LxStrToJSON leaves as they are: most text needs no escape and is copied whole.
+bool NeedsEscape(std::u16string_view AText) noexcept {
+  for (const char16_t Char : AText)
+    if (Char < 0x20 || Char >= 0x100 || Char == u'"' || Char == u'/' || Char == u'\\')
+      return true;
+  return false;
+}
+
+} // namespace
+
+TWriter::TWriter(TStream* ATarget) : FTarget(ATarget) {
+  if (FTarget)
+    FText.reserve(BlockSize + 1024);
+}
+
+void TWriter::Flush() {
+  if (!FTarget || FText.empty())
+    return;
+  // Emptied first: a failing stream must not be handed the same text again.
+  UnicodeString Block;
+  Block.swap(FText);
+  FTarget->WriteBuffer(Block.data(), static_cast<Int64>(Block.size() * sizeof(char16_t)));
+  Block.clear();
+  Block.swap(FText);
+}
+
+void TWriter::Write(TLxJSONBase* AValue, bool AFormatted, Integer ADepth, bool AAddLeadingSpace) {
+  FFormatted = AFormatted;
+  FStack.clear();
+  Open(AValue, ADepth, AAddLeadingSpace);
+  while (!FStack.empty()) {
+    if (FTarget && FText.size() >= BlockSize)
+      Flush();
+    TFrame& Top = FStack.back();
+    const std::vector<TLxJSONBase*>& Children = Top.Node->FObjects;
+    if (Top.Next < Children.size()) {
+      const std::size_t Index = Top.Next++;
+      if (Top.Bracketed) {
+        if (Index > 0)
+          Put(u", ");
+        // Only the first entry is indented: the entries of one level share a line.
+        Open(Children[Index], Top.Depth + 1, Index == 0);
+      } else {
+        Open(Children[Index], Top.Depth, Top.AddLeadingSpace);
+      }
+      continue;
+    }
+    if (Top.Bracketed)
+      Close(Top);
+    FStack.pop_back();
+  }
+}
+
+void TWriter::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
+  for (;;) {
+    switch (ANode->FKind) {
+    case TLxJSONBase::TKind::Simple:
+      if (AAddLeadingSpace)
+        WritePad(ADepth);
+      WriteSimple(static_cast<TLxJSONSimpleType*>(ANode));
+      return;
+    case TLxJSONBase::TKind::Member: {
+      auto* Member = static_cast<TLxJSONMember*>(ANode);
+      if (AAddLeadingSpace)
+        WritePad(ADepth);
+      Put(u'"');
+      WriteEscaped(Member->FName);
+      Put(u"\": ");
+      if (!Member->FValue) {
+        Put(u"null");
+        return;
+      }
+      ANode = Member->FValue;
+      AAddLeadingSpace = false;
+      continue;
+    }
+    case TLxJSONBase::TKind::Object:
+    case TLxJSONBase::TKind::Array: {
+      const bool IsObject = ANode->FKind == TLxJSONBase::TKind::Object;
+      if (AAddLeadingSpace)
+        WritePad(ADepth);
+      if (FFormatted)
+        Put(IsObject ? u"{ \r\n" : u"[\r\n");
+      else
+        Put(IsObject ? u'{' : u'[');
+      FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, true});
+      return;
+    }
+    default:
+      FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, false});
+      return;
+    }
+  }
+}
+
+void TWriter::Close(const TFrame& AFrame) {
+  if (FFormatted) {
+    Put(u"\r\n");
+    WritePad(AFrame.Depth);
+  }
+  Put(AFrame.Node->FKind == TLxJSONBase::TKind::Object ? u'}' : u']');
+}
+
+void TWriter::WritePad(Integer ADepth) {
+  if (FFormatted && ADepth > 0)
+    FText.append(static_cast<std::size_t>(ADepth) * 2, u' ');
+}
+
+void TWriter::WriteEscaped(std::u16string_view AText) {
+  if (NeedsEscape(AText))
+    Put(LxStrToJSON(AText));
+  else
+    Put(AText);
+}
+
+void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
+  const Variant& Value = AValue->FValue;
+  const MainKind Kind = MainTypeKind(Value);
+  // A byte string is decoded; wide text is read where it lies.
+  UnicodeString Decoded;
+  std::u16string_view Text;
+  if (Kind == MainKind::String) {
+    if (VarType(Value) == varString) {
+      Decoded = Value.AsString();
+      Text = Decoded;
+    } else {
+      Text = VarWideTextView(Value);
+    }
+  }
+  switch (AValue->FJSONType) {
+  case jdtNull:
+    Put(u"null");
+    return;
+  case jdtString:
+    Put(u'"');
+    if (Kind == MainKind::DateTime)
+      Put(LxVarToStr(Value, u"", false));
+    else if (Kind == MainKind::String)
+      WriteEscaped(Text);
+    else
+      WriteEscaped(LxVarToStr(Value, u"", false));
+    Put(u'"');
+    return;
+  case jdtNumber:
+    // Text as it was read goes out unexamined, "1.50" as "1.50".
+    if (Kind == MainKind::String)
+      Put(Text);
+    else
+      Put(LxVarToJSON(Value));
+    return;
+  case jdtBoolean:
+    if (Kind == MainKind::String)
+      Put(Text);
+    else
+      Put(LxVarToBool(Value, false, false) ? u"true" : u"false");
+    return;
+  default:
+    throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);
+  }
+}
+
+void SaveValue(TLxJSONBase* AValue, TStream* AStream, bool AFormatted, Integer ADepth,
+               bool AAddLeadingSpace) {
+  TWriter Writer(AStream);
+  try {
+    Writer.Write(AValue, AFormatted, ADepth, AAddLeadingSpace);
+  } catch (...) {
+    try {
+      Writer.Flush();
+    } catch (...) {
+      // The failure that brought us here is the one the caller sees.
+    }
+    throw;
+  }
+  Writer.Flush();
+}
+
+UnicodeString TextOf(TLxJSONBase* AValue, bool AFormatted) {
+  TWriter Writer(nullptr);
+  Writer.Write(AValue, AFormatted, 0, false);
+  return std::move(Writer.Text());
+}
+
+} // namespace lorvane::jsonwriter
