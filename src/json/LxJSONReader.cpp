@@ -2,22 +2,287 @@
 // followed on a stack of its own.
 #include "lorvane/json/LxJSONReader.h"
 
+#include "core/RawScan.h"
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
+
+#include <cstring>
 
 namespace lorvane {
 
 namespace {
 
-const TLxCharSet ObjectEndOrName{'}', '"'};
-const TLxCharSet ObjectEndOrNext{'}', ','};
-const TLxCharSet ArrayEndOrNext{']', ','};
-const TLxCharSet ValueEnd{']', '}', ','};
 const TLxCharSet NumberChars = TLxCharSet::Range('0', '9') + TLxCharSet{'.', '-', '+', 'e', 'E'};
-const TLxCharSet StringStop{'\\', '"'};
 
 constexpr std::u16string_view ValueStarts = u"\", t, f, n, 0..9, ., + or -";
 constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
+
+// The grammar over the text cursor, for one width of raw unit: Byte for UTF-8 and single-byte
+// text, WideChar for UTF-16. Delimiters are ASCII, so they are compared as raw units and searched
+// many at a time in the cursor's window; a step over a character that may not be ASCII goes
+// through the cursor, which knows how long the character is.
+template <class TUnit> class TJSONGrammar {
+public:
+  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler,
+               std::vector<Byte>& AOpen, LxJSONString& AName, LxJSONString& AValue)
+      : P(AParser), H(AHandler), FOpen(AOpen), FName(AName), FValue(AValue) {}
+
+  void Parse() {
+    SkipWhile([](TUnit C) { return C == u' '; });
+    H->StartDocument();
+    while (!AtEnd()) {
+      if (Curr() == u'[' || Curr() == u'{') {
+        ParseNested();
+        SkipBlanks();
+        continue;
+      }
+      ParseSimpleValue();
+      if (AtEnd())
+        break;
+      // One character behind the value is passed over unseen (the closing quote of a string,
+      // or whatever follows a keyword), then blanks and control characters.
+      P->MoveNext();
+      SkipBlanks();
+      if (!AtEnd())
+        RaiseNotWellFormed(u"");
+    }
+    H->EndDocument();
+  }
+
+private:
+  enum : Byte { OpenArray, OpenObject };
+
+  // --- the cursor, in raw units ------------------------------------------------------------
+  static TUnit Load(const Byte* AAt) noexcept {
+    TUnit Unit;
+    std::memcpy(&Unit, AAt, sizeof Unit);
+    return Unit;
+  }
+  /// The raw unit at the cursor, 0 at the end. In UTF-8 a byte from 0x80 on is part of a
+  /// character that no delimiter is.
+  TUnit Curr() {
+    const Byte* At = P->RawAt();
+    return At ? Load(At) : TUnit(0);
+  }
+  bool AtEnd() { return P->RawAt() == nullptr; }
+  /// Over the ASCII unit at the cursor.
+  void StepDelimiter() { P->SetRawCursor(P->RawCursor() + sizeof(TUnit)); }
+  /// Over one character, whatever it is; raises ELxTextParserEOF at the end.
+  void StepCharacter() { P->MoveNext(); }
+
+  template <class TPredicate> void SkipWhile(TPredicate AKeepGoing) {
+    for (;;) {
+      const Byte* Cur = P->RawCursor();
+      const Byte* End = P->RawReadEnd();
+      const Byte* Last = End - (End - Cur) % sizeof(TUnit);
+      while (Cur < Last && AKeepGoing(Load(Cur)))
+        Cur += sizeof(TUnit);
+      P->SetRawCursor(Cur);
+      if (Cur < Last || !P->ReadMoreRaw())
+        return;
+    }
+  }
+  /// Blanks and control characters: everything up to U+0020.
+  void SkipBlanks() {
+    SkipWhile([](TUnit C) { return C <= 0x20; });
+  }
+  /// Up to the first of AStops (an ASCII text of one to four characters), or the end.
+  template <std::size_t N> void SkipTo(const char (&AStops)[N]) {
+    static_assert(N >= 2 && N <= 5);
+    TUnit Stops[N - 1];
+    for (std::size_t I = 0; I + 1 < N; ++I)
+      Stops[I] = static_cast<TUnit>(AStops[I]);
+    for (;;) {
+      const Byte* Cur = P->RawCursor();
+      const Byte* End = P->RawReadEnd();
+      const Byte* Last = End - (End - Cur) % sizeof(TUnit);
+      const Byte* Hit = rawscan::FindAnyOf(Cur, Last, Stops, int(N - 1));
+      P->SetRawCursor(Hit);
+      if (Hit < Last || !P->ReadMoreRaw())
+        return;
+    }
+  }
+
+  // --- nesting ---------------------------------------------------------------------------------
+  // An array or object with everything in it; the cursor stands on its "[" or "{". Each open
+  // container is one entry of FOpen, and the loop resumes the outer one where the inner one
+  // ends, as a recursive descent would.
+  void ParseNested() {
+    FOpen.clear();
+    bool Entering = true; // the cursor stands on the "[" or "{" of a container to open
+    for (;;) {
+      bool Closing = false;
+      if (Entering) {
+        if (Curr() == u'[') {
+          StepDelimiter();
+          H->StartArray();
+          FOpen.push_back(OpenArray);
+          Entering = EnterArrayItem(/*AStepped=*/true);
+        } else {
+          P->CheckCurrChar(P->FBraceO, true);
+          H->StartObject();
+          FOpen.push_back(OpenObject);
+          SkipTo("}\"");
+          if (Curr() == u'"')
+            Entering = EnterObjectMember();
+          else
+            Entering = false, Closing = true;
+        }
+        if (Entering)
+          continue;
+      }
+      if (!Closing) {
+        // An item of the innermost container has just ended.
+        const bool InArray = FOpen.back() == OpenArray;
+        if (InArray ? NextArrayItem() : NextObjectMember()) {
+          Entering = InArray ? EnterArrayItem(/*AStepped=*/false) : EnterObjectMember();
+          continue;
+        }
+      }
+      if (FOpen.back() == OpenArray)
+        H->EndArray();
+      else
+        H->EndObject();
+      FOpen.pop_back();
+      // Over the "]" or "}"; at the end of the text this raises ELxTextParserEOF.
+      StepCharacter();
+      if (FOpen.empty())
+        return;
+    }
+  }
+
+  /// Over the "[" or "," (unless AStepped), blanks, then the item; true when it is a nested
+  /// array or object, which the caller opens.
+  bool EnterArrayItem(bool AStepped) {
+    if (!AStepped)
+      StepDelimiter();
+    SkipBlanks();
+    const TUnit C = Curr();
+    if (C == u'[' || C == u'{')
+      return true;
+    if (C != u']')
+      ParseSimpleValue();
+    return false;
+  }
+  /// Behind an item: false when the array has ended, at "]" or at the end of the text.
+  bool NextArrayItem() {
+    SkipTo("],");
+    return Curr() == u',';
+  }
+  /// Name, colon and value of a member; true when its value is a nested array or object.
+  bool EnterObjectMember() {
+    SkipTo("\"");
+    ReadString(FName);
+    H->StartMember(FName);
+    StepCharacter();
+    SkipTo(":");
+    StepCharacter();
+    SkipBlanks();
+    const TUnit C = Curr();
+    if (C == u'[' || C == u'{')
+      return true;
+    ParseSimpleValue();
+    return false;
+  }
+  /// Behind a member's value: false when the object has ended.
+  bool NextObjectMember() {
+    H->EndMember();
+    SkipTo("},");
+    return Curr() == u',';
+  }
+
+  // --- simple values ---------------------------------------------------------------------------
+  void ParseSimpleValue() {
+    const TUnit C = Curr();
+    switch (C) {
+    case u'f':
+      ParseKeyword(u"false", jdtBoolean);
+      return;
+    case u'n':
+      ParseKeyword(u"null", jdtNull);
+      return;
+    case u't':
+      ParseKeyword(u"true", jdtBoolean);
+      return;
+    case u'"':
+      ReadString(FValue);
+      H->Value(jdtString, FValue);
+      return;
+    default:
+      break;
+    }
+    if (C < 0x80 && NumberChars.Contains(static_cast<Byte>(C))) {
+      P->SetMark(tpMark1);
+      SkipWhile([](TUnit U) { return U < 0x80 && NumberChars.Contains(static_cast<Byte>(U)); });
+      P->SelectInto(FValue, tpMark1, tpCurrent, true);
+      H->Value(jdtNumber, FValue);
+      SkipTo("]},");
+      return;
+    }
+    RaiseNotWellFormed(ValueStarts);
+  }
+
+  void ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType) {
+    for (const char16_t Letter : AWord) {
+      if (Curr() != Letter)
+        RaiseNotWellFormed(std::u16string_view(&Letter, 1));
+      StepDelimiter();
+    }
+    FValue.assign(AWord);
+    H->Value(AType, FValue);
+  }
+
+  /// The text between the quotes, raw; the cursor stays on the closing quote. Only a double
+  /// quote ends it: a text that ends first gives what was read.
+  void ReadString(LxJSONString& ATarget) {
+    P->CheckCurrChar(P->FQuote, true);
+    StepDelimiter();
+    P->SetMark(tpMark1);
+    for (;;) {
+      SkipTo("\\\"");
+      if (Curr() == u'\\') {
+        StepDelimiter();
+        switch (Curr()) {
+        case u'"':
+        case u'/':
+        case u'\\':
+        case u'b':
+        case u'f':
+        case u'n':
+        case u'r':
+        case u't':
+          StepDelimiter();
+          break;
+        case u'u':
+          // Over the "u" and three of the four digits; none of them is looked at.
+          StepDelimiter();
+          for (int Step = 0; Step < 3; ++Step)
+            StepCharacter();
+          break;
+        default:
+          RaiseNotWellFormed(EscapeChars);
+        }
+        const TUnit C = Curr();
+        if (!AtEnd() && C != u'"' && C != u'\\')
+          StepCharacter();
+      }
+      if (AtEnd() || Curr() == u'"')
+        break;
+    }
+    P->SelectInto(ATarget, tpMark1, tpCurrent, true);
+  }
+
+  [[noreturn]] void RaiseNotWellFormed(std::u16string_view AExpected) {
+    throw ELxJSONParseError(_cLxJSONNotWellFormed, {UnicodeString(AExpected), P->CurrCharText()},
+                            cLxJSONErrNotWellFormed);
+  }
+
+  TLxJSONTextParser* P;
+  ILxJSONContentHandler* H;
+  std::vector<Byte>& FOpen;
+  LxJSONString& FName;
+  LxJSONString& FValue;
+};
 
 } // namespace
 
@@ -105,214 +370,19 @@ void TLxJSONReader::InternalParse() {
   if (!FErrorHandler)
     throw ELxJSONException(_cLxJSONNoErrorHandler, cLxJSONErrNoErrorHandler);
   Assert(FParser != nullptr);
+  // Held for the whole parse: a handler may set another one while it runs.
+  const IPtr<ILxJSONContentHandler> Handler = FContentHandler;
   try {
-    ParseDocument();
+    if (FParser->GetCharacterSetType() == csWide)
+      TJSONGrammar<WideChar>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+    else
+      TJSONGrammar<Byte>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
   } catch (const std::exception& E) {
     FUnexpectedEOF = dynamic_cast<const ELxTextParserEOF*>(&E) != nullptr;
     const auto* Own = dynamic_cast<const Exception*>(&E);
     FErrorHandler->FatalError(this, Own ? Own->Message() : UTF8ToString(E.what()));
     throw;
   }
-}
-
-void TLxJSONReader::ParseDocument() {
-  TLxJSONTextParser* P = FParser;
-  P->SkipWhile(spEqual, P->FSpace);
-  FContentHandler->StartDocument();
-  while (!P->_GetEOF()) {
-    if (P->RawEquals(P->FBracketO) || P->RawEquals(P->FBraceO)) {
-      ParseNested();
-      P->SkipWhile(spLessEqual, P->FSpace);
-      continue;
-    }
-    ParseSimpleValue();
-    if (P->_GetEOF())
-      break;
-    // One character behind the value is passed over unseen (the closing quote of a string, or
-    // whatever follows a keyword), then blanks and control characters.
-    P->MoveNext();
-    while (!P->_GetEOF() && P->CurrCharW() <= 0x20)
-      P->MoveNext();
-    if (!P->_GetEOF())
-      RaiseNotWellFormed(u"");
-  }
-  FContentHandler->EndDocument();
-}
-
-void TLxJSONReader::ParseNested() {
-  // Each open array or object is one entry here; a nested container pushes its entry and the
-  // loop resumes the outer one where the inner one ends, as a recursive descent would.
-  TLxJSONTextParser* P = FParser;
-  FOpen.clear();
-  bool Entering = true; // the cursor stands on the "[" or "{" of a container to open
-  for (;;) {
-    bool Closing = false;
-    if (Entering) {
-      if (P->RawEquals(P->FBracketO)) {
-        P->CheckCurrChar(P->FBracketO, true);
-        FContentHandler->StartArray();
-        FOpen.push_back(TOpen::Array);
-        Entering = EnterArrayItem();
-      } else {
-        P->CheckCurrChar(P->FBraceO, true);
-        FContentHandler->StartObject();
-        FOpen.push_back(TOpen::Object);
-        if (FirstMemberFollows())
-          Entering = EnterObjectMember();
-        else
-          Entering = false, Closing = true;
-      }
-      if (Entering)
-        continue;
-    }
-    if (!Closing) {
-      // An item of the innermost container has just ended.
-      const bool More = FOpen.back() == TOpen::Array ? NextArrayItem() : NextObjectMember();
-      if (More) {
-        Entering = FOpen.back() == TOpen::Array ? EnterArrayItem() : EnterObjectMember();
-        continue;
-      }
-    }
-    if (FOpen.back() == TOpen::Array)
-      FContentHandler->EndArray();
-    else
-      FContentHandler->EndObject();
-    FOpen.pop_back();
-    // Over the "]" or "}"; at the end of the text this raises ELxTextParserEOF.
-    P->MoveNext();
-    if (FOpen.empty())
-      return;
-  }
-}
-
-bool TLxJSONReader::EnterArrayItem() {
-  TLxJSONTextParser* P = FParser;
-  P->MoveNext();
-  P->SkipWhile(spLessEqual, P->FSpace);
-  if (P->RawEquals(P->FBracketO) || P->RawEquals(P->FBraceO))
-    return true;
-  if (!P->RawEquals(P->FBracketC))
-    ParseSimpleValue();
-  return false;
-}
-
-bool TLxJSONReader::NextArrayItem() {
-  TLxJSONTextParser* P = FParser;
-  P->SkipSet(spNotInSet, ArrayEndOrNext);
-  return !P->_GetEOF() && !P->RawEquals(P->FBracketC);
-}
-
-bool TLxJSONReader::FirstMemberFollows() {
-  TLxJSONTextParser* P = FParser;
-  P->SkipSet(spNotInSet, ObjectEndOrName);
-  return P->RawEquals(P->FQuote);
-}
-
-bool TLxJSONReader::EnterObjectMember() {
-  TLxJSONTextParser* P = FParser;
-  P->SkipWhile(spNotEqual, P->FQuote);
-  ReadString(FName);
-  FContentHandler->StartMember(FName);
-  P->MoveNext();
-  P->SkipWhile(spNotEqual, P->FColon);
-  P->MoveNext();
-  P->SkipWhile(spLessEqual, P->FSpace);
-  if (P->RawEquals(P->FBracketO) || P->RawEquals(P->FBraceO))
-    return true;
-  ParseSimpleValue();
-  return false;
-}
-
-bool TLxJSONReader::NextObjectMember() {
-  TLxJSONTextParser* P = FParser;
-  FContentHandler->EndMember();
-  P->SkipSet(spNotInSet, ObjectEndOrNext);
-  return !P->_GetEOF() && !P->RawEquals(P->FBraceC);
-}
-
-void TLxJSONReader::ParseSimpleValue() {
-  TLxJSONTextParser* P = FParser;
-  const WideChar C = P->CurrCharW();
-  switch (C) {
-  case u'f':
-    ParseKeyword(u"false", jdtBoolean);
-    return;
-  case u'n':
-    ParseKeyword(u"null", jdtNull);
-    return;
-  case u't':
-    ParseKeyword(u"true", jdtBoolean);
-    return;
-  case u'"':
-    ReadString(FValue);
-    FContentHandler->Value(jdtString, FValue);
-    return;
-  default:
-    break;
-  }
-  if (C < 0x80 && NumberChars.Contains(static_cast<Byte>(C))) {
-    P->SetMark(tpMark1);
-    P->SkipSet(spInSet, NumberChars);
-    P->SelectInto(FValue, tpMark1, tpCurrent, true);
-    FContentHandler->Value(jdtNumber, FValue);
-    P->SkipSet(spNotInSet, ValueEnd);
-    return;
-  }
-  RaiseNotWellFormed(ValueStarts);
-}
-
-void TLxJSONReader::ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType) {
-  TLxJSONTextParser* P = FParser;
-  for (const char16_t Letter : AWord) {
-    if (P->CurrCharW() != Letter)
-      RaiseNotWellFormed(std::u16string_view(&Letter, 1));
-    P->MoveNext();
-  }
-  FValue.assign(AWord);
-  FContentHandler->Value(AType, FValue);
-}
-
-void TLxJSONReader::ReadString(LxJSONString& ATarget) {
-  TLxJSONTextParser* P = FParser;
-  P->CheckCurrChar(P->FQuote, true);
-  P->MoveNext();
-  P->SetMark(tpMark1);
-  for (;;) {
-    P->SkipSet(spNotInSet, StringStop);
-    if (P->RawEquals(P->FBackSlash)) {
-      P->MoveNext();
-      switch (P->CurrCharW()) {
-      case u'"':
-      case u'/':
-      case u'\\':
-      case u'b':
-      case u'f':
-      case u'n':
-      case u'r':
-      case u't':
-        P->MoveNext();
-        break;
-      case u'u':
-        // Over the "u" and three of the four digits; none of them is looked at.
-        for (int Step = 0; Step < 4; ++Step)
-          P->MoveNext();
-        break;
-      default:
-        RaiseNotWellFormed(EscapeChars);
-      }
-      if (!P->_GetEOF() && !P->RawEquals(P->FQuote) && !P->RawEquals(P->FBackSlash))
-        P->MoveNext();
-    }
-    if (P->_GetEOF() || P->RawEquals(P->FQuote))
-      break;
-  }
-  P->SelectInto(ATarget, tpMark1, tpCurrent, true);
-}
-
-void TLxJSONReader::RaiseNotWellFormed(std::u16string_view AExpected) {
-  throw ELxJSONParseError(_cLxJSONNotWellFormed,
-                          {UnicodeString(AExpected), FParser->CurrCharText()},
-                          cLxJSONErrNotWellFormed);
 }
 
 } // namespace lorvane

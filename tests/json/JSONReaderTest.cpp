@@ -5,6 +5,7 @@
 #include "lorvane/core/LxStreams.h"
 #include "support/JSONEventRecorder.h"
 #include "support/TestHelpers.h"
+#include "support/TestStreams.h"
 
 #include <gtest/gtest.h>
 
@@ -200,6 +201,29 @@ TEST_F(JSONReader, ReadsEverySource) {
     Check([&] { FReader->ParseFile(UTF8ToString(Path), fmOpenRead); });
   }
   std::remove(Path.c_str());
+}
+
+TEST_F(JSONReader, StreamsReadInSmallPiecesGiveTheSameEvents) {
+  // Odd piece sizes split UTF-16 units, UTF-8 sequences, escapes and delimiters.
+  std::u16string JSON = u"[";
+  for (int I = 0; I < 300; ++I)
+    JSON += u"{\"k\u00e9y\" : \"v\\\"a\\u00e9l \U0001F600\", \"n\":[-1.5e3, true,null ,false]},";
+  JSON += u"\"end\"]";
+  const std::string UTF8 = StringToUTF8(JSON);
+  std::string UTF16(JSON.size() * 2, '\0');
+  std::memcpy(UTF16.data(), JSON.data(), UTF16.size());
+
+  FReader->Parse(LxJSONString(JSON));
+  const std::string Expected = FRecorder->Transcript;
+  ASSERT_NE(Expected.find("value(jdtString|end) endArray endDocument"), std::string::npos);
+  for (Int64 Piece : {1, 7, 4096}) {
+    for (const auto& [Bytes, CodePage] : {std::pair{UTF8, Word(65001)}, {UTF16, Word(1200)}}) {
+      FRecorder->Transcript.clear();
+      TOwned<test::TChunkedStream> Stream(New<test::TChunkedStream>(Bytes, Piece));
+      FReader->ParseStream(Stream.get(), CodePage);
+      EXPECT_EQ(FRecorder->Transcript, Expected) << "pieces of " << Piece << ", " << CodePage;
+    }
+  }
 }
 
 TEST_F(JSONReader, UnsupportedEncodingGoesStraightToTheCaller) {
