@@ -1,6 +1,7 @@
 // The character cursor: source window, per-character-set operation variants, marks, selection.
 #include "lorvane/core/LxTextParser.h"
 
+#include "core/RawScan.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
 #include "platform/Utf.h"
@@ -553,6 +554,17 @@ void TLxTextParser::SkipSetT(TLxTextParserSkipOp AOperator, const TLxCharSet& AS
   if (AOperator != spInSet && AOperator != spNotInSet)
     RaiseBadSkipOperator(AOperator);
   const bool Inside = AOperator == spInSet;
+  int FewCount;
+  const Byte* Few = ASet.FewMembers(FewCount);
+  if (CS != csWide && !Inside && Few && FewCount > 0) {
+    // A skip to one of a few ASCII characters: no byte from 0x80 on can be one of them, in a
+    // single-byte code page or in UTF-8, so whole blocks are compared without decoding.
+    for (;;) {
+      FCur = rawscan::FindAnyOf(FCur, FEnd, Few, FewCount);
+      if (FCur < FEnd || !Refill())
+        return;
+    }
+  }
   if constexpr (CS == csAnsi) {
     SkipBytes([&ASet, Inside](Byte B) { return ASet.Contains(B) == Inside; });
   } else if constexpr (CS == csWide) {
@@ -769,6 +781,16 @@ void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
     ATarget.resize(ALength);
     char16_t* Out = ATarget.data();
     std::size_t I = 0;
+#if defined(__SSE2__)
+    for (; I + 16 <= ALength; I += 16) {
+      const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(AFrom + I));
+      if (_mm_movemask_epi8(Block))
+        break;
+      const __m128i Zero = _mm_setzero_si128();
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(Out + I), _mm_unpacklo_epi8(Block, Zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(Out + I + 8), _mm_unpackhi_epi8(Block, Zero));
+    }
+#endif
     for (UInt64 Word8; I + 8 <= ALength; I += 8) {
       std::memcpy(&Word8, AFrom + I, 8);
       if (Word8 & 0x8080808080808080ull)

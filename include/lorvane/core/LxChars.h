@@ -70,9 +70,12 @@ inline constexpr AnsiChar cLxLFA = '\n';
 
 /// A set of the 256 single-byte characters. A 16-bit character above U+00FF is in no set.
 /// Held as one flag per character: skips test membership per character, and a table load is the
-/// cheapest test there is.
+/// cheapest test there is. Beside the flags a set keeps its members when it has no more than
+/// four, all ASCII: a skip to one of them can then compare many bytes at once.
 class TLxCharSet {
 public:
+  static constexpr int MaxFew = 4;
+
   constexpr TLxCharSet() noexcept = default;
   constexpr TLxCharSet(std::initializer_list<AnsiChar> AChars) noexcept {
     for (AnsiChar C : AChars)
@@ -97,27 +100,64 @@ public:
     return AChar < 256 && Contains(static_cast<Byte>(AChar));
   }
   constexpr TLxCharSet& Include(Byte AChar) noexcept {
-    FMember[AChar] = true;
+    if (!FMember[AChar]) {
+      FMember[AChar] = true;
+      NoteMember(AChar);
+    }
     return *this;
   }
   constexpr TLxCharSet& Exclude(Byte AChar) noexcept {
     FMember[AChar] = false;
+    Recount();
     return *this;
   }
   friend constexpr TLxCharSet operator+(TLxCharSet A, const TLxCharSet& B) noexcept {
     for (int I = 0; I < 256; ++I)
       A.FMember[I] = A.FMember[I] || B.FMember[I];
+    A.Recount();
     return A;
   }
   friend constexpr TLxCharSet operator-(TLxCharSet A, const TLxCharSet& B) noexcept {
     for (int I = 0; I < 256; ++I)
       A.FMember[I] = A.FMember[I] && !B.FMember[I];
+    A.Recount();
     return A;
   }
-  friend constexpr bool operator==(const TLxCharSet&, const TLxCharSet&) noexcept = default;
+  friend constexpr bool operator==(const TLxCharSet& A, const TLxCharSet& B) noexcept {
+    for (int I = 0; I < 256; ++I)
+      if (A.FMember[I] != B.FMember[I])
+        return false;
+    return true;
+  }
+
+  /// The members, when there are at most MaxFew and all are ASCII; else nil. AFewCount gives
+  /// their number.
+  constexpr const Byte* FewMembers(int& AFewCount) const noexcept {
+    AFewCount = FFewCount;
+    return FFewCount <= MaxFew && !FHighMember ? FFew : nullptr;
+  }
 
 private:
+  constexpr void NoteMember(Byte AChar) noexcept {
+    if (AChar >= 0x80)
+      FHighMember = true;
+    if (FFewCount < MaxFew)
+      FFew[FFewCount] = AChar;
+    if (FFewCount <= MaxFew)
+      ++FFewCount;
+  }
+  constexpr void Recount() noexcept {
+    FFewCount = 0;
+    FHighMember = false;
+    for (int I = 0; I < 256; ++I)
+      if (FMember[I])
+        NoteMember(static_cast<Byte>(I));
+  }
+
   bool FMember[256] = {};
+  Byte FFew[MaxFew] = {};
+  Byte FFewCount = 0; // MaxFew + 1: more than MaxFew
+  bool FHighMember = false;
 };
 
 constexpr bool LxCharInSet(AnsiChar AChar, const TLxCharSet& ASet) noexcept {

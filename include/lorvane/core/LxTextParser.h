@@ -178,6 +178,15 @@ protected:
   const Byte* RawAt() {
     return FEnd - FCur >= FUnitSize || EnsureAhead(FUnitSize) ? FCur : nullptr;
   }
+  /// The raw window, for derived cursors that compare many units at once: the bytes from the
+  /// cursor to the end of what has been read so far. Moving the cursor inside the window keeps
+  /// marks, lines and columns right. ReadMoreRaw reads on and gives false at the end of the text;
+  /// it may move the window, so pointers taken before it are stale.
+  const Byte* RawCursor() const noexcept { return FCur; }
+  const Byte* RawReadEnd() const noexcept { return FEnd; }
+  void SetRawCursor(const Byte* AAt) noexcept { FCur = AAt; }
+  bool ReadMoreRaw() { return Refill(); }
+
   /// Whether the raw current character equals the one at ACharPtr, in the width of the source
   /// (one byte, or one 16-bit unit in csWide); false at the end. The width is fixed for a parse,
   /// so its test costs nothing that the branch predictor doesn't hide.

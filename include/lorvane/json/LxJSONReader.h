@@ -74,28 +74,10 @@ protected:
 
 private:
   void RunParse(TStream* AStream, bool AOwnsStream, Word ACodePage, const LxJSONString& APublicID);
-  void ParseDocument();
-  /// An array or object with everything in it; the cursor stands on its "[" or "{".
-  void ParseNested();
-  /// Array step: over "[" or ","; true when a nested array or object begins at the cursor.
-  bool EnterArrayItem();
-  /// Behind an item: false when the array has ended (at "]" or the end of the text).
-  bool NextArrayItem();
-  /// After "{": whether a double quote, and so a first member, comes before "}".
-  bool FirstMemberFollows();
-  /// Name, colon and value of a member; true when its value is a nested array or object.
-  bool EnterObjectMember();
-  /// Behind a member's value: EndMember; false when the object has ended.
-  bool NextObjectMember();
-  void ParseSimpleValue();
-  void ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType);
-  /// The text between the quotes, raw; the cursor stays on the closing quote.
-  void ReadString(LxJSONString& ATarget);
-  [[noreturn]] void RaiseNotWellFormed(std::u16string_view AExpected);
 
-  enum class TOpen : Byte { Array, Object };
-  std::vector<TOpen> FOpen;
-  // Token texts reused from token to token.
+  // Kept from parse to parse, so that their memory is allocated once: the kinds of the open
+  // containers, and the texts of the token just read.
+  std::vector<Byte> FOpen;
   LxJSONString FName, FValue;
 };
 

@@ -38,6 +38,12 @@ class TLxJSONTextParser : public TLxTextParser {
   }
   /// The comparison of CheckCurrChar without raising, inlined for the reader's loops.
   using TLxTextParser::RawEquals;
+  /// The raw window: the reader scans delimiters in it many units at a time.
+  using TLxTextParser::RawAt;
+  using TLxTextParser::RawCursor;
+  using TLxTextParser::RawReadEnd;
+  using TLxTextParser::ReadMoreRaw;
+  using TLxTextParser::SetRawCursor;
 
   void SrcASkipWhile(TLxTextParserSkipOp AOperator, const void* ACharPtr);
   void SrcUSkipWhile(TLxTextParserSkipOp AOperator, const void* ACharPtr);

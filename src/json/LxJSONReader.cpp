@@ -1,0 +1,388 @@
+// The JSON event reader: sources, locator, failure road, and the forgiving grammar, with nesting
+// followed on a stack of its own.
+#include "lorvane/json/LxJSONReader.h"
+
+#include "core/RawScan.h"
+#include "lorvane/core/LxEncoding.h"
+#include "lorvane/core/LxStreams.h"
+
+#include <cstring>
+
+namespace lorvane {
+
+namespace {
+
+const TLxCharSet NumberChars = TLxCharSet::Range('0', '9') + TLxCharSet{'.', '-', '+', 'e', 'E'};
+
+constexpr std::u16string_view ValueStarts = u"\", t, f, n, 0..9, ., + or -";
+constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
+
+// The grammar over the text cursor, for one width of raw unit: Byte for UTF-8 and single-byte
+// text, WideChar for UTF-16. Delimiters are ASCII, so they are compared as raw units and searched
+// many at a time in the cursor's window; a step over a character that may not be ASCII goes
+// through the cursor, which knows how long the character is.
+template <class TUnit> class TJSONGrammar {
+public:
+  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler,
+               std::vector<Byte>& AOpen, LxJSONString& AName, LxJSONString& AValue)
+      : P(AParser), H(AHandler), FOpen(AOpen), FName(AName), FValue(AValue) {}
+
+  void Parse() {
+    SkipWhile([](TUnit C) { return C == u' '; });
+    H->StartDocument();
+    while (!AtEnd()) {
+      if (Curr() == u'[' || Curr() == u'{') {
+        ParseNested();
+        SkipBlanks();
+        continue;
+      }
+      ParseSimpleValue();
+      if (AtEnd())
+        break;
+      // One character behind the value is passed over unseen (the closing quote of a string,
+      // or whatever follows a keyword), then blanks and control characters.
+      P->MoveNext();
+      SkipBlanks();
+      if (!AtEnd())
+        RaiseNotWellFormed(u"");
+    }
+    H->EndDocument();
+  }
+
+private:
+  enum : Byte { OpenArray, OpenObject };
+
+  // --- the cursor, in raw units ------------------------------------------------------------
+  static TUnit Load(const Byte* AAt) noexcept {
+    TUnit Unit;
+    std::memcpy(&Unit, AAt, sizeof Unit);
+    return Unit;
+  }
+  /// The raw unit at the cursor, 0 at the end. In UTF-8 a byte from 0x80 on is part of a
+  /// character that no delimiter is.
+  TUnit Curr() {
+    const Byte* At = P->RawAt();
+    return At ? Load(At) : TUnit(0);
+  }
+  bool AtEnd() { return P->RawAt() == nullptr; }
+  /// Over the ASCII unit at the cursor.
+  void StepDelimiter() { P->SetRawCursor(P->RawCursor() + sizeof(TUnit)); }
+  /// Over one character, whatever it is; raises ELxTextParserEOF at the end.
+  void StepCharacter() { P->MoveNext(); }
+
+  template <class TPredicate> void SkipWhile(TPredicate AKeepGoing) {
+    for (;;) {
+      const Byte* Cur = P->RawCursor();
+      const Byte* End = P->RawReadEnd();
+      const Byte* Last = End - (End - Cur) % sizeof(TUnit);
+      while (Cur < Last && AKeepGoing(Load(Cur)))
+        Cur += sizeof(TUnit);
+      P->SetRawCursor(Cur);
+      if (Cur < Last || !P->ReadMoreRaw())
+        return;
+    }
+  }
+  /// Blanks and control characters: everything up to U+0020.
+  void SkipBlanks() {
+    SkipWhile([](TUnit C) { return C <= 0x20; });
+  }
+  /// Up to the first of AStops (an ASCII text of one to four characters), or the end.
+  template <std::size_t N> void SkipTo(const char (&AStops)[N]) {
+    static_assert(N >= 2 && N <= 5);
+    TUnit Stops[N - 1];
+    for (std::size_t I = 0; I + 1 < N; ++I)
+      Stops[I] = static_cast<TUnit>(AStops[I]);
+    for (;;) {
+      const Byte* Cur = P->RawCursor();
+      const Byte* End = P->RawReadEnd();
+      const Byte* Last = End - (End - Cur) % sizeof(TUnit);
+      const Byte* Hit = rawscan::FindAnyOf(Cur, Last, Stops, int(N - 1));
+      P->SetRawCursor(Hit);
+      if (Hit < Last || !P->ReadMoreRaw())
+        return;
+    }
+  }
+
+  // --- nesting ---------------------------------------------------------------------------------
+  // An array or object with everything in it; the cursor stands on its "[" or "{". Each open
+  // container is one entry of FOpen, and the loop resumes the outer one where the inner one
+  // ends, as a recursive descent would.
+  void ParseNested() {
+    FOpen.clear();
+    bool Entering = true; // the cursor stands on the "[" or "{" of a container to open
+    for (;;) {
+      bool Closing = false;
+      if (Entering) {
+        if (Curr() == u'[') {
+          StepDelimiter();
+          H->StartArray();
+          FOpen.push_back(OpenArray);
+          Entering = EnterArrayItem(/*AStepped=*/true);
+        } else {
+          P->CheckCurrChar(P->FBraceO, true);
+          H->StartObject();
+          FOpen.push_back(OpenObject);
+          SkipTo("}\"");
+          if (Curr() == u'"')
+            Entering = EnterObjectMember();
+          else
+            Entering = false, Closing = true;
+        }
+        if (Entering)
+          continue;
+      }
+      if (!Closing) {
+        // An item of the innermost container has just ended.
+        const bool InArray = FOpen.back() == OpenArray;
+        if (InArray ? NextArrayItem() : NextObjectMember()) {
+          Entering = InArray ? EnterArrayItem(/*AStepped=*/false) : EnterObjectMember();
+          continue;
+        }
+      }
+      if (FOpen.back() == OpenArray)
+        H->EndArray();
+      else
+        H->EndObject();
+      FOpen.pop_back();
+      // Over the "]" or "}"; at the end of the text this raises ELxTextParserEOF.
+      StepCharacter();
+      if (FOpen.empty())
+        return;
+    }
+  }
+
+  /// Over the "[" or "," (unless AStepped), blanks, then the item; true when it is a nested
+  /// array or object, which the caller opens.
+  bool EnterArrayItem(bool AStepped) {
+    if (!AStepped)
+      StepDelimiter();
+    SkipBlanks();
+    const TUnit C = Curr();
+    if (C == u'[' || C == u'{')
+      return true;
+    if (C != u']')
+      ParseSimpleValue();
+    return false;
+  }
+  /// Behind an item: false when the array has ended, at "]" or at the end of the text.
+  bool NextArrayItem() {
+    SkipTo("],");
+    return Curr() == u',';
+  }
+  /// Name, colon and value of a member; true when its value is a nested array or object.
+  bool EnterObjectMember() {
+    SkipTo("\"");
+    ReadString(FName);
+    H->StartMember(FName);
+    StepCharacter();
+    SkipTo(":");
+    StepCharacter();
+    SkipBlanks();
+    const TUnit C = Curr();
+    if (C == u'[' || C == u'{')
+      return true;
+    ParseSimpleValue();
+    return false;
+  }
+  /// Behind a member's value: false when the object has ended.
+  bool NextObjectMember() {
+    H->EndMember();
+    SkipTo("},");
+    return Curr() == u',';
+  }
+
+  // --- simple values ---------------------------------------------------------------------------
+  void ParseSimpleValue() {
+    const TUnit C = Curr();
+    switch (C) {
+    case u'f':
+      ParseKeyword(u"false", jdtBoolean);
+      return;
+    case u'n':
+      ParseKeyword(u"null", jdtNull);
+      return;
+    case u't':
+      ParseKeyword(u"true", jdtBoolean);
+      return;
+    case u'"':
+      ReadString(FValue);
+      H->Value(jdtString, FValue);
+      return;
+    default:
+      break;
+    }
+    if (C < 0x80 && NumberChars.Contains(static_cast<Byte>(C))) {
+      P->SetMark(tpMark1);
+      SkipWhile([](TUnit U) { return U < 0x80 && NumberChars.Contains(static_cast<Byte>(U)); });
+      P->SelectInto(FValue, tpMark1, tpCurrent, true);
+      H->Value(jdtNumber, FValue);
+      SkipTo("]},");
+      return;
+    }
+    RaiseNotWellFormed(ValueStarts);
+  }
+
+  void ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType) {
+    for (const char16_t Letter : AWord) {
+      if (Curr() != Letter)
+        RaiseNotWellFormed(std::u16string_view(&Letter, 1));
+      StepDelimiter();
+    }
+    FValue.assign(AWord);
+    H->Value(AType, FValue);
+  }
+
+  /// The text between the quotes, raw; the cursor stays on the closing quote. Only a double
+  /// quote ends it: a text that ends first gives what was read.
+  void ReadString(LxJSONString& ATarget) {
+    P->CheckCurrChar(P->FQuote, true);
+    StepDelimiter();
+    P->SetMark(tpMark1);
+    for (;;) {
+      SkipTo("\\\"");
+      if (Curr() == u'\\') {
+        StepDelimiter();
+        switch (Curr()) {
+        case u'"':
+        case u'/':
+        case u'\\':
+        case u'b':
+        case u'f':
+        case u'n':
+        case u'r':
+        case u't':
+          StepDelimiter();
+          break;
+        case u'u':
+          // Over the "u" and three of the four digits; none of them is looked at.
+          StepDelimiter();
+          for (int Step = 0; Step < 3; ++Step)
+            StepCharacter();
+          break;
+        default:
+          RaiseNotWellFormed(EscapeChars);
+        }
+        const TUnit C = Curr();
+        if (!AtEnd() && C != u'"' && C != u'\\')
+          StepCharacter();
+      }
+      if (AtEnd() || Curr() == u'"')
+        break;
+    }
+    P->SelectInto(ATarget, tpMark1, tpCurrent, true);
+  }
+
+  [[noreturn]] void RaiseNotWellFormed(std::u16string_view AExpected) {
+    throw ELxJSONParseError(_cLxJSONNotWellFormed, {UnicodeString(AExpected), P->CurrCharText()},
+                            cLxJSONErrNotWellFormed);
+  }
+
+  TLxJSONTextParser* P;
+  ILxJSONContentHandler* H;
+  std::vector<Byte>& FOpen;
+  LxJSONString& FName;
+  LxJSONString& FValue;
+};
+
+} // namespace
+
+TLxJSONReader::TLxJSONReader() {
+  SetAutoDestroy(false);
+  FPublicID = IntToStr(static_cast<Int64>(reinterpret_cast<std::uintptr_t>(this)));
+}
+
+TLxJSONReader::~TLxJSONReader() { lorvane::Free(FParser); }
+
+HRESULT TLxJSONReader::QueryInterface(const TGUID& AIID, void** AObj) {
+  if (AIID == ILxJSONLocator::IID)
+    *AObj = static_cast<ILxJSONLocator*>(this);
+  else if (AIID == ILxJSONReader::IID)
+    *AObj = static_cast<ILxJSONReader*>(this);
+  else
+    return TLxObject::QueryInterface(AIID, AObj);
+  _AddRef();
+  return S_OK;
+}
+
+Integer TLxJSONReader::GetLineNr() {
+  if (FUnexpectedEOF)
+    return FLineNr;
+  return FParser ? FParser->GetLineNr() : -1;
+}
+
+Integer TLxJSONReader::GetColNr() {
+  if (FUnexpectedEOF)
+    return FColNr;
+  return FParser ? FParser->GetColNr() : -1;
+}
+
+void TLxJSONReader::RunParse(TStream* AStream, bool AOwnsStream, Word ACodePage,
+                             const LxJSONString& APublicID) {
+  // The stream is freed here rather than by the cursor, so that it goes also when the encoding
+  // decision refuses the text.
+  TOwned<TStream> OwnedStream(AOwnsStream ? AStream : nullptr);
+  FPublicID = APublicID;
+  FParser = New<TLxJSONTextParser>(AStream, /*AStreamOwner=*/false, ACodePage);
+  struct TParserRelease {
+    TLxJSONReader* Reader;
+    ~TParserRelease() { FreeAndNil(Reader->FParser); }
+  } Release{this};
+  InternalParse();
+}
+
+void TLxJSONReader::ParseStream(TStream* AStream, Word ACodePage, const LxJSONString& APublicID) {
+  RunParse(AStream, false, ACodePage, APublicID);
+}
+
+void TLxJSONReader::ParseFile(const TFileName& AFileName, Word AMode,
+                              const LxJSONString& APublicID) {
+  auto* Stream = New<TFileStream>(AFileName, AMode);
+  Word CodePage;
+  try {
+    CodePage = LxGetCodePage(Stream);
+  } catch (...) {
+    lorvane::Free(Stream);
+    throw;
+  }
+  RunParse(Stream, true, CodePage, APublicID);
+}
+
+void TLxJSONReader::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ACodePage,
+                                const LxJSONString& APublicID) {
+  RunParse(New<TLxMemoryStream>(ABuffer, Int64(ABufSize)), true, ACodePage, APublicID);
+}
+
+// Both string forms read the caller's characters in place: the string outlives the parse.
+void TLxJSONReader::Parse(const LxJSONString& AJSON, const LxJSONString& APublicID) {
+  RunParse(New<TLxMemoryStream>(static_cast<const void*>(AJSON.data()),
+                                Int64(AJSON.size() * sizeof(char16_t))),
+           true, 1200, APublicID);
+}
+
+void TLxJSONReader::Parse(const AnsiString& AJSON, Word ACodePage, const LxJSONString& APublicID) {
+  RunParse(New<TLxMemoryStream>(static_cast<const void*>(AJSON.data()), Int64(AJSON.size())), true,
+           ACodePage, APublicID);
+}
+
+void TLxJSONReader::InternalParse() {
+  if (!FContentHandler)
+    throw ELxJSONException(_cLxJSONNoContentHandler, cLxJSONErrNoContentHandler);
+  if (!FErrorHandler)
+    throw ELxJSONException(_cLxJSONNoErrorHandler, cLxJSONErrNoErrorHandler);
+  Assert(FParser != nullptr);
+  // Held for the whole parse: a handler may set another one while it runs.
+  const IPtr<ILxJSONContentHandler> Handler = FContentHandler;
+  try {
+    if (FParser->GetCharacterSetType() == csWide)
+      TJSONGrammar<WideChar>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+    else
+      TJSONGrammar<Byte>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+  } catch (const std::exception& E) {
+    FUnexpectedEOF = dynamic_cast<const ELxTextParserEOF*>(&E) != nullptr;
+    const auto* Own = dynamic_cast<const Exception*>(&E);
+    FErrorHandler->FatalError(this, Own ? Own->Message() : UTF8ToString(E.what()));
+    throw;
+  }
+}
+
+} // namespace lorvane

@@ -1,0 +1,112 @@
+// Writing and undoing the escapes of JSON strings.
+#include "lorvane/json/LxJSONStrings.h"
+
+#include "lorvane/platform/SysUtils.h"
+
+#include <array>
+
+namespace lorvane {
+
+namespace {
+
+constexpr char16_t UpperHexDigits[] = u"0123456789ABCDEF";
+
+// What a unit below U+0100 turns into: 0 stays itself, 1 is dropped, other values are the
+// letter behind the backslash.
+constexpr Byte KeepUnit = 0, DropUnit = 1;
+constexpr auto EscapeTable = [] {
+  std::array<Byte, 256> Table{};
+  for (int C = 1; C <= 7; ++C)
+    Table[C] = DropUnit;
+  Table[0x08] = 'b', Table[0x09] = 't', Table[0x0A] = 'n', Table[0x0C] = 'f', Table[0x0D] = 'r';
+  Table['"'] = '"', Table['/'] = '/', Table['\\'] = '\\';
+  return Table;
+}();
+
+} // namespace
+
+UnicodeString LxStrToJSON(std::u16string_view AStr) {
+  UnicodeString Result;
+  Result.reserve(AStr.size() + AStr.size() / 8 + 8);
+  for (const char16_t C : AStr) {
+    if (C >= 0x100) {
+      const char16_t Escape[6] = {u'\\',
+                                  u'u',
+                                  UpperHexDigits[C >> 12],
+                                  UpperHexDigits[(C >> 8) & 15],
+                                  UpperHexDigits[(C >> 4) & 15],
+                                  UpperHexDigits[C & 15]};
+      Result.append(Escape, 6);
+      continue;
+    }
+    const Byte Action = EscapeTable[C];
+    if (Action == KeepUnit)
+      Result.push_back(C);
+    else if (Action != DropUnit)
+      Result.append({u'\\', static_cast<char16_t>(Action)});
+  }
+  return Result;
+}
+
+UnicodeString LxJSONtoStr(std::u16string_view AJSON, TLxJSONDataType AType) {
+  const bool DecodePercent = AType == jdtNumber;
+  std::size_t First = 0;
+  while (First < AJSON.size() && AJSON[First] != u'\\' && !(DecodePercent && AJSON[First] == u'%'))
+    ++First;
+  if (First == AJSON.size())
+    return UnicodeString(AJSON);
+
+  UnicodeString Result(AJSON.substr(0, First));
+  Result.reserve(AJSON.size());
+  std::size_t At = First;
+  // Reading at the end of the text gives NUL, as the text cursor does.
+  auto Read = [&]() -> char16_t { return At < AJSON.size() ? AJSON[At++] : char16_t(0); };
+  // Digits go through the text-to-integer conversion with the "$" prefix, so that bad digits
+  // raise its own EConvertError.
+  auto ReadDigits = [&](std::size_t ACount) {
+    UnicodeString Digits(1, u'$');
+    for (std::size_t Each = 0; Each < ACount; ++Each)
+      Digits.push_back(Read());
+    return StrToInt(Digits);
+  };
+  while (At < AJSON.size()) {
+    const char16_t C = Read();
+    if (C == u'%' && DecodePercent) {
+      Result.push_back(static_cast<char16_t>(ReadDigits(2) & 0xFF));
+      continue;
+    }
+    if (C != u'\\') {
+      Result.push_back(C);
+      continue;
+    }
+    const char16_t Next = Read();
+    switch (Next) {
+    case u'n':
+      Result.push_back(u'\n');
+      break;
+    case u'r':
+      Result.push_back(u'\r');
+      break;
+    case u't':
+      Result.push_back(u'\t');
+      break;
+    case u'f':
+      Result.push_back(u'\f');
+      break;
+    case u'b':
+      Result.push_back(u'\b');
+      break;
+    case u'u':
+      Result.push_back(static_cast<char16_t>(ReadDigits(4)));
+      break;
+    case u'%':
+      Result.push_back(static_cast<char16_t>(ReadDigits(2) & 0xFF));
+      break;
+    default: // the backslash, "/", the double quote, and any other character stand for themselves
+      Result.push_back(Next);
+    }
+  }
+  return Result;
+}
+
+} // namespace lorvane
