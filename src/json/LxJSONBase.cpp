@@ -65,36 +65,44 @@ void TLxJSONBase::FreeObject() {
 }
 
 void TLxJSONBase::DestroyObjects() {
-  if (FDestroyChilds && !FObjects.empty()) {
-    // The children go as FreeObject on each from the last to the first would take them, a
-    // value's own children before the value, but over a stack of our own: a tree may be as
-    // deep as any input.
-    std::vector<TLxJSONBase*> Pending;
-    TLxJSONBase* Node = this;
-    for (;;) {
-      if (Node->FDestroyChilds && !Node->FObjects.empty()) {
-        TLxJSONBase* Child = Node->FObjects.back();
-        Node->RemoveObject(Child);
-        Child->FOwner = nullptr;
-        if (Child->RefCount() > 0) {
-          Child->SetAutoDestroy(true);
-        } else {
-          Pending.push_back(Node);
-          Node = Child;
-        }
-        continue;
+  // Values listed by a value that doesn't own its children belong elsewhere: only the list's
+  // hold on them goes.
+  const auto Forget = [](TLxJSONBase* AList) {
+    if (!AList->FDestroyChilds)
+      for (TLxJSONBase* Child : AList->FObjects) {
+        Child->FRefCount.fetch_sub(1, std::memory_order_acq_rel);
+        if (Child->FOwner == AList)
+          Child->FOwner = nullptr;
       }
-      Node->FObjects.clear();
-      if (Node == this)
-        break;
-      TLxJSONBase* Done = Node;
-      Node = Pending.back();
-      Pending.pop_back();
-      // Without children or owner left, its own destruction walks nothing.
-      Done->Free();
+    AList->FObjects.clear();
+  };
+  // The children go as FreeObject on each from the last to the first would take them, a value's
+  // own children before the value, but over a stack of our own: a tree may be as deep as any
+  // input.
+  std::vector<TLxJSONBase*> Pending;
+  TLxJSONBase* Node = this;
+  for (;;) {
+    if (Node->FDestroyChilds && !Node->FObjects.empty()) {
+      TLxJSONBase* Child = Node->FObjects.back();
+      Node->RemoveObject(Child);
+      Child->FOwner = nullptr;
+      if (Child->RefCount() > 0) {
+        Child->SetAutoDestroy(true);
+      } else {
+        Pending.push_back(Node);
+        Node = Child;
+      }
+      continue;
     }
+    Forget(Node);
+    if (Node == this)
+      return;
+    TLxJSONBase* Done = Node;
+    Node = Pending.back();
+    Pending.pop_back();
+    // Without children or owner left, its own destruction walks nothing.
+    Done->Free();
   }
-  FObjects.clear();
 }
 
 [[noreturn]] void TLxJSONBase::RaiseNotSupported(std::u16string_view ALabel) {

@@ -3,6 +3,7 @@
 
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/json/LxJSONOutput.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
 #include "xmlutils/LxXMLValuesPrivate.h"
 #include "json/LxJSONWriter.h"
 
@@ -38,6 +39,9 @@ LxJSONString TLxJSONSimpleType::GetAsString() {
   case jdtNull:
     return LxJSONString();
   case jdtString:
+    // A date reads as it is written: its XML form without zone.
+    if (Kind == MainKind::DateTime)
+      return LxDateTimeToXML(FValue.AsDateTime(), tzfNone);
     return LxVarToStr(FValue, u"", false);
   case jdtNumber:
     return LxVarToJSON(FValue);

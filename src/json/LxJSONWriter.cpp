@@ -4,6 +4,7 @@
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
 #include "xmlutils/LxXMLValuesPrivate.h"
 
 namespace lorvane::jsonwriter {
@@ -150,8 +151,9 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
     return;
   case jdtString:
     Put(u'"');
+    // A date goes out as LxVarToJSON writes it, in its XML form without zone.
     if (Kind == MainKind::DateTime)
-      Put(LxVarToStr(Value, u"", false));
+      Put(LxDateTimeToXML(Value.AsDateTime(), tzfNone));
     else if (Kind == MainKind::String)
       WriteEscaped(Text);
     else

@@ -56,8 +56,8 @@ class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
   /// Out of the owner (if any); then destroyed now, or, while interface references are held,
   /// when the last of them goes.
   void FreeObject();
-  /// FreeObject on every child, last first (when this value owns its children); the children
-  /// are forgotten in any case.
+  /// FreeObject on every child, last first, when this value owns its children; otherwise only
+  /// this value's hold on them goes. The children are forgotten in any case.
   void DestroyObjects();
 
   /// The compact text.
@@ -218,8 +218,9 @@ class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
   Integer GetAsInteger() override;
   Int64 GetAsLargeInt() override;
   /// A held text as it is ("null" for a parsed null); otherwise by the type: jdtNull "",
-  /// jdtString the Variant's text, jdtNumber LxVarToJSON, jdtBoolean "true" or "false". Another
-  /// type raises ELxJSONException "Unexptected JSON type!" (code 6).
+  /// jdtString the Variant's text (a date its XML form without zone, as it is written),
+  /// jdtNumber LxVarToJSON, jdtBoolean "true" or "false". Another type raises ELxJSONException
+  /// "Unexptected JSON type!" (code 6).
   LxJSONString GetAsString() override;
   /// A copy of the value as it is held.
   Variant GetAsVariant() override;
@@ -232,6 +233,9 @@ class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
   /// The type by the Variant's kind: integers and floats jdtNumber; text and dates jdtString;
   /// booleans jdtBoolean; anything else, arrays too, jdtNull.
   void SetAsVariant(const Variant& AValue) override;
+  /// By the type: jdtNull "null"; jdtString the text escaped in double quotes (a date its XML
+  /// form without zone); jdtNumber and jdtBoolean held text unchanged ("1.50" stays "1.50"),
+  /// other values by LxVarToJSON and as "true" or "false".
   void SaveToStream(TStream* AStream, bool AFormatted, Integer ADepth,
                     bool AAddLeadingSpace) override;
 

@@ -1,0 +1,203 @@
+// JSON output: compact and indented text of the tree, simple values by type and kind, output in
+// blocks, Variants as JSON, and JSON dates.
+#include "lorvane/json/LxJSONOutput.h"
+
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/json/LxJSONValues.h"
+#include "support/TestHelpers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace lorvane {
+namespace {
+
+class JSONOutput : public test::LiveObjectsTest {};
+
+/// A stream that counts the writes it is given.
+class TCountingStream : public TLxMemoryStream {
+  LX_CLASS(TCountingStream, TLxMemoryStream)
+  TCountingStream() : TLxMemoryStream(Int64{0}) {}
+  Int64 Write(const void* ABuffer, Int64 ACount) override {
+    ++Writes;
+    return TLxMemoryStream::Write(ABuffer, ACount);
+  }
+  UnicodeString Text() const {
+    return UnicodeString(reinterpret_cast<const char16_t*>(Memory()),
+                         static_cast<std::size_t>(FSize / 2));
+  }
+  int Writes = 0;
+
+protected:
+  ~TCountingStream() override = default;
+};
+
+TEST_F(JSONOutput, CompactAndIndentedText) {
+  struct TCase {
+    std::u16string_view JSON, Compact, Formatted;
+  };
+  const TCase Cases[] = {
+      {u"{\"a\":1,\"b\":[true,false]}", u"{\"a\": 1, \"b\": [true, false]}",
+       u"{ \r\n  \"a\": 1, \"b\": [\r\n    true, false\r\n  ]\r\n}"},
+      {u"{}", u"{}", u"{ \r\n\r\n}"},
+      {u"[]", u"[]", u"[\r\n\r\n]"},
+      {u"[[1,{\"x\":[]}],2]", u"[[1, {\"x\": []}], 2]",
+       u"[\r\n  [\r\n    1, { \r\n      \"x\": [\r\n\r\n      ]\r\n    }\r\n  ], 2\r\n]"},
+      // Names stay raw when read and are escaped when written: the backslash doubles.
+      {u"{\"a\\n\":\"t\\tu\"}", u"{\"a\\\\n\": \"t\\tu\"}", u"{ \r\n  \"a\\\\n\": \"t\\tu\"\r\n}"},
+  };
+  for (const TCase& Case : Cases) {
+    TOwned<TLxJSONDocument> Doc(TLxJSONDocument::CreateFromJSON(LxJSONString(Case.JSON)));
+    SCOPED_TRACE(StringToUTF8(Case.JSON));
+    EXPECT_EQ(Doc->GetAsJSON(), Case.Compact);
+    EXPECT_EQ(Doc->GetFormattedJSON(), Case.Formatted);
+    EXPECT_EQ(LxFormatJSON(LxJSONString(Case.JSON)), Case.Compact);
+    EXPECT_EQ(LxFormatJSON(StringToUTF8(Case.JSON)), Case.Formatted);
+  }
+}
+
+TEST_F(JSONOutput, ValuesWriteTheirIndentOnlyWhenAsked) {
+  TOwned<TLxJSONDocument> Doc(TLxJSONDocument::CreateFromJSON(u"{\"m\":[7]}"));
+  TLxJSONMember* Member = Doc->FindMember(u"m");
+  TOwned<TCountingStream> Stream(New<TCountingStream>());
+  Member->SaveToStream(Stream.get(), true, 2, true);
+  Member->GetValueObj()->Item(0)->SaveToStream(Stream.get(), true, 1, false);
+  Member->SaveToStream(Stream.get(), false, 3, true);
+  EXPECT_EQ(Stream->Text(), u"    \"m\": [\r\n      7\r\n    ]7\"m\": [7]");
+  // A member without a value is written with null.
+  Doc->GetRootValue()->AddMember(u"n");
+  EXPECT_EQ(Doc->GetAsJSON(), u"{\"m\": [7], \"n\": null}");
+}
+
+TEST_F(JSONOutput, SimpleValuesByTypeAndHeldKind) {
+  struct TCase {
+    TLxJSONDataType Type;
+    Variant Held;
+    std::u16string_view Text;
+  };
+  const double Inf = std::numeric_limits<double>::infinity();
+  const TCase Cases[] = {
+      {jdtNull, Variant(5), u"null"},
+      {jdtString, Variant(u"a/b\u0100\""), u"\"a\\/b\\u0100\\\"\""},
+      {jdtString, Variant(12), u"\"12\""},
+      {jdtString, Variant(TDateTime(25570.25)), u"\"1970-01-02T06:00:00.000\""},
+      {jdtString, Variant(RawByteString("x/y")), u"\"x\\/y\""},
+      {jdtNumber, Variant(u"1.2.3"), u"1.2.3"},
+      {jdtNumber, Variant(1.5), u"1.5"},
+      {jdtNumber, Variant(-0.0), u"-0"},
+      {jdtNumber, Variant(Inf), u"null"},
+      {jdtNumber, Variant(true), u"true"},
+      {jdtBoolean, Variant(u"TRUE"), u"TRUE"},
+      {jdtBoolean, Variant(0), u"false"},
+      {jdtBoolean, Variant(u"x"), u"x"},
+  };
+  TOwned<TLxJSONDocument> Doc(New<TLxJSONDocument>());
+  TLxJSONBase* Value = Doc->CreateRootValue(jdtNull);
+  for (const TCase& Case : Cases) {
+    Value->SetAsVariant(Case.Held);
+    Value->SetJSONType(Case.Type);
+    EXPECT_EQ(Doc->GetAsJSON(), Case.Text);
+  }
+  // A simple value typed as a structure has no text.
+  Value->SetAsInteger(1);
+  Value->SetJSONType(jdtObject);
+  try {
+    Doc->GetAsJSON();
+    ADD_FAILURE() << "nothing raised";
+  } catch (const ELxJSONException& Error) {
+    EXPECT_EQ(Error.Message(), u"Unexptected JSON type!");
+    EXPECT_EQ(Error.ErrorCode(), cLxJSONErrUnexpectedType);
+  }
+  EXPECT_THROW(Value->GetAsString(), ELxJSONException);
+}
+
+TEST_F(JSONOutput, LargeTextGoesOutInBlocksAndFailuresKeepWhatCameBefore) {
+  TOwned<TLxJSONDocument> Doc(New<TLxJSONDocument>());
+  TLxJSONBase* Items = Doc->CreateRootValue(jdtArray);
+  for (int I = 0; I < 50000; ++I)
+    Items->AddValue(jdtString, u"item");
+  TOwned<TCountingStream> Stream(New<TCountingStream>());
+  Doc->SaveToStream(Stream.get(), false, 1200, false);
+  EXPECT_EQ(Stream->Text(), Doc->GetAsJSON());
+  EXPECT_GT(Stream->Text().size(), 300000u);
+  EXPECT_LT(Stream->Writes, 20);
+
+  TOwned<TLxJSONDocument> Bad(TLxJSONDocument::CreateFromJSON(u"[1,2]"));
+  Bad->Item(1)->SetJSONType(jdtArray);
+  TOwned<TCountingStream> Partial(New<TCountingStream>());
+  EXPECT_THROW(Bad->SaveToStream(Partial.get(), false, 1200, false), ELxJSONException);
+  EXPECT_EQ(Partial->Text(), u"[1, ");
+}
+
+TEST_F(JSONOutput, VariantsAsJSON) {
+  struct TCase {
+    Variant Value;
+    std::u16string_view JSON;
+    TLxJSONDataType Type;
+  };
+  const TCase Cases[] = {
+      {VarArrayOf({1, u"a", VarArrayOf({true})}), u"[1,\"a\",[true]]", jdtArray},
+      {Variant(Int64{-9007199254740993}), u"-9007199254740993", jdtNumber},
+      {Variant(std::numeric_limits<UInt64>::max()), u"18446744073709551615", jdtNumber},
+      {Variant(0.1), u"0.1", jdtNumber},
+      {Variant(-0.0), u"-0", jdtNumber},
+      {Variant(std::nan("")), u"null", jdtNumber},
+      {Variant(-std::numeric_limits<double>::infinity()), u"null", jdtNumber},
+      {Variant(false), u"false", jdtBoolean},
+      {Variant(u"\"\\\u0001"), u"\"\\\"\\\\\"", jdtString},
+      {Variant(TDateTime(0.5)), u"\"1899-12-30T12:00:00.000\"", jdtString},
+      {Null(), u"null", jdtNull},
+      {Variant(), u"null", jdtNull},
+  };
+  for (const TCase& Case : Cases) {
+    EXPECT_EQ(LxVarToJSON(Case.Value), Case.JSON);
+    EXPECT_EQ(LxVarTypeToJSONType(Case.Value), Case.Type) << StringToUTF8(Case.JSON);
+  }
+  Variant OneBased = VarArrayCreate({1, 2}, varInteger);
+  VarArrayPut(OneBased, 7, 2);
+  EXPECT_EQ(LxVarToJSON(OneBased), u"[0,7]");
+}
+
+TEST_F(JSONOutput, DatesFromMillisecondsAndXMLText) {
+  struct TCase {
+    std::u16string_view Text;
+    double Date, Time, DateTime;
+  };
+  const TCase Cases[] = {
+      {u"", 0, 0, 0},
+      {u"/Date(86400000)/", 25570, 1, 25570},
+      {u"/Date(129600000)/", 25570, 1.5, 25570.5},
+      {u"/Date(-43200000)/", 25568, -0.5, 25568.5},
+      {u"2020-02-29T18:00:00", 43890, 0.75, 43890.75},
+  };
+  for (const TCase& Case : Cases) {
+    SCOPED_TRACE(StringToUTF8(Case.Text));
+    EXPECT_DOUBLE_EQ(LxJSONToDate(Case.Text), Case.Date);
+    EXPECT_DOUBLE_EQ(LxJSONToTime(Case.Text), Case.Time);
+    EXPECT_DOUBLE_EQ(LxJSONToDateTime(Case.Text), Case.DateTime);
+    EXPECT_DOUBLE_EQ(LxJSONToDateTime(Variant(Case.Text), 9), Case.DateTime);
+  }
+  test::ExpectRaises<EConvertError>([] { LxJSONToDate(u"/Date(x)/"); },
+                                    u"'x' is not a valid integer value");
+  test::ExpectRaises<EConvertError>([] { LxJSONToTime(u"/"); }, u"'' is not a valid integer value");
+  EXPECT_DOUBLE_EQ(LxJSONToDateDef(u"x", 3), 3);
+  EXPECT_DOUBLE_EQ(LxJSONToTimeDef(u"/Date(z)/", 4), 4);
+  EXPECT_DOUBLE_EQ(LxJSONToDateTimeDef(u"/Date(0)/", 4), 25569);
+
+  EXPECT_DOUBLE_EQ(LxJSONToDate(Null(), 7), 7);
+  EXPECT_DOUBLE_EQ(LxJSONToTime(Variant(2.25), 7), 2.25) << "numbers are taken as they stand";
+  const std::pair<std::u16string_view, std::function<void()>> Failures[] = {
+      {u"The given value is not a valid Date value!", [] { LxJSONToDate(Variant(true), 0); }},
+      {u"The given value is not a valid Time value!", [] { LxJSONToTime(Variant(), 0); }},
+      {u"The given value is not a valid DateTime value!",
+       [] { LxJSONToDateTime(VarArrayOf({1}), 0); }},
+  };
+  for (const auto& [Message, Action] : Failures)
+    test::ExpectRaises<EConvertError>(Action, Message);
+}
+
+} // namespace
+} // namespace lorvane
