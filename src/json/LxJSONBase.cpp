@@ -13,6 +13,21 @@
 
 namespace lorvane {
 
+void TJSONChildList::erase(std::size_t AIndex) noexcept {
+  std::copy(FItems + AIndex + 1, FItems + FCount, FItems + AIndex);
+  --FCount;
+}
+
+void TJSONChildList::Grow() {
+  const std::size_t Capacity = FCapacity * 2;
+  auto* Items = new TLxJSONBase*[Capacity];
+  std::copy(FItems, FItems + FCount, Items);
+  if (FItems != &FFirst)
+    delete[] FItems;
+  FItems = Items;
+  FCapacity = Capacity;
+}
+
 TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
 
 TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
@@ -45,10 +60,12 @@ void TLxJSONBase::InsertObject(TLxJSONBase* AObject) {
 
 void TLxJSONBase::RemoveObject(TLxJSONBase* AObject) {
   // From the back: destruction and the handler take children off the end.
-  const auto Found = std::find(FObjects.rbegin(), FObjects.rend(), AObject);
-  if (Found == FObjects.rend())
+  std::size_t Index = FObjects.size();
+  while (Index > 0 && FObjects[Index - 1] != AObject)
+    --Index;
+  if (Index == 0)
     return;
-  FObjects.erase(std::next(Found).base());
+  FObjects.erase(Index - 1);
   // The owner's hold goes without a release: the caller decides what happens to the object.
   AObject->FRefCount.fetch_sub(1, std::memory_order_acq_rel);
 }

@@ -50,7 +50,7 @@ void TWriter::Write(TLxJSONBase* AValue, bool AFormatted, Integer ADepth, bool A
     if (FTarget && FText.size() >= BlockSize)
       Flush();
     TFrame& Top = FStack.back();
-    const std::vector<TLxJSONBase*>& Children = Top.Node->FObjects;
+    const TJSONChildList& Children = Top.Node->FObjects;
     if (Top.Next < Children.size()) {
       const std::size_t Index = Top.Next++;
       if (Top.Bracketed) {

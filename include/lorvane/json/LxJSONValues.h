@@ -31,6 +31,7 @@
 
 namespace lorvane {
 
+class TLxJSONBase;
 class TLxJSONMember;
 class TLxJSONObject;
 class TLxJSONArray;
@@ -40,6 +41,46 @@ class TLxJSONHandler;
 namespace jsonwriter {
 class TWriter;
 }
+
+/// The children of a value, in insertion order, owning none of them: an array of pointers that
+/// holds the first without allocating (a member has one child, its value) and grows on the heap
+/// beyond that.
+class TJSONChildList {
+public:
+  TJSONChildList() noexcept = default;
+  TJSONChildList(const TJSONChildList&) = delete;
+  TJSONChildList& operator=(const TJSONChildList&) = delete;
+  ~TJSONChildList() {
+    if (FItems != &FFirst)
+      delete[] FItems;
+  }
+
+  std::size_t size() const noexcept { return FCount; }
+  bool empty() const noexcept { return FCount == 0; }
+  TLxJSONBase*& operator[](std::size_t AIndex) noexcept { return FItems[AIndex]; }
+  TLxJSONBase* operator[](std::size_t AIndex) const noexcept { return FItems[AIndex]; }
+  TLxJSONBase* front() const noexcept { return FItems[0]; }
+  TLxJSONBase* back() const noexcept { return FItems[FCount - 1]; }
+  TLxJSONBase* const* begin() const noexcept { return FItems; }
+  TLxJSONBase* const* end() const noexcept { return FItems + FCount; }
+
+  void push_back(TLxJSONBase* AItem) {
+    if (FCount == FCapacity)
+      Grow();
+    FItems[FCount++] = AItem;
+  }
+  /// Closes the gap; the capacity stays.
+  void erase(std::size_t AIndex) noexcept;
+  void clear() noexcept { FCount = 0; }
+
+private:
+  void Grow();
+
+  TLxJSONBase** FItems = &FFirst;
+  std::size_t FCount = 0;
+  std::size_t FCapacity = 1;
+  TLxJSONBase* FFirst = nullptr;
+};
 
 class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
   LX_CLASS(TLxJSONBase, TLxObject)
@@ -190,7 +231,7 @@ protected:
   TLxJSONBase* FOwner;
   /// The children in insertion order; not owning (DestroyObjects frees them when
   /// FDestroyChilds says so).
-  std::vector<TLxJSONBase*> FObjects;
+  TJSONChildList FObjects;
   TLxJSONDataType FJSONType = jdtNull;
   bool FDestroyChilds = true;
 
