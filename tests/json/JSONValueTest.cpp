@@ -233,6 +233,20 @@ TEST_F(JSONValue, StructuresCantHoldTextAndNothingIsAddedThen) {
   EXPECT_EQ(Items->AddValue(jdtNumber, u"0x")->GetAsJSON(), u"0x");
 }
 
+TEST_F(JSONValue, ObjectsTakeOnlyMembersAndBareMembersTakeAValue) {
+  TLxJSONObject* Root = static_cast<TLxJSONObject*>(Doc->CreateRootValue(jdtObject));
+  const Int64 Before = Alive();
+  test::ExpectRaises<EAssertionFailed>([&] { New<TLxJSONArray>(Root); },
+                                       u"The children of a JSON object are members");
+  EXPECT_EQ(Alive(), Before) << "the refused value is gone again";
+  EXPECT_EQ(Root->Count(), 0);
+  TLxJSONMember* Bare = Root->AddMember(u"m");
+  TLxJSONBase* Made = Bare->AddValue(jdtArray);
+  EXPECT_EQ(Bare->GetValueObj(), Made);
+  EXPECT_EQ(Bare->GetAsArray(), Made);
+  EXPECT_EQ(Made->GetJSONType(), jdtArray);
+}
+
 TEST_F(JSONValue, IndexesOutOfBoundsRaiseTheListError) {
   TLxJSONBase* Root = Load(u"{\"a\":[1,2,3]}");
   TLxJSONArray* Items = Root->FindMember(u"a")->GetAsArray();
