@@ -7,6 +7,7 @@
 #include "lorvane/json/LxJSONHandler.h"
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/platform/Generics.h"
+#include "json/LxJSONNodePool.h"
 #include "json/LxJSONWriter.h"
 
 #include <algorithm>
@@ -44,6 +45,12 @@ HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
     return S_OK;
   }
   return TLxObject::QueryInterface(AIID, AObj);
+}
+
+void* TLxJSONBase::operator new(std::size_t ASize) { return jsonpool::Allocate(ASize); }
+
+void TLxJSONBase::operator delete(void* AMemory, std::size_t ASize) noexcept {
+  jsonpool::Release(AMemory, ASize);
 }
 
 void TLxJSONBase::BeforeDestruction() {

@@ -100,7 +100,9 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
   } else {
     RaiseMisplaced();
   }
-  Target->FValue = Variant(LxJSONtoStr(AValue, AValueType));
+  // Most texts have no escapes and go into the value as they are, without a string between.
+  Target->FValue = JSONTextHasEscapes(AValue, AValueType) ? Variant(LxJSONtoStr(AValue, AValueType))
+                                                          : Variant(std::u16string_view(AValue));
   Target->FJSONType = AValueType;
 }
 

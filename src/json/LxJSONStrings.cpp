@@ -48,11 +48,23 @@ UnicodeString LxStrToJSON(std::u16string_view AStr) {
   return Result;
 }
 
-UnicodeString LxJSONtoStr(std::u16string_view AJSON, TLxJSONDataType AType) {
+namespace {
+std::size_t FirstEscape(std::u16string_view AJSON, TLxJSONDataType AType) noexcept {
   const bool DecodePercent = AType == jdtNumber;
   std::size_t First = 0;
   while (First < AJSON.size() && AJSON[First] != u'\\' && !(DecodePercent && AJSON[First] == u'%'))
     ++First;
+  return First;
+}
+} // namespace
+
+bool JSONTextHasEscapes(std::u16string_view AJSON, TLxJSONDataType AType) noexcept {
+  return FirstEscape(AJSON, AType) < AJSON.size();
+}
+
+UnicodeString LxJSONtoStr(std::u16string_view AJSON, TLxJSONDataType AType) {
+  const bool DecodePercent = AType == jdtNumber;
+  const std::size_t First = FirstEscape(AJSON, AType);
   if (First == AJSON.size())
     return UnicodeString(AJSON);
 

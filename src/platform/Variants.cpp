@@ -6,15 +6,35 @@
 #include <atomic>
 #include <cfloat>
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <new>
 
 namespace lorvane {
 
 namespace detail {
 // Text is shared between copies and never changed in place; nil stands for the empty text.
+// The characters follow the header in the same allocation: a text costs one allocation.
 struct TVarText {
   std::atomic<Integer> Refs{1};
-  UnicodeString Value;
+  std::size_t Length;
+
+  static TVarText* Make(std::u16string_view AText) {
+    if (AText.empty())
+      return nullptr;
+    void* Memory = ::operator new(sizeof(TVarText) + AText.size() * sizeof(char16_t));
+    auto* Text = new (Memory) TVarText{{1}, AText.size()};
+    std::memcpy(Text->Chars(), AText.data(), AText.size() * sizeof(char16_t));
+    return Text;
+  }
+  static void Release(TVarText* AText) noexcept {
+    if (AText && AText->Refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      AText->~TVarText();
+      ::operator delete(AText);
+    }
+  }
+  char16_t* Chars() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
+  std::u16string_view View() noexcept { return {Chars(), Length}; }
 };
 struct TVarBytes {
   std::atomic<Integer> Refs{1};
@@ -166,8 +186,7 @@ struct VariantAccess {
       ABuffer = BytesToText(AValue.FData.Bytes->Value);
       return ABuffer;
     }
-    return AValue.FData.Text ? std::u16string_view(AValue.FData.Text->Value)
-                             : std::u16string_view();
+    return AValue.FData.Text ? AValue.FData.Text->View() : std::u16string_view();
   }
   static const RawByteString& Bytes(const Variant& AValue) noexcept {
     return AValue.FData.Bytes->Value;
@@ -193,10 +212,7 @@ struct VariantAccess {
   }
   static Variant MakeText(TVarType AType, UnicodeString AValue) {
     Variant Result;
-    if (!AValue.empty())
-      Result.FData.Text = new detail::TVarText{{1}, std::move(AValue)};
-    else
-      Result.FData.Text = nullptr;
+    Result.FData.Text = detail::TVarText::Make(AValue);
     Result.FType = AType;
     return Result;
   }
@@ -606,11 +622,7 @@ Variant& Variant::operator=(Variant&& AOther) noexcept {
 }
 
 Variant::Variant(std::u16string_view AValue) : FType(varUString) {
-  FData.Text = AValue.empty() ? nullptr : new detail::TVarText{{1}, UnicodeString(AValue)};
-}
-
-Variant::Variant(UnicodeString&& AValue) : FType(varUString) {
-  FData.Text = AValue.empty() ? nullptr : new detail::TVarText{{1}, std::move(AValue)};
+  FData.Text = detail::TVarText::Make(AValue);
 }
 
 Variant::Variant(const RawByteString& AValue) : FType(varString) {
@@ -648,8 +660,7 @@ void Variant::ReleasePayload() noexcept {
   switch (FType) {
   case varUString:
   case varOleStr:
-    if (FData.Text && FData.Text->Refs.fetch_sub(1, std::memory_order_acq_rel) == 1)
-      delete FData.Text;
+    detail::TVarText::Release(FData.Text);
     break;
   case varString:
     if (FData.Bytes->Refs.fetch_sub(1, std::memory_order_acq_rel) == 1)

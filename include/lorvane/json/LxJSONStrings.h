@@ -22,4 +22,8 @@ UnicodeString LxStrToJSON(std::u16string_view AStr);
 /// hexadecimal raise EConvertError.
 UnicodeString LxJSONtoStr(std::u16string_view AJSON, TLxJSONDataType AType);
 
+/// Whether LxJSONtoStr would change AJSON: it holds a backslash, or with jdtNumber a percent
+/// sign. Most texts hold neither, and a caller can then take them as they are.
+bool JSONTextHasEscapes(std::u16string_view AJSON, TLxJSONDataType AType) noexcept;
+
 } // namespace lorvane

@@ -87,6 +87,11 @@ class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
   /// With an owner: AutoDestroy off, and the owner takes the value as its last child.
   explicit TLxJSONBase(TLxJSONBase* AOwner);
 
+  /// Values come from a pool of their own: a tree has many of a few small sizes, made and
+  /// freed together. The memory of freed values is kept for new ones.
+  static void* operator new(std::size_t ASize);
+  static void operator delete(void* AMemory, std::size_t ASize) noexcept;
+
   HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
 
   /// Adds AObject as the last child and counts the owner's hold as an interface reference.

@@ -140,8 +140,6 @@ public:
   Variant(TDateTime AValue) noexcept : FType(varDate) { FData.Double = AValue.Value; }
   Variant(std::u16string_view AValue);
   Variant(const UnicodeString& AValue) : Variant(std::u16string_view(AValue)) {}
-  /// Takes over the string's buffer: no copy of the characters.
-  Variant(UnicodeString&& AValue);
   /// Nil is the empty text.
   Variant(const char16_t* AValue)
       : Variant(AValue ? std::u16string_view(AValue) : std::u16string_view()) {}
