@@ -30,12 +30,12 @@ struct TFreeChunk {
 constexpr std::size_t ClassOf(std::size_t ASize) noexcept { return (ASize - 1) / Granule; }
 constexpr std::size_t ChunkSize(std::size_t AClass) noexcept { return (AClass + 1) * Granule; }
 
-// Blocks are never freed; free chunks that a thread leaves behind when it ends wait here for
-// the next thread that runs short.
+// Blocks are never freed; the free lists that a thread leaves behind when it ends wait here,
+// whole, for the next thread that runs short.
 struct TShared {
   std::mutex Lock;
   std::vector<void*> Blocks;
-  TFreeChunk* Orphans[ClassCount] = {};
+  std::vector<TFreeChunk*> Orphans[ClassCount];
 };
 
 TShared& Shared() {
@@ -51,8 +51,8 @@ thread_local bool CacheGone = false;
 void Orphan(TFreeChunk* AChunk, std::size_t AClass) {
   TShared& S = Shared();
   const std::lock_guard<std::mutex> Guard(S.Lock);
-  AChunk->Next = S.Orphans[AClass];
-  S.Orphans[AClass] = AChunk;
+  AChunk->Next = nullptr;
+  S.Orphans[AClass].push_back(AChunk);
 }
 
 struct TThreadCache {
@@ -64,19 +64,17 @@ struct TThreadCache {
     TShared& S = Shared();
     const std::lock_guard<std::mutex> Guard(S.Lock);
     for (std::size_t C = 0; C < ClassCount; ++C)
-      while (TFreeChunk* Chunk = Free[C]) {
-        Free[C] = Chunk->Next;
-        Chunk->Next = S.Orphans[C];
-        S.Orphans[C] = Chunk;
-      }
+      if (Free[C])
+        S.Orphans[C].push_back(Free[C]);
     CacheGone = true;
   }
 
   void* Refill(std::size_t AClass) {
     TShared& S = Shared();
     const std::lock_guard<std::mutex> Guard(S.Lock);
-    if (TFreeChunk* Adopted = S.Orphans[AClass]) {
-      S.Orphans[AClass] = nullptr;
+    if (!S.Orphans[AClass].empty()) {
+      TFreeChunk* Adopted = S.Orphans[AClass].back();
+      S.Orphans[AClass].pop_back();
       Free[AClass] = Adopted->Next;
       return Adopted;
     }

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <thread>
 
 namespace lorvane {
 namespace {
@@ -441,6 +442,33 @@ TEST_F(JSONValue, AMillionLevelsLoadWriteAndFree) {
   Held = nullptr;
   // Left: the document, the root, and a member and an object for each level above the middle.
   EXPECT_EQ(Alive(), static_cast<Int64>(Depth) + 2);
+}
+
+} // namespace
+} // namespace lorvane
+
+namespace lorvane {
+namespace {
+
+// Values are pooled per thread: memory freed on another thread, or left behind by a thread that
+// ended, must serve later values whole.
+TEST_F(JSONValue, TreesMadeAndFreedOnOtherThreadsStaySound) {
+  auto Build = [](int AItems) {
+    TLxJSONDocument* Document = New<TLxJSONDocument>();
+    auto* Items = static_cast<TLxJSONArray*>(Document->CreateRootValue(jdtArray));
+    for (int I = 0; I < AItems; ++I)
+      Items->AddValue(jdtObject)->AddMember(u"n", Variant(I));
+    return Document;
+  };
+  TLxJSONDocument* Made = nullptr;
+  std::thread([&] { Made = Build(20000); }).join();
+  std::thread([&] { Made->Free(); }).join();
+  TOwned<TLxJSONDocument> Again(Build(30000));
+  EXPECT_EQ(Again->Item(29999)->GetMember(u"n")->GetAsInteger(), 29999);
+  std::thread([&] {
+    TOwned<TLxJSONDocument> Other(Build(30000));
+    EXPECT_EQ(Other->GetAsJSON().substr(0, 21), u"[{\"n\": 0}, {\"n\": 1}, ");
+  }).join();
 }
 
 } // namespace
