@@ -1,6 +1,7 @@
 // The tree builder: reader events become values under a cursor that follows the nesting.
 #include "lorvane/json/LxJSONHandler.h"
 
+#include "lorvane/json/LxFormURLEncodedJSONReader.h"
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/platform/Generics.h"
@@ -14,7 +15,9 @@ namespace {
 } // namespace
 
 TLxJSONHandler::TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo)
-    : FReader(AJSONReader), FCurrValue(AAddTo) {}
+    : FReader(AJSONReader), FCurrValue(AAddTo),
+      FFormPost(AJSONReader &&
+                AJSONReader->InheritsFrom(TLxFormURLEncodedJSONReader::StaticClass())) {}
 
 HRESULT TLxJSONHandler::QueryInterface(const TGUID& AIID, void** AObj) {
   if (AIID == ILxJSONContentHandler::IID) {
@@ -36,10 +39,14 @@ void TLxJSONHandler::Warning(ILxJSONLocator*, const LxJSONString&) {}
 void TLxJSONHandler::Error(ILxJSONLocator*, const LxJSONString&) {}
 void TLxJSONHandler::FatalError(ILxJSONLocator*, const LxJSONString&) {}
 
-void TLxJSONHandler::StartObject() { StartStructure(jdtObject); }
+void TLxJSONHandler::StartObject() {
+  StartStructure(jdtObject);
+  if (FFormPost && !FFormObject)
+    FFormObject = FCurrValue;
+}
 void TLxJSONHandler::StartArray() { StartStructure(jdtArray); }
-void TLxJSONHandler::EndObject() { EndStructure(); }
-void TLxJSONHandler::EndArray() { EndStructure(); }
+void TLxJSONHandler::EndObject() { EndStructure(jdtObject); }
+void TLxJSONHandler::EndArray() { EndStructure(jdtArray); }
 
 void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
   TLxJSONBase* Cursor = FCurrValue;
@@ -106,10 +113,19 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
   Target->FJSONType = AValueType;
 }
 
-void TLxJSONHandler::EndStructure() {
+void TLxJSONHandler::EndStructure(TLxJSONDataType AValueType) {
   // A cursor that has climbed out of the tree already stays where it is.
   if (!FCurrValue)
     return;
+  if (FFormPost) {
+    // The closing call leaves the nearest value of its kind, but never the form's object.
+    TLxJSONBase* Closed = FCurrValue;
+    while (Closed && Closed != FFormObject && Closed->GetJSONType() != AValueType)
+      Closed = Closed->FOwner;
+    if (!Closed || Closed == FFormObject)
+      return;
+    FCurrValue = Closed;
+  }
   TLxJSONBase* Cursor = FCurrValue->FOwner;
   while (Cursor && Cursor->FKind != TLxJSONBase::TKind::Object &&
          Cursor->FKind != TLxJSONBase::TKind::Array &&

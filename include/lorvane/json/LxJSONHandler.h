@@ -21,6 +21,11 @@ class TLxJSONReader;
 ///                            string whatever its type, and is typed AValueType
 ///   EndObject, EndArray      the cursor climbs to the owner, and on over members, to the next
 ///                            object, array or document (nil at the top). A nil cursor stays nil.
+/// A form post reader (TLxFormURLEncodedJSONReader) sends closing calls that don't pair with
+/// the opening ones (an EndObject for a member whose value was an array, or at the change of an
+/// array index). For its events a closing call leaves the nearest value of its own kind under
+/// the cursor's path (EndObject an object, EndArray an array), climbing over values of the other
+/// kind, and never leaves the form's object: every pair of the form lands where its name says.
 /// Anything else raises: a structure or value where the tree can't take it (on a simple value,
 /// on nil, a simple value on a document or member, an array or value on an object without
 /// members) ELxJSONException "oeps?" (code 0); a member outside an object Exception "Invalid
@@ -61,8 +66,13 @@ protected:
   TLxJSONBase* FCurrValue;
 
 private:
+  /// The events come from a form post reader.
+  bool FFormPost;
+  /// The form's object, out of which closing calls of a form post don't climb.
+  TLxJSONBase* FFormObject = nullptr;
+
   void StartStructure(TLxJSONDataType AValueType);
-  void EndStructure();
+  void EndStructure(TLxJSONDataType AValueType);
 };
 
 } // namespace lorvane
