@@ -1,6 +1,8 @@
 // The document hooks: storage for the document modules' functions, and the calls through them.
 #include "lorvane/classes/LxDocumentHooks.h"
 
+#include "startup/LxLibraryStartup.h"
+
 #include <utility>
 
 namespace lorvane {
@@ -14,9 +16,16 @@ struct TDocumentHooks {
   TGetDocumentValueFunc GetJSONValue;
 };
 
-// A function-local static: constructed on first use, never by a static constructor.
+// A function-local static: constructed on first use, never by a static constructor. The
+// document modules' makers are in place before anyone reads or sets a hook.
 TDocumentHooks& Hooks() {
-  static TDocumentHooks Instance;
+  static TDocumentHooks Instance = [] {
+    const startup::TDocumentMakers Makers = startup::DocumentMakers();
+    TDocumentHooks Registered;
+    Registered.CreateXML = Makers.XML;
+    Registered.CreateJSON = Makers.JSON;
+    return Registered;
+  }();
   return Instance;
 }
 

@@ -5,9 +5,10 @@
 ///   CreateXMLDocument, CreateJSONDocument    make a document through the hook
 ///   GetXMLDocumentValue, GetJSONDocumentValue  read a value through the hook
 ///
-/// The document modules register their functions during the library's initialization; a hook is
-/// plain storage, written once at start and read without a lock afterwards. Registering an empty
-/// function clears a hook again.
+/// The library's start-up puts the document makers of its XML and JSON modules into the two
+/// creating hooks before a hook is first read or set; the value readers come with path
+/// selection. A hook is plain storage, written at start and read without a lock afterwards; an
+/// application may set its own function, and an empty function clears a hook.
 #pragma once
 
 #include "lorvane/platform/Variants.h"
