@@ -11,21 +11,25 @@
 #include "json/LxJSONWriter.h"
 
 #include <algorithm>
+#include <new>
 
 namespace lorvane {
 
 void TJSONChildList::erase(std::size_t AIndex) noexcept {
-  std::copy(FItems + AIndex + 1, FItems + FCount, FItems + AIndex);
+  TLxJSONBase** Items = data();
+  std::copy(Items + AIndex + 1, Items + FCount, Items + AIndex);
   --FCount;
 }
 
 void TJSONChildList::Grow() {
-  const std::size_t Capacity = FCapacity * 2;
+  if (FCapacity > UINT32_MAX / 2)
+    throw std::bad_alloc();
+  const std::uint32_t Capacity = FCapacity * 2;
   auto* Items = new TLxJSONBase*[Capacity];
-  std::copy(FItems, FItems + FCount, Items);
-  if (FItems != &FFirst)
-    delete[] FItems;
-  FItems = Items;
+  std::copy(data(), data() + FCount, Items);
+  if (FCapacity > 1)
+    delete[] FItems.Many;
+  FItems.Many = Items;
   FCapacity = Capacity;
 }
 
@@ -107,6 +111,10 @@ void TLxJSONBase::DestroyObjects() {
   TLxJSONBase* Node = this;
   for (;;) {
     if (Node->FDestroyChilds && !Node->FObjects.empty()) {
+      const std::size_t Count = Node->FObjects.size();
+      // The walk is bound by memory latency: ask for the next siblings while this one goes.
+      if (Count > 2)
+        __builtin_prefetch(Node->FObjects[Count - 3], 1);
       TLxJSONBase* Child = Node->FObjects.back();
       Node->RemoveObject(Child);
       Child->FOwner = nullptr;

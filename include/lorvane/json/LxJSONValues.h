@@ -26,6 +26,7 @@
 #include "lorvane/json/LxJSONValueInterfaces.h"
 #include "lorvane/platform/Variants.h"
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -42,44 +43,48 @@ namespace jsonwriter {
 class TWriter;
 }
 
-/// The children of a value, in insertion order, owning none of them: an array of pointers that
-/// holds the first without allocating (a member has one child, its value) and grows on the heap
-/// beyond that.
+/// The children of a value, in insertion order, owning none of them: one child is held in
+/// place (a member has one, its value) and more go to an array on the heap. Sixteen bytes, for
+/// every value of a tree has one.
 class TJSONChildList {
 public:
   TJSONChildList() noexcept = default;
   TJSONChildList(const TJSONChildList&) = delete;
   TJSONChildList& operator=(const TJSONChildList&) = delete;
   ~TJSONChildList() {
-    if (FItems != &FFirst)
-      delete[] FItems;
+    if (FCapacity > 1)
+      delete[] FItems.Many;
   }
 
   std::size_t size() const noexcept { return FCount; }
   bool empty() const noexcept { return FCount == 0; }
-  TLxJSONBase*& operator[](std::size_t AIndex) noexcept { return FItems[AIndex]; }
-  TLxJSONBase* operator[](std::size_t AIndex) const noexcept { return FItems[AIndex]; }
-  TLxJSONBase* front() const noexcept { return FItems[0]; }
-  TLxJSONBase* back() const noexcept { return FItems[FCount - 1]; }
-  TLxJSONBase* const* begin() const noexcept { return FItems; }
-  TLxJSONBase* const* end() const noexcept { return FItems + FCount; }
+  TLxJSONBase*& operator[](std::size_t AIndex) noexcept { return data()[AIndex]; }
+  TLxJSONBase* operator[](std::size_t AIndex) const noexcept { return data()[AIndex]; }
+  TLxJSONBase* front() const noexcept { return data()[0]; }
+  TLxJSONBase* back() const noexcept { return data()[FCount - 1]; }
+  TLxJSONBase* const* begin() const noexcept { return data(); }
+  TLxJSONBase* const* end() const noexcept { return data() + FCount; }
 
   void push_back(TLxJSONBase* AItem) {
     if (FCount == FCapacity)
       Grow();
-    FItems[FCount++] = AItem;
+    data()[FCount++] = AItem;
   }
   /// Closes the gap; the capacity stays.
   void erase(std::size_t AIndex) noexcept;
   void clear() noexcept { FCount = 0; }
 
 private:
+  TLxJSONBase** data() noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
+  TLxJSONBase* const* data() const noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
   void Grow();
 
-  TLxJSONBase** FItems = &FFirst;
-  std::size_t FCount = 0;
-  std::size_t FCapacity = 1;
-  TLxJSONBase* FFirst = nullptr;
+  union {
+    TLxJSONBase* One;
+    TLxJSONBase** Many;
+  } FItems{nullptr};
+  std::uint32_t FCount = 0;
+  std::uint32_t FCapacity = 1;
 };
 
 class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
