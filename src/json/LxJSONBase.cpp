@@ -7,7 +7,7 @@
 #include "lorvane/json/LxJSONHandler.h"
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/platform/Generics.h"
-#include "json/LxJSONNodePool.h"
+#include "platform/SmallObjectPool.h"
 #include "json/LxJSONWriter.h"
 
 #include <algorithm>
@@ -51,10 +51,10 @@ HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
   return TLxObject::QueryInterface(AIID, AObj);
 }
 
-void* TLxJSONBase::operator new(std::size_t ASize) { return jsonpool::Allocate(ASize); }
+void* TLxJSONBase::operator new(std::size_t ASize) { return smallpool::Allocate(ASize); }
 
 void TLxJSONBase::operator delete(void* AMemory, std::size_t ASize) noexcept {
-  jsonpool::Release(AMemory, ASize);
+  smallpool::Release(AMemory, ASize);
 }
 
 void TLxJSONBase::BeforeDestruction() {

@@ -2,6 +2,7 @@
 #include "lorvane/platform/Variants.h"
 
 #include "lorvane/platform/CodePages.h"
+#include "platform/SmallObjectPool.h"
 
 #include <atomic>
 #include <cfloat>
@@ -22,16 +23,20 @@ struct TVarText {
   static TVarText* Make(std::u16string_view AText) {
     if (AText.empty())
       return nullptr;
-    void* Memory = ::operator new(sizeof(TVarText) + AText.size() * sizeof(char16_t));
+    void* Memory = smallpool::Allocate(SizeFor(AText.size()));
     auto* Text = new (Memory) TVarText{{1}, AText.size()};
     std::memcpy(Text->Chars(), AText.data(), AText.size() * sizeof(char16_t));
     return Text;
   }
   static void Release(TVarText* AText) noexcept {
     if (AText && AText->Refs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      const std::size_t Size = SizeFor(AText->Length);
       AText->~TVarText();
-      ::operator delete(AText);
+      smallpool::Release(AText, Size);
     }
+  }
+  static std::size_t SizeFor(std::size_t ALength) noexcept {
+    return sizeof(TVarText) + ALength * sizeof(char16_t);
   }
   char16_t* Chars() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
   std::u16string_view View() noexcept { return {Chars(), Length}; }

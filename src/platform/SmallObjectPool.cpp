@@ -1,6 +1,6 @@
-// The JSON value pool: free lists per size and thread over blocks that live as long as the
+// The small object pool: free lists per size and thread over blocks that live as long as the
 // process.
-#include "json/LxJSONNodePool.h"
+#include "platform/SmallObjectPool.h"
 
 #include <mutex>
 #include <new>
@@ -14,7 +14,7 @@
 #endif
 #endif
 
-namespace lorvane::jsonpool {
+namespace lorvane::smallpool {
 
 namespace {
 
@@ -133,4 +133,4 @@ void Release(void* AMemory, std::size_t ASize) noexcept {
   ::operator delete(AMemory);
 }
 
-} // namespace lorvane::jsonpool
+} // namespace lorvane::smallpool
