@@ -39,6 +39,8 @@ case "$task" in
     ./build/example_demo
     echo "== examples/dom_demo.cpp on tests/data/catalog.xml"
     ./build/example_dom_demo tests/data/catalog.xml
+    echo "== examples/json_demo.cpp on tests/data/orders.json"
+    ./build/example_json_demo tests/data/orders.json
     ;;
   test)
     install_missing
