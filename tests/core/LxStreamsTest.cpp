@@ -300,6 +300,36 @@ TEST(LxUTF8StreamAdapter, FreeWritesAHighSurrogateStillWaiting) {
   EXPECT_EQ(Run.Output(), "a\xef\xbf\xbd");
 }
 
+// Runs of ASCII are narrowed many units at a time: every mix and position of other units, and
+// every split of the writes, must come out as one conversion of the whole text would.
+TEST(LxUTF8StreamAdapter, MixedRunsComeOutAsOneConversion) {
+  const char16_t Pieces[] = {u'a', u'~', 0x7F, 0x80, 0xE9, 0x65E5, 0xD83D, 0xDE00, 0xDC00};
+  std::u16string Text;
+  unsigned Seed = 7;
+  for (int I = 0; I < 5000; ++I) {
+    Seed = Seed * 1103515245u + 12345u;
+    const unsigned Pick = (Seed >> 16) % 40;
+    Text += Pick < 9 ? Pieces[Pick] : char16_t(u'a' + Pick % 26); // mostly ASCII
+  }
+  const std::string Bytes = BytesOf(Text);
+  AdapterRun Whole(/*AWriteMark=*/false);
+  Whole.Write(Bytes);
+  Whole.Adapter->Flush();
+  for (std::size_t Step : {3, 17, 64, 1001}) {
+    AdapterRun Run(/*AWriteMark=*/false);
+    for (std::size_t I = 0; I < Bytes.size(); I += Step)
+      Run.Write(Bytes.substr(I, Step));
+    Run.Adapter->Flush();
+    EXPECT_EQ(Run.Output(), Whole.Output()) << "step " << Step;
+  }
+  // The reference: every unit on its own, which the run path never sees.
+  AdapterRun Single(/*AWriteMark=*/false);
+  for (std::size_t I = 0; I < Bytes.size(); I += 2)
+    Single.Write(Bytes.substr(I, 2));
+  Single.Adapter->Flush();
+  EXPECT_EQ(Whole.Output(), Single.Output());
+}
+
 TEST(LxUTF8StreamAdapter, CopiesALargeStringStream) {
   std::u16string Text;
   for (int I = 0; I < 3000; ++I)
