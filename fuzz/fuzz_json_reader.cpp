@@ -1,0 +1,163 @@
+// Fuzz target of the JSON event reader and the value tree: the text read in every code page
+// choice from a buffer and from a stream that hands out small pieces, then loaded into a tree,
+// written compact and formatted, and the written text read again. Only the library's documented
+// failures are expected.
+#include "lorvane/uLxJSON.h"
+
+#include "lorvane/core/LxStreams.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace lorvane {
+namespace {
+
+/// Reads every character of every argument, so that a bad string shows as a sanitizer report.
+class TTouchingHandler : public TLxObject,
+                         public ILxJSONContentHandler,
+                         public ILxJSONErrorHandler {
+  LX_CLASS(TTouchingHandler, TLxObject)
+  TTouchingHandler() { SetAutoDestroy(false); }
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
+    if (AIID == ILxJSONContentHandler::IID)
+      *AObj = static_cast<ILxJSONContentHandler*>(this);
+    else if (AIID == ILxJSONErrorHandler::IID)
+      *AObj = static_cast<ILxJSONErrorHandler*>(this);
+    else
+      return TLxObject::QueryInterface(AIID, AObj);
+    _AddRef();
+    return S_OK;
+  }
+
+  void SetDocumentLocator(ILxJSONLocator*) override { __builtin_trap(); }
+  void StartDocument() override { ++FDepth; }
+  void StartObject() override { ++FDepth; }
+  void StartMember(const LxJSONString& AName) override { Touch(AName); }
+  void StartArray() override { ++FDepth; }
+  void Value(TLxJSONDataType AType, const LxJSONString& AValue) override {
+    if (AType > jdtBoolean)
+      __builtin_trap();
+    Touch(AValue);
+  }
+  void EndArray() override { --FDepth; }
+  void EndMember() override {}
+  void EndObject() override { --FDepth; }
+  void EndDocument() override {
+    // The reader sends one end for every start it has sent when the text is read whole.
+    if (--FDepth != 0)
+      __builtin_trap();
+  }
+  void Warning(ILxJSONLocator*, const LxJSONString&) override { __builtin_trap(); }
+  void Error(ILxJSONLocator*, const LxJSONString&) override { __builtin_trap(); }
+  void FatalError(ILxJSONLocator* ALocator, const LxJSONString& AMessage) override {
+    FSum += static_cast<unsigned>(ALocator->GetLineNr() + ALocator->GetColNr());
+    Touch(ALocator->GetPublicID());
+    Touch(AMessage);
+  }
+
+  void Reset() { FDepth = 0; }
+  unsigned Sum() const noexcept { return FSum; }
+
+protected:
+  ~TTouchingHandler() override = default;
+
+private:
+  void Touch(const LxJSONString& AText) {
+    for (char16_t C : AText)
+      FSum += C;
+  }
+  long FDepth = 0;
+  unsigned FSum = 0;
+};
+
+/// A stream that hands out at most a few bytes per Read, so that the reader refills its window
+/// in the middle of every kind of token.
+class TPieceStream : public TStream {
+  LX_CLASS(TPieceStream, TStream)
+  TPieceStream(const uint8_t* AData, size_t ASize, size_t APiece)
+      : FData(AData), FSize(ASize), FPiece(APiece) {}
+  Int64 Read(void* ABuffer, Int64 ACount) override {
+    const size_t Count = std::min({static_cast<size_t>(ACount), FPiece, FSize - FPosition});
+    std::memcpy(ABuffer, FData + FPosition, Count);
+    FPosition += Count;
+    return static_cast<Int64>(Count);
+  }
+  Int64 Write(const void*, Int64) override { return 0; }
+  Int64 Seek(Int64 AOffset, TSeekOrigin AOrigin) override {
+    const Int64 Base = AOrigin == soBeginning ? 0
+                       : AOrigin == soCurrent ? Int64(FPosition)
+                                              : Int64(FSize);
+    FPosition = static_cast<size_t>(std::clamp<Int64>(Base + AOffset, 0, Int64(FSize)));
+    return static_cast<Int64>(FPosition);
+  }
+
+protected:
+  ~TPieceStream() override = default;
+
+private:
+  const uint8_t* FData;
+  size_t FSize;
+  size_t FPiece;
+  size_t FPosition = 0;
+};
+
+constexpr Word CodePages[] = {0, 65001, 1200, 1252, 932};
+
+/// The documented failures of reading JSON; anything else escapes and is a finding.
+template <class F> void Guarded(F&& AAction) {
+  try {
+    AAction();
+  } catch (const ELxException&) {
+  } catch (const EConvertError&) {
+  } catch (const EInvalidCast&) {
+  } catch (const Exception& E) {
+    const UnicodeString& M = E.Message();
+    if (M != u"The specified encoding is not supported!" && M != u"Invalid objecttype")
+      throw;
+  }
+}
+
+} // namespace
+} // namespace lorvane
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
+  using namespace lorvane;
+  if (ASize == 0)
+    return 0;
+  const uint8_t Choice = AData[0];
+  const uint8_t* Text = AData + 1;
+  const size_t Size = ASize - 1;
+  const Word CodePage = CodePages[Choice % std::size(CodePages)];
+
+  TOwned<TTouchingHandler> Handler(New<TTouchingHandler>());
+  TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
+  Reader->SetContentHandler(Handler.get());
+  Reader->SetErrorHandler(Handler.get());
+  Guarded([&] { Reader->ParseBuffer(Text, static_cast<Cardinal>(Size), CodePage); });
+  Handler->Reset();
+  Guarded([&] {
+    TOwned<TPieceStream> Stream(New<TPieceStream>(Text, Size, 1 + (Choice >> 5)));
+    Reader->ParseStream(Stream.get(), CodePage);
+  });
+  Reader.reset(); // it holds interfaces on the handler
+
+  TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
+  Guarded([&] {
+    TOwned<TLxMemoryStream> Stream(
+        New<TLxMemoryStream>(static_cast<const void*>(Text), static_cast<Int64>(Size)));
+    Document->LoadFromStream(Stream.get(), CodePage, false);
+  });
+  Guarded([&] {
+    const LxJSONString Compact = Document->GetAsJSON();
+    const LxJSONString Formatted = Document->GetFormattedJSON();
+    TOwned<TLxJSONDocument> Again(New<TLxJSONDocument>());
+    Again->SetAsJSON(Compact);
+    Again->SetAsJSON(Formatted);
+  });
+  volatile unsigned Sink = Handler->Sum();
+  (void)Sink;
+  return 0;
+}
