@@ -16,6 +16,14 @@
 
 namespace lorvane::smallpool {
 
+#if defined(LORVANE_POOL_BYPASS)
+
+void* Allocate(std::size_t ASize) { return ::operator new(ASize); }
+
+void Release(void* AMemory, std::size_t) noexcept { ::operator delete(AMemory); }
+
+#else
+
 namespace {
 
 constexpr std::size_t Granule = 16;
@@ -96,7 +104,6 @@ thread_local TThreadCache Cache;
 } // namespace
 
 void* Allocate(std::size_t ASize) {
-#if !defined(LORVANE_POOL_BYPASS)
   if (ASize != 0 && ASize <= MaxPooled && !CacheGone) {
     const std::size_t C = ClassOf(ASize);
     if (TFreeChunk* Chunk = Cache.Free[C]) {
@@ -110,14 +117,12 @@ void* Allocate(std::size_t ASize) {
     }
     return Cache.Refill(C);
   }
-#endif
   // Past this thread's end, a value gets memory of the size its class would have in the pool,
   // since Release takes it back into a free list.
   return ::operator new(ASize <= MaxPooled && ASize != 0 ? ChunkSize(ClassOf(ASize)) : ASize);
 }
 
 void Release(void* AMemory, std::size_t ASize) noexcept {
-#if !defined(LORVANE_POOL_BYPASS)
   if (AMemory && ASize != 0 && ASize <= MaxPooled) {
     const std::size_t C = ClassOf(ASize);
     auto* Chunk = static_cast<TFreeChunk*>(AMemory);
@@ -129,8 +134,9 @@ void Release(void* AMemory, std::size_t ASize) noexcept {
     Cache.Free[C] = Chunk;
     return;
   }
-#endif
   ::operator delete(AMemory);
 }
+
+#endif
 
 } // namespace lorvane::smallpool
