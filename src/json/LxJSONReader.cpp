@@ -15,6 +15,9 @@ namespace {
 const TLxCharSet NumberChars = TLxCharSet::Range('0', '9') + TLxCharSet{'.', '-', '+', 'e', 'E'};
 
 constexpr std::u16string_view ValueStarts = u"\", t, f, n, 0..9, ., + or -";
+// The keywords as handlers receive them.
+const LxJSONString KeywordFalse = u"false", KeywordNull = u"null", KeywordTrue = u"true";
+
 constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
 
 // The grammar over the text cursor, for one width of raw unit: Byte for UTF-8 and single-byte
@@ -69,6 +72,14 @@ private:
   void StepDelimiter() { P->SetRawCursor(P->RawCursor() + sizeof(TUnit)); }
   /// Over one character, whatever it is; raises ELxTextParserEOF at the end.
   void StepCharacter() { P->MoveNext(); }
+  /// Over the delimiter that a skip to it stopped at; at the end of the text, where the skip
+  /// found none, this raises ELxTextParserEOF.
+  void StepOver(char AExpected) {
+    if (Curr() == static_cast<TUnit>(AExpected))
+      StepDelimiter();
+    else
+      StepCharacter();
+  }
 
   template <class TPredicate> void SkipWhile(TPredicate AKeepGoing) {
     for (;;) {
@@ -143,9 +154,9 @@ private:
         H->EndArray();
       else
         H->EndObject();
-      FOpen.pop_back();
       // Over the "]" or "}"; at the end of the text this raises ELxTextParserEOF.
-      StepCharacter();
+      StepOver(FOpen.back() == OpenArray ? ']' : '}');
+      FOpen.pop_back();
       if (FOpen.empty())
         return;
     }
@@ -174,9 +185,9 @@ private:
     SkipTo("\"");
     ReadString(FName);
     H->StartMember(FName);
-    StepCharacter();
+    StepOver('"');
     SkipTo(":");
-    StepCharacter();
+    StepOver(':');
     SkipBlanks();
     const TUnit C = Curr();
     if (C == u'[' || C == u'{')
@@ -196,13 +207,13 @@ private:
     const TUnit C = Curr();
     switch (C) {
     case u'f':
-      ParseKeyword(u"false", jdtBoolean);
+      ParseKeyword(KeywordFalse, jdtBoolean);
       return;
     case u'n':
-      ParseKeyword(u"null", jdtNull);
+      ParseKeyword(KeywordNull, jdtNull);
       return;
     case u't':
-      ParseKeyword(u"true", jdtBoolean);
+      ParseKeyword(KeywordTrue, jdtBoolean);
       return;
     case u'"':
       ReadString(FValue);
@@ -222,20 +233,30 @@ private:
     RaiseNotWellFormed(ValueStarts);
   }
 
-  void ParseKeyword(std::u16string_view AWord, TLxJSONDataType AType) {
-    for (const char16_t Letter : AWord) {
-      if (Curr() != Letter)
-        RaiseNotWellFormed(std::u16string_view(&Letter, 1));
-      StepDelimiter();
+  void ParseKeyword(const LxJSONString& AWord, TLxJSONDataType AType) {
+    const std::size_t Length = AWord.size();
+    const Byte* Cur = P->RawCursor();
+    bool Whole = static_cast<std::size_t>(P->RawReadEnd() - Cur) >= Length * sizeof(TUnit);
+    for (std::size_t I = 0; Whole && I < Length; ++I)
+      Whole = Load(Cur + I * sizeof(TUnit)) == AWord[I];
+    if (Whole) {
+      P->SetRawCursor(Cur + Length * sizeof(TUnit));
+    } else {
+      // Letter by letter, so that the first one that differs is the one reported.
+      for (const char16_t Letter : AWord) {
+        if (Curr() != Letter)
+          RaiseNotWellFormed(std::u16string_view(&Letter, 1));
+        StepDelimiter();
+      }
     }
-    FValue.assign(AWord);
-    H->Value(AType, FValue);
+    H->Value(AType, AWord);
   }
 
   /// The text between the quotes, raw; the cursor stays on the closing quote. Only a double
   /// quote ends it: a text that ends first gives what was read.
   void ReadString(LxJSONString& ATarget) {
-    P->CheckCurrChar(P->FQuote, true);
+    if (Curr() != u'"')
+      P->CheckCurrChar(P->FQuote, true);
     StepDelimiter();
     P->SetMark(tpMark1);
     for (;;) {

@@ -1,0 +1,383 @@
+// Loading three 20 MB JSON documents from memory into a value tree and writing the tree back,
+// compact and formatted, beside RapidJSON, nlohmann/json and simdjson (loading only) on the same
+// bytes; CPU time of each phase and the heap the tree takes per input byte.
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/uLxJSON.h"
+#include "support/JSONDocuments.h"
+#include "support/Ratios.h"
+
+#ifdef LORVANE_BENCH_RAPIDJSON
+#include <rapidjson/document.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#endif
+#ifdef LORVANE_BENCH_NLOHMANN
+#include <nlohmann/json.hpp>
+#endif
+#ifdef LORVANE_BENCH_SIMDJSON
+#include <simdjson.h>
+#endif
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <malloc.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace lorvane;
+
+constexpr int Repetitions = 5;
+
+/// The calling thread's CPU time in seconds: wall time on a shared machine counts the waits for a
+/// core.
+double ThreadSeconds() {
+  timespec T{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &T);
+  return double(T.tv_sec) + double(T.tv_nsec) * 1e-9;
+}
+
+long long HeapInUse() {
+  const struct mallinfo2 M = mallinfo2();
+  return static_cast<long long>(M.uordblks + M.hblkhd);
+}
+
+struct Input {
+  std::string Name;
+  std::string Bytes;
+  long long Values = 0; // as Lorvane's tree has them; every other tree must agree
+};
+
+std::vector<Input>& Inputs() {
+  static std::vector<Input> Docs = [] {
+    std::vector<Input> D;
+    D.push_back({"mixed", bench::MixedDocument()});
+    D.push_back({"numbers", bench::NumbersDocument()});
+    D.push_back({"strings", bench::StringsDocument()});
+    return D;
+  }();
+  return Docs;
+}
+
+// --- the sides: Load (bytes to tree, empty on failure), CountValues, Save ------------------------
+
+struct LorvaneSide {
+  using Tree = TOwned<TLxJSONDocument>;
+  static constexpr bool Saves = true;
+
+  static Tree Load(const std::string& ABytes) {
+    Tree Doc(New<TLxJSONDocument>());
+    TOwned<TLxMemoryStream> Stream(
+        New<TLxMemoryStream>(static_cast<const void*>(ABytes.data()), Int64(ABytes.size())));
+    Doc->LoadFromStream(Stream.get(), 65001, false);
+    return Doc;
+  }
+  static long long CountValues(const Tree& ADoc) {
+    long long Count = 0;
+    std::vector<TLxJSONBase*> Pending;
+    if (TLxJSONBase* Root = ADoc->GetRootValue())
+      Pending.push_back(Root);
+    while (!Pending.empty()) {
+      TLxJSONBase* Value = Pending.back();
+      Pending.pop_back();
+      ++Count;
+      if (Value->GetJSONType() == jdtObject)
+        for (Integer I = 0; I < Value->Count(); ++I)
+          Pending.push_back(Value->Item(I)->GetValueObj());
+      else if (Value->GetJSONType() == jdtArray)
+        for (Integer I = 0; I < Value->Count(); ++I)
+          Pending.push_back(Value->Item(I));
+    }
+    return Count;
+  }
+  static std::size_t Save(Tree& ADoc, bool AFormatted, std::size_t AReserve) {
+    TOwned<TLxMemoryStream> Out(New<TLxMemoryStream>(Int64(AReserve)));
+    ADoc->SaveToStream(Out.get(), AFormatted, Word(65001), false);
+    return std::size_t(Out->GetSize());
+  }
+};
+
+#ifdef LORVANE_BENCH_RAPIDJSON
+struct RapidJSONSide {
+  using Tree = std::unique_ptr<rapidjson::Document>;
+  static constexpr bool Saves = true;
+
+  static Tree Load(const std::string& ABytes) {
+    auto Doc = std::make_unique<rapidjson::Document>();
+    Doc->Parse(ABytes.data(), ABytes.size());
+    if (Doc->HasParseError())
+      Doc.reset();
+    return Doc;
+  }
+  static long long CountBelow(const rapidjson::Value& AValue) {
+    long long Count = 1;
+    if (AValue.IsObject())
+      for (const auto& Member : AValue.GetObject())
+        Count += CountBelow(Member.value);
+    else if (AValue.IsArray())
+      for (const auto& Item : AValue.GetArray())
+        Count += CountBelow(Item);
+    return Count;
+  }
+  static long long CountValues(const Tree& ADoc) { return CountBelow(*ADoc); }
+  static std::size_t Save(Tree& ADoc, bool AFormatted, std::size_t AReserve) {
+    rapidjson::StringBuffer Out(nullptr, AReserve);
+    if (AFormatted) {
+      rapidjson::PrettyWriter<rapidjson::StringBuffer> Writer(Out);
+      Writer.SetIndent(' ', 2);
+      ADoc->Accept(Writer);
+    } else {
+      rapidjson::Writer<rapidjson::StringBuffer> Writer(Out);
+      ADoc->Accept(Writer);
+    }
+    return Out.GetSize();
+  }
+};
+#endif
+
+#ifdef LORVANE_BENCH_NLOHMANN
+struct NlohmannSide {
+  using Tree = std::unique_ptr<nlohmann::json>;
+  static constexpr bool Saves = true;
+
+  static Tree Load(const std::string& ABytes) {
+    return std::make_unique<nlohmann::json>(nlohmann::json::parse(ABytes, nullptr, false));
+  }
+  static long long CountBelow(const nlohmann::json& AValue) {
+    if (AValue.is_discarded())
+      return -1;
+    long long Count = 1;
+    if (AValue.is_structured())
+      for (const auto& Item : AValue)
+        Count += CountBelow(Item);
+    return Count;
+  }
+  static long long CountValues(const Tree& ADoc) { return CountBelow(*ADoc); }
+  static std::size_t Save(Tree& ADoc, bool AFormatted, std::size_t) {
+    return ADoc->dump(AFormatted ? 2 : -1).size();
+  }
+};
+#endif
+
+#ifdef LORVANE_BENCH_SIMDJSON
+struct SimdjsonSide {
+  // The parser owns the document it parsed last; the input is copied into padding once.
+  struct Parsed {
+    simdjson::dom::parser Parser;
+    simdjson::dom::element Root;
+  };
+  using Tree = std::unique_ptr<Parsed>;
+  static constexpr bool Saves = false;
+
+  static Tree Load(const std::string& ABytes) {
+    static std::map<const std::string*, simdjson::padded_string> Padded;
+    auto& Text = Padded[&ABytes];
+    if (Text.size() != ABytes.size())
+      Text = simdjson::padded_string(ABytes);
+    auto Result = std::make_unique<Parsed>();
+    if (Result->Parser.parse(Text).get(Result->Root) != simdjson::SUCCESS)
+      Result.reset();
+    return Result;
+  }
+  static long long CountBelow(simdjson::dom::element AValue) {
+    long long Count = 1;
+    if (AValue.is_object())
+      for (auto Field : AValue.get_object())
+        Count += CountBelow(Field.value);
+    else if (AValue.is_array())
+      for (auto Item : AValue.get_array())
+        Count += CountBelow(Item);
+    return Count;
+  }
+  static long long CountValues(const Tree& ATree) { return CountBelow(ATree->Root); }
+  static std::size_t Save(Tree&, bool, std::size_t) { return 0; }
+};
+#endif
+
+// --- measurements -------------------------------------------------------------------------------
+
+enum class Phase { Load, SaveCompact, SaveFormatted };
+const char* const PhaseNames[] = {"load", "save compact", "save formatted"};
+
+std::string BenchName(const std::string& ASide, const Input& AInput, Phase APhase) {
+  return ASide + "/" + AInput.Name + "/" + PhaseNames[int(APhase)];
+}
+
+std::map<std::string, double> HeapPerInputByte;
+
+/// The heap that one load of AInput keeps, measured in a child process, so that memory an
+/// allocator kept from earlier trees doesn't hide it.
+template <class Side> double MeasureHeap(const Input& AInput) {
+  int Pipe[2];
+  if (pipe(Pipe) != 0)
+    return -1;
+  const pid_t Child = fork();
+  if (Child == 0) {
+    const long long Before = HeapInUse();
+    typename Side::Tree Tree = Side::Load(AInput.Bytes);
+    const double PerByte = double(HeapInUse() - Before) / double(AInput.Bytes.size());
+    ssize_t Written = write(Pipe[1], &PerByte, sizeof PerByte);
+    _exit(Written == sizeof PerByte ? 0 : 1);
+  }
+  double PerByte = -1;
+  if (read(Pipe[0], &PerByte, sizeof PerByte) != sizeof PerByte)
+    PerByte = -1;
+  close(Pipe[0]);
+  close(Pipe[1]);
+  waitpid(Child, nullptr, 0);
+  return PerByte;
+}
+
+template <class Side> bool CheckSide(const std::string& ASide, Input& AInput) {
+  typename Side::Tree Tree = Side::Load(AInput.Bytes);
+  const long long Count = Tree ? Side::CountValues(Tree) : -1;
+  if (ASide == "Lorvane")
+    AInput.Values = Count;
+  if (Count != AInput.Values || Count <= 0) {
+    std::fprintf(stderr, "%s/%s: %lld values, Lorvane's tree has %lld\n", ASide.c_str(),
+                 AInput.Name.c_str(), Count, AInput.Values);
+    return false;
+  }
+  HeapPerInputByte[ASide + "/" + AInput.Name] = MeasureHeap<Side>(AInput);
+  return true;
+}
+
+template <class Side> void MeasureLoad(benchmark::State& AState, const Input& AInput) {
+  for (auto _ : AState) {
+    const double Start = ThreadSeconds();
+    typename Side::Tree Tree = Side::Load(AInput.Bytes);
+    AState.SetIterationTime(ThreadSeconds() - Start);
+    if (!Tree) {
+      AState.SkipWithError("the document didn't load");
+      break;
+    }
+  }
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+}
+
+template <class Side>
+void MeasureSave(benchmark::State& AState, const Input& AInput, bool AFormatted) {
+  typename Side::Tree Tree = Side::Load(AInput.Bytes);
+  for (auto _ : AState) {
+    const double Start = ThreadSeconds();
+    const std::size_t Written = Side::Save(Tree, AFormatted, AInput.Bytes.size() * 2);
+    AState.SetIterationTime(ThreadSeconds() - Start);
+    if (Written < AInput.Bytes.size() / 2) {
+      AState.SkipWithError("the output is too short");
+      break;
+    }
+  }
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+}
+
+template <class Side> bool AddSide(const std::string& ASide, std::vector<std::string>& ASides) {
+  for (Input& Doc : Inputs())
+    if (!CheckSide<Side>(ASide, Doc))
+      return false;
+  for (const Input& Doc : Inputs()) {
+    const auto Add = [&](Phase APhase, std::function<void(benchmark::State&)> AFunction) {
+      benchmark::RegisterBenchmark(BenchName(ASide, Doc, APhase).c_str(), std::move(AFunction))
+          ->Unit(benchmark::kMillisecond)
+          ->UseManualTime()
+          ->Iterations(1)
+          ->Repetitions(Repetitions)
+          ->ReportAggregatesOnly(true);
+    };
+    Add(Phase::Load, [&Doc](benchmark::State& S) { MeasureLoad<Side>(S, Doc); });
+    if (Side::Saves) {
+      Add(Phase::SaveCompact, [&Doc](benchmark::State& S) { MeasureSave<Side>(S, Doc, false); });
+      Add(Phase::SaveFormatted, [&Doc](benchmark::State& S) { MeasureSave<Side>(S, Doc, true); });
+    }
+  }
+  ASides.push_back(ASide);
+  return true;
+}
+
+double MiBPerSecond(const std::map<std::string, double>& ATimes, const std::string& AName,
+                    const Input& AInput) {
+  const auto It = ATimes.find(AName);
+  return It == ATimes.end() || It->second <= 0
+             ? 0
+             : double(AInput.Bytes.size()) / (It->second / 1e3) / double(1 << 20);
+}
+
+void PrintSummary(const std::map<std::string, double>& ATimes,
+                  const std::vector<std::string>& ASides) {
+  std::printf("\nThroughput in MiB/s of the input document (median CPU time of %d runs)\n",
+              Repetitions);
+  std::printf("%-26s", "document / phase");
+  for (const std::string& Side : ASides)
+    std::printf(" %12s", Side.c_str());
+  std::printf("\n");
+  for (const Input& Doc : Inputs())
+    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
+      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
+      for (const std::string& Side : ASides)
+        std::printf(" %12.1f", MiBPerSecond(ATimes, BenchName(Side, Doc, P), Doc));
+      std::printf("\n");
+    }
+  std::printf("\nSpeed ratio, Lorvane's MiB/s divided by the rival's: above 1 Lorvane is faster\n");
+  std::printf("%-26s", "document / phase");
+  for (std::size_t I = 1; I < ASides.size(); ++I)
+    std::printf(" %12s", ("vs " + ASides[I]).c_str());
+  std::printf("\n");
+  for (const Input& Doc : Inputs())
+    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
+      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
+      const double Ours = MiBPerSecond(ATimes, BenchName("Lorvane", Doc, P), Doc);
+      for (std::size_t I = 1; I < ASides.size(); ++I) {
+        const double Theirs = MiBPerSecond(ATimes, BenchName(ASides[I], Doc, P), Doc);
+        std::printf(" %12.2f", Theirs > 0 ? Ours / Theirs : 0.0);
+      }
+      std::printf("\n");
+    }
+  std::printf("\nTree heap per input byte (mallinfo2 growth during one load in a fresh process); "
+              "ratio ours / rival: above 1 Lorvane takes more\n");
+  for (const Input& Doc : Inputs()) {
+    const double Ours = HeapPerInputByte["Lorvane/" + Doc.Name];
+    for (const std::string& Side : ASides) {
+      const double Theirs = HeapPerInputByte[Side + "/" + Doc.Name];
+      std::printf("%-26s %8.2f", (Side + "/" + Doc.Name).c_str(), Theirs);
+      if (Side != "Lorvane" && Theirs > 0)
+        std::printf("   ratio %.2f", Ours / Theirs);
+      std::printf("\n");
+    }
+    std::printf("%-26s %8zu bytes, %lld values\n", ("input/" + Doc.Name).c_str(), Doc.Bytes.size(),
+                Doc.Values);
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> Sides;
+  if (!AddSide<LorvaneSide>("Lorvane", Sides))
+    return EXIT_FAILURE;
+#ifdef LORVANE_BENCH_RAPIDJSON
+  if (!AddSide<RapidJSONSide>("RapidJSON", Sides))
+    return EXIT_FAILURE;
+#endif
+#ifdef LORVANE_BENCH_NLOHMANN
+  if (!AddSide<NlohmannSide>("nlohmann", Sides))
+    return EXIT_FAILURE;
+#endif
+#ifdef LORVANE_BENCH_SIMDJSON
+  if (!AddSide<SimdjsonSide>("simdjson", Sides))
+    return EXIT_FAILURE;
+#endif
+  ::benchmark::Initialize(&argc, argv);
+  lorvane::bench::TimeCollector Reporter;
+  ::benchmark::RunSpecifiedBenchmarks(&Reporter);
+  PrintSummary(Reporter.Times, Sides);
+  ::benchmark::Shutdown();
+  return 0;
+}
