@@ -54,7 +54,8 @@ case "$task" in
       ctest --test-dir build-asan --output-on-failure -j"$jobs"
     ;;
   bench)
-    PACKAGES+=(libxml2-dev libpugixml-dev libtinyxml2-dev) # rivals in bench/ programs
+    PACKAGES+=(libxml2-dev libpugixml-dev libtinyxml2-dev  # rivals in bench/ programs
+               rapidjson-dev nlohmann-json3-dev libsimdjson-dev)
     install_missing
     build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
     for b in build-bench/bench/bench_*; do
