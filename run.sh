@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev libexpat1-dev
-          libbenchmark-dev clang-format tzdata)
+          libbenchmark-dev clang-format tzdata rapidjson-dev)
 
 install_missing() {
   local missing=()
