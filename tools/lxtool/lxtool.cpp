@@ -37,9 +37,11 @@ constexpr char Usage[] =
     "        character. A declaration that names another encoding is changed to say UTF-8.\n"
     "        The file's byte order mark, else its declaration, tells its encoding (UTF-8\n"
     "        without either). JSON goes into a JSON document and out as JSON text: indented\n"
-    "        by default (CR LF line ends, two blanks per level), on one line with --compact;\n"
-    "        names and strings keep their escapes. --json is accepted for JSON input only:\n"
-    "        XML as JSON isn't supported yet.\n"
+    "        by default (CR LF line ends, two blanks per level), on one line with --compact.\n"
+    "        Strings are written with the document's escapes; a member name is kept as read,\n"
+    "        escapes and all, so a backslash in it is escaped again. The top of the text must\n"
+    "        be an object or array. --json is accepted for JSON input only: XML as JSON\n"
+    "        isn't supported yet.\n"
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
