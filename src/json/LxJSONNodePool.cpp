@@ -48,7 +48,7 @@ TShared& Shared() {
 // thread-local or static objects) go to the shared free lists.
 thread_local bool CacheGone = false;
 
-void Orphan(TFreeChunk* AChunk, std::size_t AClass) {
+[[maybe_unused]] void Orphan(TFreeChunk* AChunk, std::size_t AClass) {
   TShared& S = Shared();
   const std::lock_guard<std::mutex> Guard(S.Lock);
   AChunk->Next = nullptr;
@@ -116,7 +116,7 @@ void* Allocate(std::size_t ASize) {
   return ::operator new(ASize <= MaxPooled && ASize != 0 ? ChunkSize(ClassOf(ASize)) : ASize);
 }
 
-void Release(void* AMemory, std::size_t ASize) noexcept {
+void Release(void* AMemory, [[maybe_unused]] std::size_t ASize) noexcept {
 #if !defined(LORVANE_POOL_BYPASS)
   if (AMemory && ASize != 0 && ASize <= MaxPooled) {
     const std::size_t C = ClassOf(ASize);
