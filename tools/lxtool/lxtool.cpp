@@ -1,5 +1,6 @@
 // lxtool: the command-line face of the library; `events` prints a reader's events, one a line,
 // and `format` writes a document back, indented or compact.
+#include <lorvane/uLxJSON.h>
 #include <lorvane/uLxSAX.h>
 #include <lorvane/uLxXMLDOM.h>
 
@@ -15,25 +16,32 @@ namespace {
 
 constexpr char Usage[] =
     "usage: lxtool events FILE\n"
-    "       lxtool format [--compact] FILE\n"
+    "       lxtool format [--compact] [--json] FILE\n"
     "\n"
     "events  reads FILE with the event reader of its format and prints one line per event:\n"
     "        the handler method's name, then each argument as a JSON value, separated by tabs.\n"
     "        StartElement's attributes are one array of [QName, URI, Value] triples.\n"
     "        Strings are JSON strings in UTF-8; '\"' and '\\' are escaped with a backslash,\n"
     "        U+0000..U+001F and lone surrogates as \\uXXXX (upper-case hex), nothing else.\n"
+    "        A JSON value's type is its TLxJSONDataType name (\"jdtString\"); JSON names and\n"
+    "        values are shown raw, as the reader delivers them, escapes still in them.\n"
     "        The first byte above U+0020, behind a byte order mark, decides the format:\n"
-    "        '<' is XML; JSON isn't supported yet.\n"
-    "        When the XML text fails, the last line is FatalError, the message, the line and\n"
-    "        the column (-1 when the failure came before the text was read, such as an\n"
-    "        unknown encoding).\n"
+    "        '<' is XML, anything else (an empty file too) JSON.\n"
+    "        When the text fails, the last line is FatalError, the message, the line and\n"
+    "        the column as the reader's locator gives them (-1 when the failure came before\n"
+    "        the text was read, such as an unknown encoding, or at the end of a JSON text).\n"
     "\n"
     "format  loads FILE into a document and writes it to stdout in UTF-8 without byte order\n"
     "        mark: indented by default (CR LF line ends, two blanks per level, text left as\n"
     "        it is), on one line with --compact. Nothing is added behind the document's last\n"
     "        character. A declaration that names another encoding is changed to say UTF-8.\n"
     "        The file's byte order mark, else its declaration, tells its encoding (UTF-8\n"
-    "        without either). JSON input and --json aren't supported yet.\n"
+    "        without either). JSON goes into a JSON document and out as JSON text: indented\n"
+    "        by default (CR LF line ends, two blanks per level), on one line with --compact.\n"
+    "        Strings are written with the document's escapes; a member name is kept as read,\n"
+    "        escapes and all, so a backslash in it is escaped again. The top of the text must\n"
+    "        be an object or array. --json is accepted for JSON input only: XML as JSON\n"
+    "        isn't supported yet.\n"
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
@@ -74,7 +82,28 @@ std::string JSONString(std::u16string_view AText) {
   return Out;
 }
 
-/// Prints every event it receives to stdout, one line each.
+std::string LineAndColumn(Integer ALine, Integer AColumn) {
+  std::string Tail = "\t";
+  Tail += std::to_string(ALine);
+  Tail += '\t';
+  Tail += std::to_string(AColumn);
+  return Tail;
+}
+
+/// One event line: the name, each string as a JSON string, then ATail (already tab-led).
+void Print(const char* AName, std::initializer_list<std::u16string_view> AStrings,
+           const std::string& ATail = std::string()) {
+  std::string Line = AName;
+  for (std::u16string_view S : AStrings) {
+    Line += '\t';
+    Line += JSONString(S);
+  }
+  Line += ATail;
+  Line += '\n';
+  std::fwrite(Line.data(), 1, Line.size(), stdout);
+}
+
+/// Prints every XML event it receives to stdout, one line each.
 class TEventPrinter : public TLxObject,
                       public ILxSAXContentHandler,
                       public ILxSAXLexicalHandler,
@@ -162,25 +191,66 @@ class TEventPrinter : public TLxObject,
 
 protected:
   ~TEventPrinter() override = default;
+};
+
+/// Prints every JSON event it receives to stdout, one line each.
+class TJSONEventPrinter : public TLxObject,
+                          public ILxJSONContentHandler,
+                          public ILxJSONErrorHandler {
+  LX_CLASS(TJSONEventPrinter, TLxObject)
+  TJSONEventPrinter() { SetAutoDestroy(false); }
+
+  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
+    if (AIID == ILxJSONContentHandler::IID)
+      *AObj = static_cast<ILxJSONContentHandler*>(this);
+    else if (AIID == ILxJSONErrorHandler::IID)
+      *AObj = static_cast<ILxJSONErrorHandler*>(this);
+    else
+      return TLxObject::QueryInterface(AIID, AObj);
+    _AddRef();
+    return S_OK;
+  }
+
+  /// Whether the reader reported a failure (and the FatalError line is out).
+  bool Failed = false;
+
+  void PrintFatalError(const LxJSONString& AMessage, Integer ALine, Integer AColumn) {
+    Print("FatalError", {AMessage}, LineAndColumn(ALine, AColumn));
+    Failed = true;
+  }
+
+  // The reader never calls SetDocumentLocator, Warning or Error; were it to, they would print
+  // like the others.
+  void SetDocumentLocator(ILxJSONLocator*) override { Print("SetDocumentLocator", {}); }
+  void StartDocument() override { Print("StartDocument", {}); }
+  void StartObject() override { Print("StartObject", {}); }
+  void StartMember(const LxJSONString& AName) override { Print("StartMember", {AName}); }
+  void StartArray() override { Print("StartArray", {}); }
+  void Value(TLxJSONDataType AValueType, const LxJSONString& AValue) override {
+    Print("Value", {TypeName(AValueType), AValue});
+  }
+  void EndArray() override { Print("EndArray", {}); }
+  void EndMember() override { Print("EndMember", {}); }
+  void EndObject() override { Print("EndObject", {}); }
+  void EndDocument() override { Print("EndDocument", {}); }
+  void Warning(ILxJSONLocator* ALocator, const LxJSONString& AMessage) override {
+    Print("Warning", {AMessage}, LineAndColumn(ALocator->GetLineNr(), ALocator->GetColNr()));
+  }
+  void Error(ILxJSONLocator* ALocator, const LxJSONString& AMessage) override {
+    Print("Error", {AMessage}, LineAndColumn(ALocator->GetLineNr(), ALocator->GetColNr()));
+  }
+  void FatalError(ILxJSONLocator* ALocator, const LxJSONString& AMessage) override {
+    PrintFatalError(AMessage, ALocator->GetLineNr(), ALocator->GetColNr());
+  }
+
+protected:
+  ~TJSONEventPrinter() override = default;
 
 private:
-  static std::string LineAndColumn(Integer ALine, Integer AColumn) {
-    std::string Tail = "\t";
-    Tail += std::to_string(ALine);
-    Tail += '\t';
-    Tail += std::to_string(AColumn);
-    return Tail;
-  }
-  static void Print(const char* AName, std::initializer_list<std::u16string_view> AStrings,
-                    const std::string& ATail = std::string()) {
-    std::string Line = AName;
-    for (std::u16string_view S : AStrings) {
-      Line += '\t';
-      Line += JSONString(S);
-    }
-    Line += ATail;
-    Line += '\n';
-    std::fwrite(Line.data(), 1, Line.size(), stdout);
+  static std::u16string_view TypeName(TLxJSONDataType AType) {
+    static constexpr std::u16string_view Names[] = {u"jdtNull",    u"jdtString", u"jdtNumber",
+                                                    u"jdtBoolean", u"jdtObject", u"jdtArray"};
+    return AType < std::size(Names) ? Names[AType] : u"?";
   }
 };
 
@@ -205,31 +275,44 @@ int Fail(const std::string& AMessage) {
   return 1;
 }
 
+/// Reads the file with AReader into APrinter; on failure the FatalError line is the last one.
+template <class TReader, class TPrinter>
+int PrintEvents(TReader* AReader, TPrinter* APrinter, const TFileName& AFileName) {
+  try {
+    AReader->ParseFile(AFileName, fmOpenRead | fmShareDenyWrite);
+  } catch (const Exception& E) {
+    // A failure before the parse loop (the file gone meanwhile, an unknown encoding) doesn't
+    // reach the error handler.
+    if (!APrinter->Failed)
+      APrinter->PrintFatalError(E.Message(), AReader->GetLineNr(), AReader->GetColNr());
+    return Fail(StringToUTF8(E.Message()));
+  }
+  std::fflush(stdout);
+  return 0;
+}
+
 int RunEvents(const std::string& AFileName) {
   const TFileName FileName = UTF8ToString(AFileName);
+  bool IsXML = false;
   try {
-    if (FirstSignificantByte(FileName) != '<')
-      return Fail("JSON input is not supported yet");
+    IsXML = FirstSignificantByte(FileName) == '<';
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
 
+  if (!IsXML) {
+    TOwned<TJSONEventPrinter> Printer(New<TJSONEventPrinter>());
+    TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
+    Reader->SetContentHandler(Printer.get());
+    Reader->SetErrorHandler(Printer.get());
+    return PrintEvents(Reader.get(), Printer.get(), FileName);
+  }
   TOwned<TEventPrinter> Printer(New<TEventPrinter>());
   TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
   Reader->SetContentHandler(Printer.get());
   Reader->SetLexicalHandler(Printer.get());
   Reader->SetErrorHandler(Printer.get());
-  try {
-    Reader->ParseFile(FileName, fmOpenRead | fmShareDenyWrite);
-  } catch (const Exception& E) {
-    // A failure before the parse loop (the file gone meanwhile, an unknown encoding) doesn't
-    // reach the error handler.
-    if (!Printer->Failed)
-      Printer->PrintFatalError(E.Message(), Reader->GetLineNr(), Reader->GetColNr());
-    return Fail(StringToUTF8(E.Message()));
-  }
-  std::fflush(stdout);
-  return 0;
+  return PrintEvents(Reader.get(), Printer.get(), FileName);
 }
 
 /// The output is UTF-8, so a declaration that names another encoding would lie about it.
@@ -250,24 +333,40 @@ void DeclareUTF8(TLxDOMDocument* ADocument) {
     ADocument->SetEncoding(u"UTF-8");
 }
 
-int RunFormat(const std::string& AFileName, bool AFormatted) {
+/// Writes the output collected in memory to stdout: a failure before leaves stdout empty.
+int WriteOut(TMemoryStream* AOutput) {
+  std::fwrite(AOutput->Memory(), 1, static_cast<std::size_t>(AOutput->GetSize()), stdout);
+  std::fflush(stdout);
+  return 0;
+}
+
+int RunFormatXML(const TFileName& AFileName, bool AFormatted) {
   TOwned<TMemoryStream> Output(New<TMemoryStream>());
   try {
     TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
     {
-      TOwned<TFileStream> Input(
-          New<TFileStream>(UTF8ToString(AFileName), fmOpenRead | fmShareDenyWrite));
+      TOwned<TFileStream> Input(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
       Document->LoadFromStream(Input.get());
     }
     DeclareUTF8(Document.get());
-    // Into memory first: the writer reads back what it wrote, and a failure leaves stdout empty.
+    // Into memory first: the writer reads back what it wrote.
     Document->SaveToStream(Output.get(), 65001, AFormatted, /*AWriteBOM=*/false);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
-  std::fwrite(Output->Memory(), 1, static_cast<std::size_t>(Output->GetSize()), stdout);
-  std::fflush(stdout);
-  return 0;
+  return WriteOut(Output.get());
+}
+
+int RunFormatJSON(const TFileName& AFileName, bool AFormatted) {
+  TOwned<TMemoryStream> Output(New<TMemoryStream>());
+  try {
+    TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
+    Document->LoadFromFile(AFileName);
+    Document->SaveToStream(Output.get(), AFormatted, Word(65001), /*AWriteBOM=*/false);
+  } catch (const Exception& E) {
+    return Fail(StringToUTF8(E.Message()));
+  }
+  return WriteOut(Output.get());
 }
 
 int Misuse(const char* AMessage = nullptr) {
@@ -277,15 +376,16 @@ int Misuse(const char* AMessage = nullptr) {
   return 2;
 }
 
-/// `format [--compact] FILE`, the option before or behind the file; AArgs follow the command.
+/// `format [--compact] [--json] FILE`, the options before or behind the file; AArgs follow the
+/// command.
 int Format(const std::vector<std::string_view>& AArgs) {
-  bool Compact = false;
+  bool Compact = false, AsJSON = false;
   std::string_view FileName;
   for (std::string_view Arg : AArgs) {
     if (Arg == "--compact")
       Compact = true;
     else if (Arg == "--json")
-      return Misuse("format --json is not supported yet");
+      AsJSON = true;
     else if (Arg.starts_with("--") || !FileName.empty())
       return Misuse();
     else
@@ -293,7 +393,18 @@ int Format(const std::vector<std::string_view>& AArgs) {
   }
   if (FileName.empty())
     return Misuse();
-  return RunFormat(std::string(FileName), !Compact);
+  const TFileName Name = UTF8ToString(std::string(FileName));
+  bool IsXML = false;
+  try {
+    IsXML = FirstSignificantByte(Name) == '<';
+  } catch (const Exception& E) {
+    return Fail(StringToUTF8(E.Message()));
+  }
+  if (!IsXML)
+    return RunFormatJSON(Name, !Compact);
+  if (AsJSON)
+    return Misuse("format --json is not supported yet for XML input");
+  return RunFormatXML(Name, !Compact);
 }
 
 } // namespace
