@@ -25,10 +25,17 @@ constexpr auto EscapeTable = [] {
 
 } // namespace
 
-UnicodeString LxStrToJSON(std::u16string_view AStr) {
-  UnicodeString Result;
-  Result.reserve(AStr.size() + AStr.size() / 8 + 8);
-  for (const char16_t C : AStr) {
+void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr) {
+  ATarget.reserve(ATarget.size() + AStr.size() + AStr.size() / 8 + 8);
+  const char16_t* const End = AStr.data() + AStr.size();
+  const char16_t* Run = AStr.data();
+  for (const char16_t* At = Run; At < End; ++At) {
+    const char16_t C = *At;
+    if (C < 0x100 && EscapeTable[C] == KeepUnit)
+      continue;
+    // Units kept as they are go out in runs.
+    ATarget.append(Run, At);
+    Run = At + 1;
     if (C >= 0x100) {
       const char16_t Escape[6] = {u'\\',
                                   u'u',
@@ -36,15 +43,17 @@ UnicodeString LxStrToJSON(std::u16string_view AStr) {
                                   UpperHexDigits[(C >> 8) & 15],
                                   UpperHexDigits[(C >> 4) & 15],
                                   UpperHexDigits[C & 15]};
-      Result.append(Escape, 6);
-      continue;
+      ATarget.append(Escape, 6);
+    } else if (EscapeTable[C] != DropUnit) {
+      ATarget.append({u'\\', static_cast<char16_t>(EscapeTable[C])});
     }
-    const Byte Action = EscapeTable[C];
-    if (Action == KeepUnit)
-      Result.push_back(C);
-    else if (Action != DropUnit)
-      Result.append({u'\\', static_cast<char16_t>(Action)});
   }
+  ATarget.append(Run, End);
+}
+
+UnicodeString LxStrToJSON(std::u16string_view AStr) {
+  UnicodeString Result;
+  AppendJSONEscaped(Result, AStr);
   return Result;
 }
 

@@ -16,14 +16,6 @@ namespace {
 
 constexpr std::size_t BlockSize = 32768;
 
-// Units that LxStrToJSON leaves as they are: most text needs no escape and is copied whole.
-bool NeedsEscape(std::u16string_view AText) noexcept {
-  for (const char16_t Char : AText)
-    if (Char < 0x20 || Char >= 0x100 || Char == u'"' || Char == u'/' || Char == u'\\')
-      return true;
-  return false;
-}
-
 } // namespace
 
 TWriter::TWriter(TStream* ATarget) : FTarget(ATarget) {
@@ -124,12 +116,7 @@ void TWriter::WritePad(Integer ADepth) {
     FText.append(static_cast<std::size_t>(ADepth) * 2, u' ');
 }
 
-void TWriter::WriteEscaped(std::u16string_view AText) {
-  if (NeedsEscape(AText))
-    Put(LxStrToJSON(AText));
-  else
-    Put(AText);
-}
+void TWriter::WriteEscaped(std::u16string_view AText) { AppendJSONEscaped(FText, AText); }
 
 void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
   const Variant& Value = AValue->FValue;

@@ -14,6 +14,8 @@ namespace lorvane {
 /// as they are (U+000B and U+000E..U+001F too); units from U+0100 on become \uXXXX with
 /// upper-case digits, each half of a surrogate pair on its own.
 UnicodeString LxStrToJSON(std::u16string_view AStr);
+/// LxStrToJSON appended to ATarget, for writers that collect text.
+void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr);
 
 /// Undoes \n \r \t \f \b \\ \/ \" and \uXXXX (one UTF-16 unit each: a pair written as two
 /// escapes comes out as the pair, a lone half passes through); \%XX gives the byte XX as one
