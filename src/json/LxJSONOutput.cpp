@@ -11,6 +11,8 @@ namespace lorvane {
 
 using xmlvalues::MainKind;
 using xmlvalues::MainTypeKind;
+using xmlvalues::OrDefault;
+using xmlvalues::VariantToDateTime;
 
 namespace {
 
@@ -83,31 +85,6 @@ Int64 Milliseconds(std::u16string_view AValue) {
 double DaysOf(Int64 AMilliseconds) {
   return static_cast<double>(AMilliseconds / MillisecondsPerDay) +
          static_cast<double>(AMilliseconds % MillisecondsPerDay) / MillisecondsPerDay;
-}
-
-template <class F>
-TDateTime VariantToDateTime(const Variant& AValue, TDateTime ADefault, std::u16string_view AName,
-                            F AText) {
-  if (VarIsNull(AValue))
-    return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
-  case MainKind::DateTime:
-    return AValue.AsDouble();
-  case MainKind::String:
-    return AText(AValue.AsString());
-  default:
-    xmlvalues::RaiseNotValid(AName);
-  }
-}
-
-template <class F> TDateTime OrDefault(F AAction, TDateTime ADefault) noexcept {
-  try {
-    return AAction();
-  } catch (...) {
-    return ADefault;
-  }
 }
 
 } // namespace

@@ -181,24 +181,6 @@ TDateTime ApplyZone(TDateTime AValue, const TLxDateTimeParts& AParts, TLxTimeZon
   return AFormat == tzfUTC ? AValue : LxUTCToLocal(AValue);
 }
 
-// Integers, floats and dates are a day count as they stand; text goes to the strict form.
-template <class F>
-TDateTime VariantToDateTime(const Variant& AValue, TDateTime ADefault, std::u16string_view AName,
-                            F AStrict) {
-  if (VarIsNull(AValue))
-    return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
-  case MainKind::DateTime:
-    return AValue.AsDouble();
-  case MainKind::String:
-    return AStrict(AValue.AsString());
-  default:
-    RaiseNotValid(AName);
-  }
-}
-
 [[noreturn]] void RaiseNotDuration(std::u16string_view AValue) {
   throw Exception(Format(u"LxXMLToDuration; The provided argument (%s) is not a valid duration!",
                          {UnicodeString(AValue)}));
@@ -436,17 +418,6 @@ TDateTime LxXMLToTime(std::u16string_view AValue, TLxXMLDateTimeFormat AFormat) 
 TDateTime LxXMLToDateTime(std::u16string_view AValue, TLxXMLDateTimeFormat AFormat) {
   return LxXMLToDateTime(AValue, ToZoneFormat(AFormat));
 }
-
-namespace {
-// The Def forms: the strict parse, or the default for any failure.
-template <class TParse> TDateTime OrDefault(TParse AParse, TDateTime ADefault) noexcept {
-  try {
-    return AParse();
-  } catch (...) {
-    return ADefault;
-  }
-}
-} // namespace
 
 TDateTime LxXMLToDateDef(std::u16string_view AValue, TDateTime ADefault) noexcept {
   return OrDefault([&] { return LxXMLToDate(AValue); }, ADefault);
