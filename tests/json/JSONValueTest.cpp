@@ -23,14 +23,7 @@ namespace {
 /// AAction must raise exactly E with AMessage and the error code ACode.
 template <class E = ELxJSONException, class F>
 void ExpectJSONError(F&& AAction, std::u16string_view AMessage, Integer ACode) {
-  try {
-    AAction();
-    ADD_FAILURE() << "nothing raised; expected " << StringToUTF8(AMessage);
-  } catch (const E& Error) {
-    EXPECT_EQ(typeid(Error), typeid(E));
-    EXPECT_EQ(StringToUTF8(Error.Message()), StringToUTF8(AMessage));
-    EXPECT_EQ(Error.ErrorCode(), ACode);
-  }
+  test::ExpectRaisesWithCode<E>(std::forward<F>(AAction), AMessage, ACode);
 }
 
 UnicodeString NotSupported(std::u16string_view AClass, std::u16string_view ALabel) {

@@ -21,6 +21,19 @@ template <class E, class F> void ExpectRaises(F&& AAction, std::u16string_view A
   }
 }
 
+/// ExpectRaises for the library's failures that carry an error code: the code must be ACode.
+template <class E, class F>
+void ExpectRaisesWithCode(F&& AAction, std::u16string_view AMessage, int ACode) {
+  try {
+    AAction();
+    ADD_FAILURE() << "nothing raised; expected " << StringToUTF8(AMessage);
+  } catch (const E& Error) {
+    EXPECT_EQ(typeid(Error), typeid(E));
+    EXPECT_EQ(StringToUTF8(Error.Message()), StringToUTF8(AMessage));
+    EXPECT_EQ(Error.ErrorCode(), ACode);
+  }
+}
+
 /// Fails a test that ends with more or fewer objects alive than it started with.
 class LiveObjectsTest : public ::testing::Test {
 protected:
