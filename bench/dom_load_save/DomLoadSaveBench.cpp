@@ -5,6 +5,7 @@
 #include "lorvane/uLxXMLDOM.h"
 #include "support/Documents.h"
 #include "support/Ratios.h"
+#include "support/Throughput.h"
 
 #ifdef LORVANE_BENCH_PUGIXML
 #include <pugixml.hpp>
@@ -27,36 +28,12 @@
 #include <utility>
 #include <vector>
 
-#include <time.h>
-
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
-
 namespace {
 
 using namespace lorvane;
 
 /// Each phase is timed this many times; the median counts.
 constexpr int Repetitions = 5;
-
-/// The calling thread's CPU time in seconds: wall time on a shared machine counts the waits for a
-/// core.
-double ThreadSeconds() {
-  timespec T{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &T);
-  return double(T.tv_sec) + double(T.tv_nsec) * 1e-9;
-}
-
-/// Bytes the heap hands out at the moment, small blocks and mapped ones; -1 where it can't tell.
-long long HeapInUse() {
-#if defined(__GLIBC__)
-  const struct mallinfo2 M = mallinfo2();
-  return static_cast<long long>(M.uordblks + M.hblkhd);
-#else
-  return -1;
-#endif
-}
 
 struct Input {
   std::string Name;
@@ -282,9 +259,9 @@ template <class Side> typename Side::Tree& TreeOf(const std::string& AKey, const
 
 template <class Side> void MeasureLoad(benchmark::State& AState, const Input& AInput) {
   for (auto _ : AState) {
-    const double Start = ThreadSeconds();
+    const double Start = bench::ThreadSeconds();
     typename Side::Tree Tree = Side::Load(AInput.Bytes);
-    const double Elapsed = ThreadSeconds() - Start;
+    const double Elapsed = bench::ThreadSeconds() - Start;
     AState.SetIterationTime(Elapsed);
     const Int64 Count = Tree ? Side::CountElements(Tree) : -1;
     if (Count != AInput.Elements) {
@@ -304,9 +281,9 @@ void MeasureSave(benchmark::State& AState, const std::string& AKey, const Input&
   const Facts& Expected = FactsOf[AKey];
   for (auto _ : AState) {
     typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, AFormatted);
-    const double Start = ThreadSeconds();
+    const double Start = bench::ThreadSeconds();
     Side::Save(Tree, AFormatted, Out);
-    const double Elapsed = ThreadSeconds() - Start;
+    const double Elapsed = bench::ThreadSeconds() - Start;
     AState.SetIterationTime(Elapsed);
     if (Side::Text(Out).size() != (AFormatted ? Expected.FormattedBytes : Expected.CompactBytes)) {
       AState.SkipWithError("the output is not as long as the checked one");
@@ -324,9 +301,9 @@ void MeasureSave(benchmark::State& AState, const std::string& AKey, const Input&
 template <class Side> bool CheckSide(const std::string& ASide, Input& AInput) {
   const std::string Key = ASide + "/" + AInput.Name;
   Facts& F = FactsOf[Key];
-  const long long Before = HeapInUse();
+  const long long Before = bench::HeapInUse();
   typename Side::Tree Tree = Side::Load(AInput.Bytes);
-  const long long After = HeapInUse();
+  const long long After = bench::HeapInUse();
   if (Before >= 0)
     F.HeapPerInputByte = double(After - Before) / double(AInput.Bytes.size());
   const Int64 Count = Tree ? Side::CountElements(Tree) : -1;
@@ -385,45 +362,13 @@ template <class Side> bool AddSide(const std::string& ASide, std::vector<std::st
   return true;
 }
 
-double MiBPerSecond(const std::map<std::string, double>& ATimes, const std::string& AName,
-                    const Input& AInput) {
-  const auto It = ATimes.find(AName);
-  return It == ATimes.end() || It->second <= 0
-             ? 0
-             : double(AInput.Bytes.size()) / (It->second / 1e3) / double(1 << 20);
-}
-
 void PrintSummary(const std::map<std::string, double>& ATimes,
                   const std::vector<std::string>& ASides) {
-  std::printf("\nThroughput in MiB/s of the input document (median CPU time of %d runs)\n",
-              Repetitions);
-  std::printf("%-26s", "document / phase");
-  for (const std::string& Side : ASides)
-    std::printf(" %12s", Side.c_str());
-  std::printf("\n");
+  std::vector<bench::TTableDocument> Documents;
   for (const Input& Doc : Inputs())
-    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
-      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
-      for (const std::string& Side : ASides)
-        std::printf(" %12.1f", MiBPerSecond(ATimes, BenchName(Side, Doc, P), Doc));
-      std::printf("\n");
-    }
-
-  std::printf("\nSpeed ratio, Lorvane's MiB/s divided by the rival's: above 1 Lorvane is faster\n");
-  std::printf("%-26s", "document / phase");
-  for (std::size_t I = 1; I < ASides.size(); ++I)
-    std::printf(" %12s", ("vs " + ASides[I]).c_str());
-  std::printf("\n");
-  for (const Input& Doc : Inputs())
-    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
-      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
-      const double Ours = MiBPerSecond(ATimes, BenchName("Lorvane", Doc, P), Doc);
-      for (std::size_t I = 1; I < ASides.size(); ++I) {
-        const double Theirs = MiBPerSecond(ATimes, BenchName(ASides[I], Doc, P), Doc);
-        std::printf(" %12.2f", Theirs > 0 ? Ours / Theirs : 0.0);
-      }
-      std::printf("\n");
-    }
+    Documents.push_back({Doc.Name, Doc.Bytes.size()});
+  bench::PrintThroughputTables(ATimes, ASides, Documents,
+                               {PhaseNames[0], PhaseNames[1], PhaseNames[2]}, Repetitions);
 
   std::printf("\nTree heap per input byte (mallinfo2 growth during the load); ratio ours / rival: "
               "above 1 Lorvane takes more\n");

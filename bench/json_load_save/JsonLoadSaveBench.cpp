@@ -5,6 +5,7 @@
 #include "lorvane/uLxJSON.h"
 #include "support/JSONDocuments.h"
 #include "support/Ratios.h"
+#include "support/Throughput.h"
 
 #ifdef LORVANE_BENCH_RAPIDJSON
 #include <rapidjson/document.h>
@@ -27,9 +28,7 @@
 #include <string>
 #include <vector>
 
-#include <malloc.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -37,19 +36,6 @@ namespace {
 using namespace lorvane;
 
 constexpr int Repetitions = 5;
-
-/// The calling thread's CPU time in seconds: wall time on a shared machine counts the waits for a
-/// core.
-double ThreadSeconds() {
-  timespec T{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &T);
-  return double(T.tv_sec) + double(T.tv_nsec) * 1e-9;
-}
-
-long long HeapInUse() {
-  const struct mallinfo2 M = mallinfo2();
-  return static_cast<long long>(M.uordblks + M.hblkhd);
-}
 
 struct Input {
   std::string Name;
@@ -222,9 +208,9 @@ template <class Side> double MeasureHeap(const Input& AInput) {
     return -1;
   const pid_t Child = fork();
   if (Child == 0) {
-    const long long Before = HeapInUse();
+    const long long Before = bench::HeapInUse();
     typename Side::Tree Tree = Side::Load(AInput.Bytes);
-    const double PerByte = double(HeapInUse() - Before) / double(AInput.Bytes.size());
+    const double PerByte = double(bench::HeapInUse() - Before) / double(AInput.Bytes.size());
     ssize_t Written = write(Pipe[1], &PerByte, sizeof PerByte);
     _exit(Written == sizeof PerByte ? 0 : 1);
   }
@@ -253,9 +239,9 @@ template <class Side> bool CheckSide(const std::string& ASide, Input& AInput) {
 
 template <class Side> void MeasureLoad(benchmark::State& AState, const Input& AInput) {
   for (auto _ : AState) {
-    const double Start = ThreadSeconds();
+    const double Start = bench::ThreadSeconds();
     typename Side::Tree Tree = Side::Load(AInput.Bytes);
-    AState.SetIterationTime(ThreadSeconds() - Start);
+    AState.SetIterationTime(bench::ThreadSeconds() - Start);
     if (!Tree) {
       AState.SkipWithError("the document didn't load");
       break;
@@ -268,9 +254,9 @@ template <class Side>
 void MeasureSave(benchmark::State& AState, const Input& AInput, bool AFormatted) {
   typename Side::Tree Tree = Side::Load(AInput.Bytes);
   for (auto _ : AState) {
-    const double Start = ThreadSeconds();
+    const double Start = bench::ThreadSeconds();
     const std::size_t Written = Side::Save(Tree, AFormatted, AInput.Bytes.size() * 2);
-    AState.SetIterationTime(ThreadSeconds() - Start);
+    AState.SetIterationTime(bench::ThreadSeconds() - Start);
     if (Written < AInput.Bytes.size() / 2) {
       AState.SkipWithError("the output is too short");
       break;
@@ -302,44 +288,14 @@ template <class Side> bool AddSide(const std::string& ASide, std::vector<std::st
   return true;
 }
 
-double MiBPerSecond(const std::map<std::string, double>& ATimes, const std::string& AName,
-                    const Input& AInput) {
-  const auto It = ATimes.find(AName);
-  return It == ATimes.end() || It->second <= 0
-             ? 0
-             : double(AInput.Bytes.size()) / (It->second / 1e3) / double(1 << 20);
-}
-
 void PrintSummary(const std::map<std::string, double>& ATimes,
                   const std::vector<std::string>& ASides) {
-  std::printf("\nThroughput in MiB/s of the input document (median CPU time of %d runs)\n",
-              Repetitions);
-  std::printf("%-26s", "document / phase");
-  for (const std::string& Side : ASides)
-    std::printf(" %12s", Side.c_str());
-  std::printf("\n");
+  std::vector<bench::TTableDocument> Documents;
   for (const Input& Doc : Inputs())
-    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
-      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
-      for (const std::string& Side : ASides)
-        std::printf(" %12.1f", MiBPerSecond(ATimes, BenchName(Side, Doc, P), Doc));
-      std::printf("\n");
-    }
-  std::printf("\nSpeed ratio, Lorvane's MiB/s divided by the rival's: above 1 Lorvane is faster\n");
-  std::printf("%-26s", "document / phase");
-  for (std::size_t I = 1; I < ASides.size(); ++I)
-    std::printf(" %12s", ("vs " + ASides[I]).c_str());
-  std::printf("\n");
-  for (const Input& Doc : Inputs())
-    for (Phase P : {Phase::Load, Phase::SaveCompact, Phase::SaveFormatted}) {
-      std::printf("%-26s", (Doc.Name + " / " + PhaseNames[int(P)]).c_str());
-      const double Ours = MiBPerSecond(ATimes, BenchName("Lorvane", Doc, P), Doc);
-      for (std::size_t I = 1; I < ASides.size(); ++I) {
-        const double Theirs = MiBPerSecond(ATimes, BenchName(ASides[I], Doc, P), Doc);
-        std::printf(" %12.2f", Theirs > 0 ? Ours / Theirs : 0.0);
-      }
-      std::printf("\n");
-    }
+    Documents.push_back({Doc.Name, Doc.Bytes.size()});
+  bench::PrintThroughputTables(ATimes, ASides, Documents,
+                               {PhaseNames[0], PhaseNames[1], PhaseNames[2]}, Repetitions);
+
   std::printf("\nTree heap per input byte (mallinfo2 growth during one load in a fresh process); "
               "ratio ours / rival: above 1 Lorvane takes more\n");
   for (const Input& Doc : Inputs()) {
