@@ -335,7 +335,9 @@ void DeclareUTF8(TLxDOMDocument* ADocument) {
 
 /// Writes the output collected in memory to stdout: a failure before leaves stdout empty.
 int WriteOut(TMemoryStream* AOutput) {
-  std::fwrite(AOutput->Memory(), 1, static_cast<std::size_t>(AOutput->GetSize()), stdout);
+  // An empty document writes nothing, and an empty stream has no memory to hand to fwrite.
+  if (AOutput->GetSize() > 0)
+    std::fwrite(AOutput->Memory(), 1, static_cast<std::size_t>(AOutput->GetSize()), stdout);
   std::fflush(stdout);
   return 0;
 }
