@@ -8,6 +8,7 @@
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/platform/Generics.h"
 #include "platform/SmallObjectPool.h"
+#include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 
 #include <algorithm>
@@ -267,11 +268,7 @@ TLxJSONDocument* TLxJSONBase::GetDocument() {
 
 // --- interface faces -----------------------------------------------------------------------------
 
-namespace {
-template <class I, class T> IPtr<I> Face(T* AObject) {
-  return AObject ? IPtr<I>(static_cast<I*>(AObject)) : IPtr<I>();
-}
-} // namespace
+using jsonfaces::Face;
 
 IPtr<ILxJSONBase> TLxJSONBase::GetValue() { return Face<ILxJSONBase>(GetValueObj()); }
 

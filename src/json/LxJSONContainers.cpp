@@ -5,30 +5,19 @@
 #include "lorvane/platform/Generics.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
 #include "xmlutils/LxXMLValuesPrivate.h"
+#include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 
 #include <utility>
 
 namespace lorvane {
 
+using jsonfaces::Face;
+using jsonfaces::ObjectOf;
 using xmlvalues::MainKind;
 using xmlvalues::MainTypeKind;
 
 namespace {
-
-template <class I, class T> IPtr<I> Face(T* AObject) {
-  return AObject ? IPtr<I>(static_cast<I*>(AObject)) : IPtr<I>();
-}
-
-// The object behind an interface argument, of the class asked for.
-template <class T> T* ObjectOf(IInterface* AInterface) {
-  if (!AInterface)
-    return nullptr;
-  IPtr<ILxObject> Object = IPtr<ILxObject>::From(AInterface);
-  if (auto* Result = Object ? dynamic_cast<T*>(Object->Implementor()) : nullptr)
-    return Result;
-  throw EInvalidCast(UnicodeString(SInvalidCast));
-}
 
 [[noreturn]] void RaiseInvalidCast() { throw EInvalidCast(UnicodeString(SInvalidCast)); }
 

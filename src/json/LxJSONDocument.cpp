@@ -3,6 +3,7 @@
 
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
+#include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 
 #include <filesystem>
@@ -10,11 +11,7 @@
 
 namespace lorvane {
 
-namespace {
-template <class I, class T> IPtr<I> Face(T* AObject) {
-  return AObject ? IPtr<I>(static_cast<I*>(AObject)) : IPtr<I>();
-}
-} // namespace
+using jsonfaces::Face;
 
 TLxJSONDocument::TLxJSONDocument() : TLxJSONBase(nullptr, TKind::Document) {}
 
