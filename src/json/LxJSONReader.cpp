@@ -44,7 +44,7 @@ public:
         break;
       // One character behind the value is passed over unseen (the closing quote of a string,
       // or whatever follows a keyword), then blanks and control characters.
-      P->MoveNext();
+      StepCharacter();
       SkipBlanks();
       if (!AtEnd())
         RaiseNotWellFormed(u"");
