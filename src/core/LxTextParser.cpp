@@ -1,10 +1,10 @@
 // The character cursor: source window, per-character-set operation variants, marks, selection.
 #include "lorvane/core/LxTextParser.h"
 
-#include "core/RawScan.h"
+#include "core/internal/RawScan.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
-#include "platform/Utf.h"
+#include "platform/internal/Utf.h"
 
 #include <algorithm>
 #include <cstring>

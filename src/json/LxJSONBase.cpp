@@ -7,7 +7,7 @@
 #include "lorvane/json/LxJSONHandler.h"
 #include "lorvane/json/LxJSONReader.h"
 #include "lorvane/platform/Generics.h"
-#include "platform/SmallObjectPool.h"
+#include "platform/internal/SmallObjectPool.h"
 #include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 

@@ -4,7 +4,7 @@
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/platform/Generics.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 #include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 

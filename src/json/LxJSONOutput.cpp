@@ -3,7 +3,7 @@
 
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 // followed on a stack of its own.
 #include "lorvane/json/LxJSONReader.h"
 
-#include "core/RawScan.h"
+#include "core/internal/RawScan.h"
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
 

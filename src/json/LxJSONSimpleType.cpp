@@ -4,7 +4,7 @@
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 #include "json/LxJSONWriter.h"
 
 namespace lorvane {

@@ -5,7 +5,7 @@
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 
 namespace lorvane::jsonwriter {
 

@@ -2,7 +2,7 @@
 // lazily built single-byte tables, and pooled ICU converters for the multi-byte pages.
 #include "lorvane/platform/CodePages.h"
 
-#include "platform/Utf.h"
+#include "platform/internal/Utf.h"
 
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>

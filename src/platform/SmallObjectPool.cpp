@@ -1,6 +1,6 @@
 // The small object pool: free lists per size and thread over blocks that live as long as the
 // process.
-#include "platform/SmallObjectPool.h"
+#include "platform/internal/SmallObjectPool.h"
 
 #include <mutex>
 #include <new>

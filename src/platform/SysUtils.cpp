@@ -1,7 +1,7 @@
 // Exceptions, Format, and the number and text conversions of the runtime.
 #include "lorvane/platform/SysUtils.h"
 
-#include "platform/Utf.h"
+#include "platform/internal/Utf.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,5 +1,5 @@
 // UTF-8 and UTF-16 transcoding with replacement of ill-formed input.
-#include "platform/Utf.h"
+#include "platform/internal/Utf.h"
 
 #include <cstring>
 

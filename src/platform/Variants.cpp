@@ -2,7 +2,7 @@
 #include "lorvane/platform/Variants.h"
 
 #include "lorvane/platform/CodePages.h"
-#include "platform/SmallObjectPool.h"
+#include "platform/internal/SmallObjectPool.h"
 
 #include <atomic>
 #include <cfloat>

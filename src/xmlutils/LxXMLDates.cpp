@@ -1,7 +1,7 @@
 // Dates, times and durations to their XML Schema text and back, with the local zone.
 #include "lorvane/xmlutils/LxXMLValues.h"
 
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 
 #include <cmath>
 #include <cstdlib>

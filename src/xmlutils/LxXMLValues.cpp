@@ -2,7 +2,7 @@
 #include "lorvane/xmlutils/LxXMLValues.h"
 
 #include "lorvane/xmlutils/LxXMLEscape.h"
-#include "xmlutils/LxXMLValuesPrivate.h"
+#include "xmlutils/internal/VariantForms.h"
 
 #include <charconv>
 #include <cmath>
