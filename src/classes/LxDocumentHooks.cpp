@@ -1,7 +1,7 @@
 // The document hooks: storage for the document modules' functions, and the calls through them.
 #include "lorvane/classes/LxDocumentHooks.h"
 
-#include "startup/LxLibraryStartup.h"
+#include "lorvane/classes/LxLibraryStartup.h"
 
 #include <utility>
 
@@ -16,16 +16,11 @@ struct TDocumentHooks {
   TGetDocumentValueFunc GetJSONValue;
 };
 
-// A function-local static: constructed on first use, never by a static constructor. The
-// document modules' makers are in place before anyone reads or sets a hook.
+// Every use goes through here: the library's start-up puts the document modules' makers in
+// place before anyone reads or sets a hook, so that an application's own hook always wins.
 TDocumentHooks& Hooks() {
-  static TDocumentHooks Instance = [] {
-    const startup::TDocumentMakers Makers = startup::DocumentMakers();
-    TDocumentHooks Registered;
-    Registered.CreateXML = Makers.XML;
-    Registered.CreateJSON = Makers.JSON;
-    return Registered;
-  }();
+  EnsureLibraryStarted();
+  static TDocumentHooks Instance;
   return Instance;
 }
 

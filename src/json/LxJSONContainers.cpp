@@ -3,8 +3,8 @@
 
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/platform/Generics.h"
+#include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/internal/VariantForms.h"
 #include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 
@@ -14,8 +14,6 @@ namespace lorvane {
 
 using jsonfaces::Face;
 using jsonfaces::ObjectOf;
-using xmlvalues::MainKind;
-using xmlvalues::MainTypeKind;
 
 namespace {
 
@@ -192,18 +190,18 @@ TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName, TLxJSONDataTy
 }
 
 TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName, const Variant& AValue) {
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
     return AddMember(AName, jdtNumber, LxIntToXML(AValue.AsInteger()));
-  case MainKind::Float:
+  case lmkFloat:
     return AddMember(AName, jdtNumber, LxDoubleToXML(AValue.AsDouble()));
-  case MainKind::String:
+  case lmkString:
     return AddMember(AName, jdtString, AValue.AsString());
-  case MainKind::Boolean:
+  case lmkBoolean:
     return AddMember(AName, jdtBoolean, LxBoolToXML(AValue.AsBoolean()));
-  case MainKind::DateTime:
+  case lmkDateTime:
     return AddMember(AName, jdtString, LxDateTimeToXML(AValue.AsDateTime(), tzfNone));
-  case MainKind::Array: {
+  case lmkArray: {
     TLxJSONMember* Member = AddMember(AName, jdtArray);
     auto* Items = static_cast<TLxJSONArray*>(Member->FValue);
     const Integer High = VarArrayHighBound(AValue, 1);

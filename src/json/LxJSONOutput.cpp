@@ -2,6 +2,7 @@
 #include "lorvane/json/LxJSONOutput.h"
 
 #include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
 #include "xmlutils/internal/VariantForms.h"
 
@@ -9,21 +10,19 @@
 
 namespace lorvane {
 
-using xmlvalues::MainKind;
-using xmlvalues::MainTypeKind;
 using xmlvalues::OrDefault;
 using xmlvalues::VariantToDateTime;
 
 namespace {
 
 void AppendJSON(UnicodeString& AResult, const Variant& AValue) {
-  switch (MainTypeKind(AValue)) {
-  case MainKind::DateTime:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkDateTime:
     AResult += u'"';
     AResult += LxDateTimeToXML(AValue.AsDateTime(), tzfNone);
     AResult += u'"';
     return;
-  case MainKind::Array: {
+  case lmkArray: {
     // Arrays of Variants nest only as deep as the application built them.
     AResult += u'[';
     const Integer Low = VarArrayLowBound(AValue, 1);
@@ -36,15 +35,15 @@ void AppendJSON(UnicodeString& AResult, const Variant& AValue) {
     AResult += u']';
     return;
   }
-  case MainKind::Boolean:
+  case lmkBoolean:
     AResult += LxBoolToXML(AValue.AsBoolean());
     return;
-  case MainKind::Integer:
+  case lmkInteger:
     // An unsigned 64-bit value beyond the signed range keeps its digits.
     AResult += VarType(AValue) == varUInt64 ? UIntToStr(AValue.AsUInt64())
                                             : LxInt64ToXML(AValue.AsInt64());
     return;
-  case MainKind::Float: {
+  case lmkFloat: {
     const double Number = AValue.AsDouble();
     if (std::isnan(Number) || std::isinf(Number))
       AResult += u"null";
@@ -54,7 +53,7 @@ void AppendJSON(UnicodeString& AResult, const Variant& AValue) {
       AResult += LxDoubleToXML(Number);
     return;
   }
-  case MainKind::String:
+  case lmkString:
     AResult += u'"';
     if (VarType(AValue) == varString)
       AResult += LxStrToJSON(AValue.AsString());
@@ -96,16 +95,16 @@ UnicodeString LxVarToJSON(const Variant& AValue) {
 }
 
 TLxJSONDataType LxVarTypeToJSONType(const Variant& AValue) {
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
+  case lmkFloat:
     return jdtNumber;
-  case MainKind::String:
-  case MainKind::DateTime:
+  case lmkString:
+  case lmkDateTime:
     return jdtString;
-  case MainKind::Boolean:
+  case lmkBoolean:
     return jdtBoolean;
-  case MainKind::Array:
+  case lmkArray:
     return jdtArray;
   default:
     return jdtNull;

@@ -3,14 +3,11 @@
 
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/json/LxJSONOutput.h"
+#include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/internal/VariantForms.h"
 #include "json/LxJSONWriter.h"
 
 namespace lorvane {
-
-using xmlvalues::MainKind;
-using xmlvalues::MainTypeKind;
 
 TLxJSONSimpleType::TLxJSONSimpleType(TLxJSONBase* AOwner)
     : TLxJSONBase(AOwner, TKind::Simple), FValue(Null()) {}
@@ -32,15 +29,15 @@ Variant TLxJSONSimpleType::GetAsVariant() { return FValue; }
 
 LxJSONString TLxJSONSimpleType::GetAsString() {
   // Held text is the answer whatever the type says: a parsed null gives "null".
-  const MainKind Kind = MainTypeKind(FValue);
-  if (Kind == MainKind::String)
+  const TLxMainTypeKind Kind = VarMainTypeKind(FValue);
+  if (Kind == lmkString)
     return FValue.AsString();
   switch (FJSONType) {
   case jdtNull:
     return LxJSONString();
   case jdtString:
     // A date reads as it is written: its XML form without zone.
-    if (Kind == MainKind::DateTime)
+    if (Kind == lmkDateTime)
       return LxDateTimeToXML(FValue.AsDateTime(), tzfNone);
     return LxVarToStr(FValue, u"", false);
   case jdtNumber:
@@ -79,16 +76,16 @@ void TLxJSONSimpleType::SetAsLargeInt(Int64 AValue) {
 
 void TLxJSONSimpleType::SetAsVariant(const Variant& AValue) {
   FValue = AValue;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
+  case lmkFloat:
     FJSONType = jdtNumber;
     break;
-  case MainKind::String:
-  case MainKind::DateTime:
+  case lmkString:
+  case lmkDateTime:
     FJSONType = jdtString;
     break;
-  case MainKind::Boolean:
+  case lmkBoolean:
     FJSONType = jdtBoolean;
     break;
   default:

@@ -4,13 +4,10 @@
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
-#include "xmlutils/internal/VariantForms.h"
 
 namespace lorvane::jsonwriter {
-
-using xmlvalues::MainKind;
-using xmlvalues::MainTypeKind;
 
 namespace {
 
@@ -120,11 +117,11 @@ void TWriter::WriteEscaped(std::u16string_view AText) { AppendJSONEscaped(FText,
 
 void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
   const Variant& Value = AValue->FValue;
-  const MainKind Kind = MainTypeKind(Value);
+  const TLxMainTypeKind Kind = VarMainTypeKind(Value);
   // A byte string is decoded; wide text is read where it lies.
   UnicodeString Decoded;
   std::u16string_view Text;
-  if (Kind == MainKind::String) {
+  if (Kind == lmkString) {
     if (VarType(Value) == varString) {
       Decoded = Value.AsString();
       Text = Decoded;
@@ -139,9 +136,9 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
   case jdtString:
     Put(u'"');
     // A date goes out as LxVarToJSON writes it, in its XML form without zone.
-    if (Kind == MainKind::DateTime)
+    if (Kind == lmkDateTime)
       Put(LxDateTimeToXML(Value.AsDateTime(), tzfNone));
-    else if (Kind == MainKind::String)
+    else if (Kind == lmkString)
       WriteEscaped(Text);
     else
       WriteEscaped(LxVarToStr(Value, u"", false));
@@ -149,13 +146,13 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
     return;
   case jdtNumber:
     // Text as it was read goes out unexamined, "1.50" as "1.50".
-    if (Kind == MainKind::String)
+    if (Kind == lmkString)
       Put(Text);
     else
       Put(LxVarToJSON(Value));
     return;
   case jdtBoolean:
-    if (Kind == MainKind::String)
+    if (Kind == lmkString)
       Put(Text);
     else
       Put(LxVarToBool(Value, false, false) ? u"true" : u"false");

@@ -12,38 +12,6 @@ namespace lorvane {
 
 namespace xmlvalues {
 
-MainKind MainTypeKind(const Variant& AValue) noexcept {
-  const TVarType Type = VarType(AValue);
-  if (Type & varArray)
-    return MainKind::Array;
-  switch (Type) {
-  case varSmallint:
-  case varInteger:
-  case varShortInt:
-  case varByte:
-  case varWord:
-  case varLongWord:
-  case varInt64:
-  case varUInt64:
-    return MainKind::Integer;
-  case varSingle:
-  case varDouble:
-  case varCurrency:
-  case varDecimal:
-    return MainKind::Float;
-  case varOleStr:
-  case varString:
-  case varUString:
-    return MainKind::String;
-  case varBoolean:
-    return MainKind::Boolean;
-  case varDate:
-    return MainKind::DateTime;
-  default:
-    return MainKind::None;
-  }
-}
-
 [[noreturn]] void RaiseNotValid(std::u16string_view ATypeName) {
   throw EConvertError(u"The given value is not a valid " + UnicodeString(ATypeName) + u" value!");
 }
@@ -90,14 +58,14 @@ template <class T>
 T VariantToInteger(const Variant& AValue, T ADefault, bool AWide, std::u16string_view AName) {
   if (VarIsNull(AValue))
     return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
     return static_cast<T>(VariantIntegerBits(AValue));
-  case MainKind::String: {
+  case lmkString: {
     const UnicodeString Text = AValue.AsString();
     return AWide ? static_cast<T>(StrToInt64(Text)) : static_cast<T>(StrToInt(Text));
   }
-  case MainKind::Boolean:
+  case lmkBoolean:
     return AValue.AsBoolean() ? 1 : 0;
   default:
     RaiseNotValid(AName);
@@ -120,11 +88,11 @@ double XMLToFloatDef(std::u16string_view AValue, double ADefault) noexcept {
 double VariantToFloat(const Variant& AValue, double ADefault, std::u16string_view AName) {
   if (VarIsNull(AValue))
     return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
+  case lmkFloat:
     return AValue.AsDouble();
-  case MainKind::String:
+  case lmkString:
     return StrToFloat(AValue.AsString(), XMLFloatSettings());
   default:
     RaiseNotValid(AName);
@@ -330,12 +298,12 @@ bool LxXMLToBool(std::u16string_view AValue) noexcept {
 bool LxXMLToBool(const Variant& AValue, bool ADefault) {
   if (VarIsNull(AValue))
     return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
     return (VariantIntegerBits(AValue) & 0xFF) != 0;
-  case MainKind::String:
+  case lmkString:
     return LxXMLToBool(AValue.AsString());
-  case MainKind::Boolean:
+  case lmkBoolean:
     return AValue.AsBoolean();
   default:
     RaiseNotValid(u"Boolean");
@@ -346,18 +314,18 @@ bool LxXMLToBool(const Variant& AValue, bool ADefault) {
 UnicodeString LxXMLToStr(const Variant& AValue, std::u16string_view ADefault) {
   if (VarIsNull(AValue))
     return UnicodeString(ADefault);
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
     return IntToStr(static_cast<Int64>(VariantIntegerBits(AValue)));
-  case MainKind::Float:
+  case lmkFloat:
     return LxDoubleToXML(AValue.AsDouble());
-  case MainKind::String:
+  case lmkString:
     return LxXMLToStr(std::u16string_view(AValue.AsString()));
-  case MainKind::Boolean:
+  case lmkBoolean:
     return LxBoolToXML(AValue.AsBoolean());
-  case MainKind::DateTime:
+  case lmkDateTime:
     return LxDateTimeToXML(AValue.AsDateTime(), tzfNone);
-  case MainKind::Array:
+  case lmkArray:
     if (VarArrayDimCount(AValue) == 1) {
       UnicodeString Result;
       const Integer High = VarArrayHighBound(AValue, 1);

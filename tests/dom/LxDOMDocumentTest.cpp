@@ -2,7 +2,6 @@
 // element, the prolog and encoding, and the text written back.
 #include "dom/DomFixtures.h"
 
-#include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/core/LxWellKnownNames.h"
 
@@ -220,12 +219,6 @@ TEST_F(DomDocument, TheDocumentInterfaceLoadsAndSavesThroughTheExForms) {
       [&] { Document->SaveToStream(Stream.get(), 65001, false); },
       u"The SaveToStream is not supported by the DOM Document. Use the SaveToStreamEx instead.");
   EXPECT_EQ(Document->GetRootNode()->Document().Get(), Document.Get());
-}
-
-TEST_F(DomDocument, FoundationCodeMakesXMLDocumentsThroughTheHook) {
-  const auto Document = IPtr<ILxDOMDocument>::From(CreateXMLDocument(u"<a><b>x</b></a>"));
-  ASSERT_TRUE(Document);
-  EXPECT_EQ(Document->GetRootNode()->FindElement(u"b")->GetText(), u"x");
 }
 
 } // namespace

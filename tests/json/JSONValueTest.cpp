@@ -2,8 +2,6 @@
 // the document and its interfaces, and trees deeper than any stack.
 #include "lorvane/json/LxJSONValues.h"
 
-#include "lorvane/classes/LxDocumentHooks.h"
-
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/Generics.h"
 #include "support/TestHelpers.h"
@@ -464,24 +462,6 @@ TEST_F(JSONValue, TreesMadeAndFreedOnOtherThreadsStaySound) {
     TOwned<TLxJSONDocument> Other(Build(30000));
     EXPECT_EQ(Other->GetAsJSON().substr(0, 21), u"[{\"n\": 0}, {\"n\": 1}, ");
   }).join();
-}
-
-} // namespace
-} // namespace lorvane
-
-namespace lorvane {
-namespace {
-
-TEST(JSONDocumentHook, FoundationCodeMakesJSONDocumentsThroughTheHook) {
-  const Int64 LiveBefore = TObject::LiveInstances();
-  {
-    const IPtr<IInterface> Made = CreateJSONDocument(u"{\"a\": [1, \"x\"]}");
-    const auto Document = IPtr<ILxJSONDocument>::From(Made);
-    ASSERT_TRUE(Document);
-    EXPECT_EQ(Document->GetAsJSON(), u"{\"a\": [1, \"x\"]}");
-    EXPECT_THROW(CreateJSONDocument(u"{\"a\": 1"), ELxTextParserEOF);
-  }
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore) << "the last reference frees the document";
 }
 
 } // namespace

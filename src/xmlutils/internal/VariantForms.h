@@ -1,17 +1,13 @@
-/// Shared by the two value conversion sources: the coarse kind of a Variant and the failure of
-/// the Variant forms.
+/// What the Variant forms of the XML and JSON value conversions share: the failure of a value of
+/// the wrong kind, the date form over the main kind, and the Def forms.
 #pragma once
 
 #include "lorvane/platform/Variants.h"
+#include "lorvane/types/LxMainTypeKind.h"
 
 #include <string_view>
 
 namespace lorvane::xmlvalues {
-
-/// The coarse kind of a Variant's value, by which the Variant forms choose their path. The type
-/// registry will own this classification; until it exists it lives here.
-enum class MainKind : Byte { None, Integer, Float, String, Boolean, DateTime, Array };
-MainKind MainTypeKind(const Variant& AValue) noexcept;
 
 /// EConvertError "The given value is not a valid <ATypeName> value!".
 [[noreturn]] void RaiseNotValid(std::u16string_view ATypeName);
@@ -23,12 +19,12 @@ TDateTime VariantToDateTime(const Variant& AValue, TDateTime ADefault, std::u16s
                             TFromText AFromText) {
   if (VarIsNull(AValue))
     return ADefault;
-  switch (MainTypeKind(AValue)) {
-  case MainKind::Integer:
-  case MainKind::Float:
-  case MainKind::DateTime:
+  switch (VarMainTypeKind(AValue)) {
+  case lmkInteger:
+  case lmkFloat:
+  case lmkDateTime:
     return AValue.AsDouble();
-  case MainKind::String:
+  case lmkString:
     return AFromText(AValue.AsString());
   default:
     RaiseNotValid(AName);
