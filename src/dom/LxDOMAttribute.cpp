@@ -29,9 +29,7 @@ TLxDOMNode* TLxDOMAttribute::CreateClone() {
   return Clone;
 }
 
-bool TLxDOMAttribute::IsNamespace() const {
-  return (FPrefix.empty() && SameText(FLocalName, u"xmlns")) || SameText(FPrefix, u"xmlns");
-}
+bool TLxDOMAttribute::IsNamespace() const { return IsDeclarationName(FPrefix, FLocalName); }
 
 UnicodeString TLxDOMAttribute::NamespacePrefix() const {
   Assert(IsNamespace(), u"The attribute is no namespace declaration");
@@ -63,20 +61,49 @@ TLxDOMAttribute* TLxDOMAttribute::DeclarationInScope() const {
   return Element ? Element->DeclarationInScope(FPrefix) : nullptr;
 }
 
+bool TLxDOMAttribute::IsDeclarationName(const UnicodeString& APrefix,
+                                        const UnicodeString& ALocalName) {
+  return (APrefix.empty() && SameText(ALocalName, u"xmlns")) || SameText(APrefix, u"xmlns");
+}
+
+TLxDOMElement* TLxDOMAttribute::ScopeToRefresh(bool ADeclarationBefore, bool ADeclarationAfter) {
+  if (FDestroying || (FDOMDocument && GetDocument()->GetLoadState() == lsLoading))
+    return nullptr;
+  TLxDOMElement* Element = ParentElement();
+  if (!Element || !(ADeclarationBefore || ADeclarationAfter))
+    return nullptr;
+  // The refresh decodes the values in scope, this one too once it declares: one that doesn't
+  // decode raises before the rename.
+  Element->CheckNamespaceValues(Element);
+  if (ADeclarationAfter)
+    GetNodeValue();
+  return Element;
+}
+
 void TLxDOMAttribute::SetPrefix(const UnicodeString& Value) {
+  // A declaration that stops being one (or declares another prefix) must leave the scopes that
+  // hold it, and an attribute that becomes one joins them. Within SetQualifiedName the name is
+  // already set, and that caller refreshes.
+  TLxDOMElement* Element = nullptr;
+  if (Value != FPrefix)
+    Element = ScopeToRefresh(IsNamespace(), IsDeclarationName(Value, FLocalName));
   inherited::SetPrefix(Value);
   FNamespace = DeclarationInScope();
+  if (Element)
+    Element->RefreshNamespaces();
 }
 
 void TLxDOMAttribute::RefreshOwnNamespaces() { FNamespace = DeclarationInScope(); }
 
 void TLxDOMAttribute::SetQualifiedName(const UnicodeString& Value) {
-  const bool WasDeclaration = IsNamespace();
-  inherited::SetQualifiedName(Value);
-  if (FDestroying || (FDOMDocument && GetDocument()->GetLoadState() == lsLoading))
-    return;
+  const auto Colon = Value.find(u':');
+  const bool Split = Colon != UnicodeString::npos && Colon != 0;
+  const bool WillDeclare = IsDeclarationName(Split ? Value.substr(0, Colon) : UnicodeString(),
+                                             Split ? Value.substr(Colon + 1) : Value);
   // Renaming a declaration changes the scope of its element.
-  if (TLxDOMElement* Element = ParentElement(); Element && (WasDeclaration || IsNamespace()))
+  TLxDOMElement* Element = ScopeToRefresh(IsNamespace(), WillDeclare);
+  inherited::SetQualifiedName(Value);
+  if (Element)
     Element->RefreshNamespaces();
 }
 
@@ -103,11 +130,11 @@ void TLxDOMAttribute::SetNamespaceURI(const UnicodeString& Value) {
   }
   TLxDOMAttrList* Scope = Element->ScopeList();
   if (FNamespaceSet && (!Scope || !Scope->FindNamespace(FNamespaceURI))) {
-    auto* Declaration = New<TLxDOMAttribute>();
-    FNamespace = Declaration;
+    TOwned<TLxDOMAttribute> Declaration(New<TLxDOMAttribute>());
     Declaration->SetQualifiedName(FPrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + FPrefix);
     Declaration->SetNodeValue(Value);
-    Element->AddChild(Declaration, this, ldpBefore);
+    Element->AddChild(Declaration.get(), this, ldpBefore);
+    FNamespace = Declaration.release();
   }
   FNamespaceURI.clear();
   FNamespaceSet = false;

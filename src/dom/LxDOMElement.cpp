@@ -147,6 +147,8 @@ Integer TLxDOMElement::CountOf(TChildKind AKind) const noexcept {
 }
 
 TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  // The old parent may be this element, or hold it in its subtree.
+  TEditHold Hold(ANode ? ANode->ParentNode() : nullptr);
   PrepareToAdd(ANode);
   const TChildKind Kind = KindOf(ANode);
   TLxDOMNodeListBase* List = ExistingList(Kind);
@@ -169,13 +171,24 @@ void TLxDOMElement::RemoveChild(TLxDOMNode* AChildNode) {
 }
 
 void TLxDOMElement::UnlinkChild(TLxDOMNode* AChildNode) {
-  if (AChildNode->ParentObject() == this) {
-    // Children leave from the end when an element is cleared, so the search starts there.
-    TLxDOMNodeListBase* List = ExistingList(KindOf(AChildNode));
-    if (const Integer Index = List ? List->LastIndexOf(AChildNode) : -1; Index >= 0)
-      List->DeleteAt(Index);
-  }
+  // A declaration that leaves takes itself out of the scopes here and below by a refresh, whose
+  // values are checked first: a failure comes before anything changed.
+  const bool Declaration = !FDestroying && AChildNode->ParentObject() == this &&
+                           AChildNode->GetNodeType() == ntAttribute &&
+                           static_cast<TLxDOMAttribute*>(AChildNode)->IsNamespace();
+  if (Declaration)
+    CheckNamespaceValues(this);
   inherited::UnlinkChild(AChildNode);
+  if (Declaration)
+    RefreshNamespaces();
+}
+
+void TLxDOMElement::ForgetChild(TLxDOMNode* ANode) {
+  // Children leave from the end when an element is cleared, so the search starts there.
+  TLxDOMNodeListBase* List = ExistingList(KindOf(ANode));
+  if (const Integer Index = List ? List->LastIndexOf(ANode) : -1; Index >= 0)
+    List->DeleteAt(Index);
+  inherited::ForgetChild(ANode);
 }
 
 // --- creating children --------------------------------------------------------------------------
@@ -239,6 +252,7 @@ Integer TLxDOMElement::GetCDATACount() const noexcept {
 void TLxDOMElement::NormalizeTextNodes() {
   if (CountOf(TChildKind::CharacterData) < 2)
     return;
+  TEditHold Hold(this);
   for (Integer I = 0; I + 1 < FChildNodes->Count();) {
     TLxDOMNode* Node = FChildNodes->GetItem(I);
     TLxDOMNode* Next = FChildNodes->GetItem(I + 1);
@@ -304,12 +318,13 @@ TLxDOMNode* TLxDOMElement::NodeByName(TLxDOMNodeListBase* AList, const UnicodeSt
     return Found;
   if (!ASelectOptions.Contains(soCreate))
     return nullptr;
-  TLxDOMNode* Node = AList == ExistingList(TChildKind::Element)
-                         ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
-                         : Make<TLxDOMAttribute>(ANodeClass);
-  AddChild(Node, nullptr, ldpAfter);
-  Node->SetQualifiedName(ANodeName);
-  return Node;
+  TOwned<TLxDOMNode> Node(AList == ExistingList(TChildKind::Element)
+                              ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
+                              : Make<TLxDOMAttribute>(ANodeClass));
+  AddChild(Node.get(), nullptr, ldpAfter);
+  TLxDOMNode* Linked = Node.release();
+  Linked->SetQualifiedName(ANodeName);
+  return Linked;
 }
 
 TLxDOMElement* TLxDOMElement::FindElement(const UnicodeString& ANodeName,
@@ -376,14 +391,16 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
     return Found;
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
-  auto* Element = New<TLxDOMElement>();
-  Element->FLocalName = std::move(LocalName);
-  Element->FPrefix = Prefix;
-  AddChild(Element, nullptr, ldpAfter);
+  TOwned<TLxDOMElement> Made(New<TLxDOMElement>());
+  Made->FLocalName = std::move(LocalName);
+  Made->FPrefix = Prefix;
+  AddChild(Made.get(), nullptr, ldpAfter);
+  TLxDOMElement* Element = Made.release();
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = Element->ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
-    auto* Declaration = New<TLxDOMAttribute>();
-    Element->AddChild(Declaration, nullptr, ldpAfter);
+    TOwned<TLxDOMAttribute> Declared(New<TLxDOMAttribute>());
+    Element->AddChild(Declared.get(), nullptr, ldpAfter);
+    TLxDOMAttribute* Declaration = Declared.release();
     Declaration->SetQualifiedName(DeclarationName(Prefix));
     Declaration->SetNodeValue(URI);
   }
@@ -405,15 +422,17 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
     return Found;
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
-  auto* Attribute = New<TLxDOMAttribute>();
-  Attribute->FLocalName = std::move(LocalName);
-  Attribute->FPrefix = Prefix;
-  AddChild(Attribute, nullptr, ldpAfter);
+  TOwned<TLxDOMAttribute> Made(New<TLxDOMAttribute>());
+  Made->FLocalName = std::move(LocalName);
+  Made->FPrefix = Prefix;
+  AddChild(Made.get(), nullptr, ldpAfter);
+  TLxDOMAttribute* Attribute = Made.release();
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     // The declaration stands directly before the attribute that needs it.
-    auto* Declaration = New<TLxDOMAttribute>();
-    AddChild(Declaration, Attribute, ldpBefore);
+    TOwned<TLxDOMAttribute> Declared(New<TLxDOMAttribute>());
+    AddChild(Declared.get(), Attribute, ldpBefore);
+    TLxDOMAttribute* Declaration = Declared.release();
     Declaration->SetQualifiedName(DeclarationName(Prefix));
     Declaration->SetNodeValue(URI);
   }

@@ -52,7 +52,8 @@ void TLxDOMElement::RefreshOwnNamespaces() {
     FNamespaces->Clear();
   FScopeOwner = nullptr;
   if (!FParent) {
-    if (FNamespace && FNamespace->ParentObject() != this)
+    // Without parent only a declaration of its own can stay linked.
+    if (FNamespace && (FNamespace->ParentObject() != this || !FNamespace->IsNamespace()))
       FNamespace = nullptr;
     return;
   }
@@ -129,24 +130,27 @@ void TLxDOMElement::SetNamespaceURI(const UnicodeString& Value) {
 }
 
 void TLxDOMElement::SetParentNode(TLxDOMObject* AParent) {
-  const bool HadParent = FParent != nullptr;
-  if (!FDestroying) {
-    if (FNamespace) {
-      FNamespaceURI = FNamespace->GetNodeValue();
-      FNamespaceSet = true;
-    } else if (HadParent && !AParent) {
-      FNamespaceURI = GetNamespaceURI();
-      FNamespaceSet = true;
-    }
-  }
-  inherited::SetParentNode(AParent);
-  if (FDestroying)
+  if (FDestroying) {
+    inherited::SetParentNode(AParent);
     return;
+  }
+  const bool HadParent = FParent != nullptr;
+  // The values that may fail to decode are read before anything changes.
+  if (FNamespace) {
+    FNamespaceURI = FNamespace->GetNodeValue();
+    FNamespaceSet = true;
+  } else if (HadParent && !AParent) {
+    FNamespaceURI = GetNamespaceURI();
+    FNamespaceSet = true;
+  }
+  TLxDOMAttribute* Space = OwnSpaceAttribute();
+  const bool Preserve = Space && SameText(Space->GetNodeValue(), u"preserve");
+  inherited::SetParentNode(AParent);
   if (HadParent && !AParent)
     ForgetOutsideDeclarations();
 
-  if (TLxDOMAttribute* Space = OwnSpaceAttribute()) {
-    FPreserveSpace = SameText(Space->GetNodeValue(), u"preserve");
+  if (Space) {
+    FPreserveSpace = Preserve;
     PassPreserveSpaceDown(FPreserveSpace);
   } else {
     TLxDOMElement* Parent = ParentElement();
@@ -158,6 +162,41 @@ void TLxDOMElement::SetParentNode(TLxDOMObject* AParent) {
   }
   if (!HadParent && AParent && !FNamespaceURI.empty())
     SetNamespaceURI(FNamespaceURI);
+}
+
+void TLxDOMNode::CheckNamespaceValues(TLxDOMNode* ASubtree) {
+  // Only a reference can fail to decode: values without '&' are passed over at once.
+  const auto Check = [](TLxDOMNode* ANode) {
+    auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
+    if (Attribute->GetStoredValue().find(u'&') != UnicodeString::npos)
+      Attribute->GetNodeValue();
+  };
+  const auto CheckDeclaration = [&](TLxDOMNode* ANode) {
+    if (ANode->FNodeType == ntAttribute && static_cast<TLxDOMAttribute*>(ANode)->IsNamespace())
+      Check(ANode);
+  };
+  if (FNodeType == ntElement)
+    if (TLxDOMAttrList* Scope = static_cast<TLxDOMElement*>(this)->ScopeList())
+      for (TLxDOMNode* Declaration : *Scope)
+        Check(Declaration);
+  if (ASubtree->FNodeType == ntAttribute) {
+    CheckDeclaration(ASubtree);
+    return;
+  }
+  if (ASubtree->FNodeType == ntElement)
+    if (TLxDOMAttribute* Space = static_cast<TLxDOMElement*>(ASubtree)->OwnSpaceAttribute())
+      Check(Space);
+  std::vector<TLxDOMNode*> Pending{ASubtree};
+  while (!Pending.empty()) {
+    TLxDOMNode* Node = Pending.back();
+    Pending.pop_back();
+    if (Node->FChildNodes)
+      for (TLxDOMNode* Child : *Node->FChildNodes) {
+        CheckDeclaration(Child);
+        if (Child->FChildNodes && Child->FChildNodes->Count() > 0)
+          Pending.push_back(Child);
+      }
+  }
 }
 
 void TLxDOMElement::ForgetOutsideDeclarations() {

@@ -79,6 +79,13 @@ bool TLxDOMNode::CanAutoDestroy() { return !FDOMImpl && inherited::CanAutoDestro
 void TLxDOMNode::Clear() {
   if (!FChildNodes)
     return;
+  TEditHold Hold(this);
+  // Held children leave a node being destroyed first, while the siblings they may link to (its
+  // declarations) are still there to be read.
+  if (FDestroying)
+    for (Integer I = FChildNodes->Count() - 1; I >= 0; --I)
+      if (TLxDOMNode* Child = FChildNodes->GetItem(I); !Child->CanAutoDestroy())
+        RemoveChild(Child);
   for (Integer I = FChildNodes->Count() - 1; I >= 0; --I) {
     TLxDOMNode* Child = FChildNodes->GetItem(I);
     if (!Child->CanAutoDestroy()) {
@@ -95,6 +102,13 @@ void TLxDOMNode::Clear() {
     else
       Child->Free();
   }
+}
+
+TLxDOMNode::TEditHold::TEditHold(TLxDOMNode* ANode) {
+  // Only a node whose face is counted can lose its last owner to a pin release; taking a count
+  // on any other would make a face where the object road makes none.
+  if (ANode && !ANode->FDestroying && ANode->FDOMImpl && ANode->FDOMImpl->RefCount() > 0)
+    FHold = IPtr<IInterface>(static_cast<IInterface*>(ANode));
 }
 
 // --- faces --------------------------------------------------------------------------------------
@@ -203,19 +217,41 @@ void TLxDOMNode::PrepareToAdd(TLxDOMNode* ANode) {
       if (Ancestor == ANode)
         throw ELxDomException(u"A node can't be added below itself or one of its descendants.");
   }
-  if (ANode->FParent)
+  if (ANode->FParent) {
+    // A node that moves can't go back once it has left, so what its link reads is checked first.
+    CheckNamespaceValues(ANode);
     static_cast<TLxDOMNode*>(ANode->FParent)->UnlinkChild(ANode);
+  }
 }
 
 TLxDOMNode* TLxDOMNode::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
+  // The old parent may be this node, or hold it in its subtree.
+  TEditHold Hold(ANode ? ANode->ParentNode() : nullptr);
   PrepareToAdd(ANode);
   return LinkChild(ANode, ARefNode, APos);
 }
 
 TLxDOMNode* TLxDOMNode::LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
   ChildNodes()->Add(ANode, ARefNode, APos);
-  ANode->SetParentNode(this);
+  try {
+    ANode->SetParentNode(this);
+  } catch (...) {
+    // Back out as it came: out of the lists, then off this node, whose pin goes last (it may be
+    // the last hold on this node).
+    ForgetChild(ANode);
+    if (ANode->FParent) {
+      ANode->ForgetOutsideLinks();
+      ANode->TLxDOMObject::SetParentNode(nullptr);
+    }
+    throw;
+  }
   return ANode;
+}
+
+void TLxDOMNode::ForgetChild(TLxDOMNode* ANode) {
+  // Children leave from the end when a node is cleared, so the search starts there.
+  if (const Integer Index = FChildNodes ? FChildNodes->LastIndexOf(ANode) : -1; Index >= 0)
+    FChildNodes->DeleteAt(Index);
 }
 
 TLxDOMNode* TLxDOMNode::AppendChild(TLxDOMNode* newChild) {
@@ -229,12 +265,14 @@ TLxDOMNode* TLxDOMNode::InsertBefore(TLxDOMNode* newChild, TLxDOMNode* refChild)
 void TLxDOMNode::UnlinkChild(TLxDOMNode* AChildNode) {
   if (AChildNode->FParent != this)
     throw ELxDomNotFound(u"The node to remove is not a child of this node.");
+  // The child works out what it keeps of its place before it changes anything, so a failure
+  // there leaves it where it was.
   AChildNode->SetParentNode(nullptr);
-  // Children leave from the end when a node is cleared, so the search starts there.
-  FChildNodes->DeleteAt(FChildNodes->LastIndexOf(AChildNode));
+  ForgetChild(AChildNode);
 }
 
 void TLxDOMNode::RemoveChild(TLxDOMNode* AChildNode) {
+  TEditHold Hold(this);
   UnlinkChild(AChildNode);
   if (AChildNode->CanAutoDestroy())
     AChildNode->Free();

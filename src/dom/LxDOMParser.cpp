@@ -82,8 +82,8 @@ void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLStr
         SameText(Item->Value, cLxNsXSI))
       DeclaresSchemaInstance = true;
   }
+  FDOMNode->AppendChild(Element.get());
   TLxDOMElement* Linked = Element.release();
-  FDOMNode->AppendChild(Linked);
   if (DeclaresSchemaInstance && FDOMNode->GetNodeType() == ntDocument)
     static_cast<TLxDOMDocument*>(FDOMNode)->FUseSchemaInstance = true;
   FDOMNode = Linked;

@@ -311,6 +311,7 @@ UnicodeString TLxDOMElement::GetInnerXML() { return InnerXML(/*AFormatted=*/fals
 UnicodeString TLxDOMElement::GetFormattedInnerXML() { return InnerXML(/*AFormatted=*/true); }
 
 void TLxDOMElement::SetInnerXML(const UnicodeString& Value) {
+  TEditHold Hold(this); // a held child element's pin may be all that keeps this element
   std::vector<TLxDOMElement*> Children;
   VisitChildElements([&](TLxDOMElement* AChild) { Children.push_back(AChild); });
   for (auto It = Children.rbegin(); It != Children.rend(); ++It)

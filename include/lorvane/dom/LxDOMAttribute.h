@@ -24,7 +24,8 @@ class TLxDOMAttribute : public TLxDOMNode {
   /// The declaration's value; the xml namespace for the prefix "xml"; else empty with a parent,
   /// and the kept URI without one.
   UnicodeString GetNamespaceURI() override;
-  /// Links the declaration of the prefix in scope at the parent element.
+  /// Links the declaration of the prefix in scope at the parent element. A declaration that
+  /// stops being one, or an attribute that becomes one, refreshes its element's scope.
   void SetPrefix(const UnicodeString& Value) override;
   /// Renaming a declaration in an element refreshes that element's scope.
   void SetQualifiedName(const UnicodeString& Value) override;
@@ -36,6 +37,8 @@ class TLxDOMAttribute : public TLxDOMNode {
 
   /// "xmlns" without prefix, or the prefix "xmlns", without regard to case.
   bool IsNamespace() const;
+  /// Whether a name of that prefix and local name is a declaration's, as IsNamespace says.
+  static bool IsDeclarationName(const UnicodeString& APrefix, const UnicodeString& ALocalName);
   /// Whether this is a declaration whose decoded value is ANamespaceURI by ACollation.
   bool Declares(const UnicodeString& ANamespaceURI, TLxXPathCollationClass ACollation) {
     return IsNamespace() && ACollation->SameText(GetNodeValue(), ANamespaceURI);
@@ -59,6 +62,11 @@ class TLxDOMAttribute : public TLxDOMNode {
 protected:
   ~TLxDOMAttribute() override = default;
   void RefreshOwnNamespaces() override;
+  /// Only a link to itself stays sound outside the tree.
+  void ForgetOutsideLinks() override {
+    if (FNamespace != this)
+      FNamespace = nullptr;
+  }
 
   UnicodeString FNodeValue;
   TLxDOMAttribute* FNamespace = nullptr;
@@ -66,6 +74,9 @@ protected:
 private:
   /// The declaration in scope at the parent element for this attribute's prefix.
   TLxDOMAttribute* DeclarationInScope() const;
+  /// The element whose scope a rename changes (nil when none does, or while loading), checked
+  /// beforehand so that its refresh can't fail halfway.
+  TLxDOMElement* ScopeToRefresh(bool ADeclarationBefore, bool ADeclarationAfter);
   friend class TLxDOMElement;
 };
 

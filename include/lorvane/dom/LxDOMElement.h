@@ -182,6 +182,8 @@ class TLxDOMElement : public TLxDOMNode {
 protected:
   ~TLxDOMElement() override;
   void UnlinkChild(TLxDOMNode* AChildNode) override;
+  void ForgetChild(TLxDOMNode* ANode) override;
+  void ForgetOutsideLinks() override { ForgetOutsideDeclarations(); }
   void RefreshOwnNamespaces() override;
 
   TLxDOMNode* NodeByName(TLxDOMNodeListBase* AList, const UnicodeString& ANodeName,
@@ -253,6 +255,7 @@ private:
   /// Drops, in a subtree that leaves its tree, the links to declarations outside it.
   void ForgetOutsideDeclarations();
   friend class TLxDOMAttribute;
+  friend class TLxDOMNode; // CheckNamespaceValues reads the scope
 };
 
 class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {

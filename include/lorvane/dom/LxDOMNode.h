@@ -154,13 +154,37 @@ protected:
 
   /// This node's own part of RefreshNamespaces; the walk over the subtree calls it for every node.
   virtual void RefreshOwnNamespaces() {}
-  /// Makes ANode ready to be linked here: refuses a cycle, and unlinks ANode from a parent it has.
+  /// Keeps a node that only interfaces own (a detached parent that a held child's face pins)
+  /// alive until the end of an edit: taking a held child away releases its pin on the parent,
+  /// which must not go while the edit still works on it or below it. Holds nothing on a node
+  /// that is owned otherwise, or being destroyed.
+  class TEditHold {
+  public:
+    explicit TEditHold(TLxDOMNode* ANode);
+
+  private:
+    IPtr<IInterface> FHold;
+  };
+
+  /// Makes ANode ready to be linked here: refuses a cycle, and unlinks ANode from a parent it
+  /// has, after checking that the namespace values the link reads decode. Raises before
+  /// anything changed.
   void PrepareToAdd(TLxDOMNode* ANode);
+  /// Decodes every declaration in ASubtree and in scope at this node, and ASubtree's own
+  /// "xml:space": the values that resolving namespaces there reads. One that doesn't decode
+  /// raises EConvertError here, before an edit changes the tree, rather than halfway through it.
+  void CheckNamespaceValues(TLxDOMNode* ASubtree);
+  /// Takes ANode out of this node's lists; changes nothing else and raises nothing.
+  virtual void ForgetChild(TLxDOMNode* ANode);
+  /// Drops the links of this node's subtree into the tree it leaves; raises nothing.
+  virtual void ForgetOutsideLinks() {}
   /// The second half of AddChild, for a node that PrepareToAdd has seen: puts it among the
-  /// children and links it.
+  /// children and links it. A link that raises takes the node out again, free-standing.
   TLxDOMNode* LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos);
-  /// Takes AChildNode out of this node's lists and unlinks it, destroying nothing; raises
+  /// Unlinks AChildNode and takes it out of this node's lists, destroying nothing; raises
   /// ELxDomNotFound when it isn't a child. Adding a linked node to another parent moves it.
+  /// What may raise runs before anything changes. Releasing a held child's pin may end this node
+  /// when nothing else owns it: callers that go on working here keep a TEditHold.
   virtual void UnlinkChild(TLxDOMNode* AChildNode);
   /// The children without making the list: nil while the node never had one.
   TLxDOMNodeList* ChildList() const noexcept { return FChildNodes; }
