@@ -176,11 +176,23 @@ void TLxDOMElement::UnlinkChild(TLxDOMNode* AChildNode) {
   const bool Declaration = !FDestroying && AChildNode->ParentObject() == this &&
                            AChildNode->GetNodeType() == ntAttribute &&
                            static_cast<TLxDOMAttribute*>(AChildNode)->IsNamespace();
-  if (Declaration)
+  bool Refresh = Declaration;
+  if (Declaration && !AChildNode->Destroying()) {
     CheckNamespaceValues(this);
+  } else if (Declaration) {
+    // A declaration being destroyed leaves whatever its scope holds: where the refresh could
+    // fail, its links are only dropped.
+    try {
+      CheckNamespaceValues(this);
+    } catch (const EConvertError&) {
+      Refresh = false;
+    }
+  }
   inherited::UnlinkChild(AChildNode);
-  if (Declaration)
+  if (Refresh)
     RefreshNamespaces();
+  else if (Declaration)
+    DropDeclaration(static_cast<TLxDOMAttribute*>(AChildNode));
 }
 
 void TLxDOMElement::ForgetChild(TLxDOMNode* ANode) {

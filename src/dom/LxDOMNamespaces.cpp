@@ -199,6 +199,26 @@ void TLxDOMNode::CheckNamespaceValues(TLxDOMNode* ASubtree) {
   }
 }
 
+void TLxDOMElement::DropDeclaration(TLxDOMAttribute* ADeclaration) {
+  std::vector<TLxDOMElement*> Pending{this};
+  while (!Pending.empty()) {
+    TLxDOMElement* Element = Pending.back();
+    Pending.pop_back();
+    if (Element->FNamespaces)
+      while (Element->FNamespaces->Delete(ADeclaration)) {
+      }
+    if (Element->FNamespace == ADeclaration)
+      Element->FNamespace = nullptr;
+    Element->AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
+      auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
+      if (Attribute->FNamespace == ADeclaration)
+        Attribute->FNamespace = nullptr;
+      return false;
+    });
+    Element->VisitChildElements([&](TLxDOMElement* AChild) { Pending.push_back(AChild); });
+  }
+}
+
 void TLxDOMElement::ForgetOutsideDeclarations() {
   // A subtree that leaves its tree gets no refresh; links into the tree it left must not be
   // followed once those ancestors are gone. What stays is each element's own declaration.

@@ -151,6 +151,20 @@ TEST_F(DomTreeEdits, DestroyingAnElementDetachesAHeldChildWhileItsDeclarationsAr
   EXPECT_EQ(Held->GetNamespaceURI(), u"u"); // kept from the declaration as it left
 }
 
+TEST_F(DomTreeEdits, ADeclarationFreedBesideOneThatDoesNotDecodeStillLeaves) {
+  // Its destruction can't stop halfway: where the refresh of the scope would fail, the links to
+  // it are dropped instead.
+  Load(u"<r xmlns:p=\"&#;\" xmlns:q=\"u\"><q:c q:a=\"1\"/></r>");
+  TLxDOMElement* C = Root()->FirstElement();
+  ASSERT_NE(C->NamespaceDeclaration(), nullptr);
+  Root()->FindAttribute(u"xmlns:q")->Free();
+  EXPECT_EQ(Root()->AttributeCount(), 1);
+  EXPECT_EQ(C->NamespaceDeclaration(), nullptr);
+  EXPECT_EQ(C->FindAttribute(u"q:a")->NamespaceDeclaration(), nullptr);
+  EXPECT_EQ(Root()->Namespaces()->Count(), 1);
+  EXPECT_EQ(FDocument->GetXML(), u"<r xmlns:p=\"&#;\"><q:c q:a=\"1\" /></r>");
+}
+
 TEST_F(DomTreeEdits, ARemovalThatFailsLeavesTheTreeAsItWas) {
   // The element's kept namespace comes from a declaration that doesn't decode: the removal
   // raises before anything moved.

@@ -254,6 +254,8 @@ private:
   TLxDOMAttribute* OwnSpaceAttribute();
   /// Drops, in a subtree that leaves its tree, the links to declarations outside it.
   void ForgetOutsideDeclarations();
+  /// Takes ADeclaration out of every scope and link in this element's subtree; raises nothing.
+  void DropDeclaration(TLxDOMAttribute* ADeclaration);
   friend class TLxDOMAttribute;
   friend class TLxDOMNode; // CheckNamespaceValues reads the scope
 };

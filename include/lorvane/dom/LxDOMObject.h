@@ -53,6 +53,8 @@ class TLxDOMObject : public TLxObject {
   /// A node's parent node, or a list's owning node; nil when free-standing.
   TLxDOMObject* ParentObject() const noexcept { return FParent; }
   TLxDOMObjectImpl* DOMImpl() const noexcept { return FDOMImpl; }
+  /// Whether the object's destruction has begun.
+  bool Destroying() const noexcept { return FDestroying; }
 
 protected:
   ~TLxDOMObject() override;
