@@ -111,6 +111,8 @@ public:
     // TREE_EDITOR_TRACE=1 lists the operations of a replayed input, to reduce a finding by hand.
     static const bool Trace = std::getenv("TREE_EDITOR_TRACE") != nullptr;
     for (int Step = 0; Step < 200 && FIn.More(); ++Step) {
+      if (!FDocuments[0] && !FDocuments[1] && FPool.empty())
+        Load(0, UnicodeString(FIn.Pick(BuiltInDocuments))); // something to edit
       Collect();
       const uint8_t Op = FIn.Byte();
       if (Trace)
