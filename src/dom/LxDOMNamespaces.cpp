@@ -199,6 +199,18 @@ void TLxDOMNode::CheckNamespaceValues(TLxDOMNode* ASubtree) {
   }
 }
 
+void TLxDOMElement::ForgetAfterStoppedDestruction() {
+  // Every child is gone, the parent too: any link or listed node may be freed.
+  for (TLxDOMNodeListBase* List :
+       {static_cast<TLxDOMNodeListBase*>(FAttributes), static_cast<TLxDOMNodeListBase*>(FElements),
+        static_cast<TLxDOMNodeListBase*>(FCharNodes),
+        static_cast<TLxDOMNodeListBase*>(FNamespaces)})
+    if (List)
+      List->Clear();
+  FScopeOwner = nullptr;
+  FNamespace = nullptr;
+}
+
 void TLxDOMElement::DropDeclaration(TLxDOMAttribute* ADeclaration) {
   std::vector<TLxDOMElement*> Pending{this};
   while (!Pending.empty()) {

@@ -67,8 +67,12 @@ void TLxDOMNode::BeforeDestruction() {
   if (FParent)
     static_cast<TLxDOMNode*>(FParent)->RemoveChild(this);
   if (FDOMImpl && FDOMImpl->RefCount() > 0) {
-    // The node stays alive as a free-standing node owned by the interfaces held on it.
+    // The node stays alive as a free-standing node owned by the interfaces held on it: what the
+    // destruction skipped (lists and links of the freed children, document and pin of the
+    // parent left) is done now.
     FDestroying = false;
+    ForgetAfterStoppedDestruction();
+    TLxDOMObject::SetParentNode(nullptr);
     throw Exception(u"An instance of %s is destroyed while it's refcount is not 0!", {ClassName()});
   }
   inherited::BeforeDestruction();

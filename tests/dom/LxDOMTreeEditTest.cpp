@@ -165,6 +165,31 @@ TEST_F(DomTreeEdits, ADeclarationFreedBesideOneThatDoesNotDecodeStillLeaves) {
   EXPECT_EQ(FDocument->GetXML(), u"<r xmlns:p=\"&#;\"><q:c q:a=\"1\" /></r>");
 }
 
+TEST_F(DomTreeEdits, AHeldElementWhoseDestructionIsRefusedKeepsNoLinkToWhatWasFreed) {
+  Load(u"<p:r xmlns:p=\"u\"><p:a/>t</p:r>");
+  TLxDOMElement* A = Root()->FirstElement();
+  IPtr<ILxDOMElement> Held = DOMInterface<ILxDOMElement>(A);
+  A->Attributes();
+  A->SetAttribute(u"p:k", u"1"); // linked to the root's declaration
+  TLxDOMElement* R = Root();
+  R->CharNodes();
+  IPtr<ILxDOMElement> RootHeld = DOMInterface<ILxDOMElement>(R);
+  test::ExpectRaises<Exception>(
+      [&] { R->Free(); },
+      u"An instance of TLxDOMElement is destroyed while it's refcount is not 0!");
+  // Its children are gone, a detached first: lists, declaration and document follow.
+  EXPECT_EQ(RootHeld->ElementCount(), 0);
+  EXPECT_EQ(RootHeld->AttributeCount(), 0);
+  EXPECT_EQ(R->CharNodes()->Count(), 0);
+  EXPECT_EQ(R->NamespaceDeclaration(), nullptr);
+  EXPECT_EQ(R->GetDocument(), nullptr);
+  EXPECT_EQ(Held->ParentNode(), nullptr);
+  EXPECT_EQ(A->FindAttribute(u"p:k")->NamespaceDeclaration(), nullptr);
+  FHeld = nullptr; // the document goes; nothing the held nodes keep points into it
+  EXPECT_EQ(RootHeld->GetXML(), u"<p:r />");
+  EXPECT_EQ(Held->GetXML(), u"<p:a p:k=\"1\" />");
+}
+
 TEST_F(DomTreeEdits, ARemovalThatFailsLeavesTheTreeAsItWas) {
   // The element's kept namespace comes from a declaration that doesn't decode: the removal
   // raises before anything moved.

@@ -67,6 +67,7 @@ protected:
     if (FNamespace != this)
       FNamespace = nullptr;
   }
+  void ForgetAfterStoppedDestruction() override { ForgetOutsideLinks(); }
 
   UnicodeString FNodeValue;
   TLxDOMAttribute* FNamespace = nullptr;

@@ -184,6 +184,7 @@ protected:
   void UnlinkChild(TLxDOMNode* AChildNode) override;
   void ForgetChild(TLxDOMNode* ANode) override;
   void ForgetOutsideLinks() override { ForgetOutsideDeclarations(); }
+  void ForgetAfterStoppedDestruction() override;
   void RefreshOwnNamespaces() override;
 
   TLxDOMNode* NodeByName(TLxDOMNodeListBase* AList, const UnicodeString& ANodeName,

@@ -178,6 +178,9 @@ protected:
   virtual void ForgetChild(TLxDOMNode* ANode);
   /// Drops the links of this node's subtree into the tree it leaves; raises nothing.
   virtual void ForgetOutsideLinks() {}
+  /// A destruction that an interface stopped has freed the children and left the parent
+  /// without the bookkeeping of either: drops what still points at them. Raises nothing.
+  virtual void ForgetAfterStoppedDestruction() {}
   /// The second half of AddChild, for a node that PrepareToAdd has seen: puts it among the
   /// children and links it. A link that raises takes the node out again, free-standing.
   TLxDOMNode* LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos);
