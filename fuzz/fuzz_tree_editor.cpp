@@ -530,6 +530,14 @@ private:
           static_cast<TLxDOMText*>(Node)->GetStoredValue().find_first_not_of(u" \t\r\n") ==
               UnicodeString::npos)
         return;
+      // A prefix declared with an empty URI isn't namespace-well-formed: the load then reads it
+      // as the declaration of "" and declares elements without namespace anew (xmlns="").
+      if (Node->GetNodeType() == ntAttribute) {
+        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+        if (Attribute->IsNamespace() && !Attribute->GetPrefix().empty() &&
+            Attribute->GetStoredValue().empty())
+          return;
+      }
       for (Integer I = 0; I < Node->NodeCount(); ++I)
         Pending.push_back(Node->ChildNodes()->GetItem(I));
     }
