@@ -361,8 +361,10 @@ private:
       TLxDOMElement* Element = AnyElement();
       if (!Element)
         return;
+      // "xmlns:" with nothing behind is no name the text could give back.
+      const UnicodeString Prefix(FIn.Pick(Prefixes));
       const UnicodeString Name =
-          FIn.Byte() & 1 ? UnicodeString(u"xmlns") : u"xmlns:" + UnicodeString(FIn.Pick(Prefixes));
+          (FIn.Byte() & 1) != 0 || Prefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + Prefix;
       switch (FIn.Byte() % 4) {
       case 0:
         Guarded([&] { Element->SetAttribute(Name, UnicodeString(FIn.Pick(URIs))); });
