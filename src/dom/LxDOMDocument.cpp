@@ -86,6 +86,7 @@ void TLxDOMDocument::SetCaseSensitive(bool Value) {
 // --- root element -------------------------------------------------------------------------------
 
 void TLxDOMDocument::Clear() {
+  TEditHold Hold(this); // a held root's pin may be all that keeps the document
   inherited::Clear();
   FRootNode = nullptr;
 }

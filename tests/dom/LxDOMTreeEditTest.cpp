@@ -109,6 +109,18 @@ TEST_F(DomTreeEdits, AParentKeptOnlyByAChildsFaceSurvivesTheMoveThatTakesTheChil
   EXPECT_EQ(Alive(), WithA - 5);
 }
 
+TEST_F(DomTreeEdits, ADocumentKeptOnlyByItsRootsFaceLastsUntilItsClearIsDone) {
+  TLxDOMDocument* Document = Load(u"<r><a/></r>");
+  IPtr<ILxDOMElement> RootHeld = DOMInterface<ILxDOMElement>(Document->GetRootNode());
+  FHeld = nullptr; // only the root's face keeps the document now
+  Document->Clear();
+  EXPECT_EQ(RootHeld->ParentNode(), nullptr);
+  EXPECT_EQ(RootHeld->Document(), nullptr);
+  EXPECT_EQ(RootHeld->GetXML(), u"<r><a /></r>");
+  RootHeld = nullptr;
+  EXPECT_EQ(Alive(), 0);
+}
+
 TEST_F(DomTreeEdits, AParentKeptOnlyByAChildsFaceSurvivesEditsOfItsOwnChildren) {
   // By object reference, on an element that a held child's face alone keeps alive: the edit
   // takes that child away, and the element must last until the edit is done.
