@@ -473,7 +473,7 @@ namespace lorvane {
 namespace {
 
 TEST(JSONDocumentHook, FoundationCodeMakesJSONDocumentsThroughTheHook) {
-  const Int64 LiveBefore = TObject::LiveInstances();
+  const test::TLiveCount Live;
   {
     const IPtr<IInterface> Made = CreateJSONDocument(u"{\"a\": [1, \"x\"]}");
     const auto Document = IPtr<ILxJSONDocument>::From(Made);
@@ -481,7 +481,7 @@ TEST(JSONDocumentHook, FoundationCodeMakesJSONDocumentsThroughTheHook) {
     EXPECT_EQ(Document->GetAsJSON(), u"{\"a\": [1, \"x\"]}");
     EXPECT_THROW(CreateJSONDocument(u"{\"a\": 1"), ELxTextParserEOF);
   }
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore) << "the last reference frees the document";
+  Live.ExpectMadeSince(0, "the last reference frees the document");
 }
 
 } // namespace
