@@ -108,6 +108,9 @@ public:
   void Free();
 
   /// Objects alive in this process; tests use it to prove that nothing leaks or dies early.
+  /// Only builds of the library configured to count (the LORVANE_COUNT_INSTANCES option, off by
+  /// default) keep the count, since it costs an atomic update per object made and freed; other
+  /// builds answer -1.
   static Int64 LiveInstances() noexcept;
 
 protected:
