@@ -466,9 +466,12 @@ void TLxTextParser::SkipUTF8Decoded(TLxTextParserSkipOp AOperator, char32_t ACha
 
 void TLxTextParser::SkipWideNotEqual(WideChar AChar) {
   for (;;) {
-    const Byte* const End = FEnd;
-    FCur = rawscan::FindUnit16(FCur, End, AChar);
-    if (End - FCur >= 2 || !Refill())
+    if (const Byte* const Hit = rawscan::FindUnit16(FCur, FEnd, AChar)) {
+      FCur = Hit;
+      return;
+    }
+    FCur = FEnd - (FEnd - FCur) % 2; // an odd byte at the end waits for its other half
+    if (!Refill())
       return;
   }
 }
@@ -756,7 +759,9 @@ void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
     // decode properly from the first byte that isn't ASCII.
     ATarget.resize(ALength);
     char16_t* Out = ATarget.data();
-    const std::size_t I = rawscan::WidenASCII(AFrom, ALength, Out);
+    std::size_t I = rawscan::WidenASCIIBlocks(AFrom, ALength, Out);
+    for (; I < ALength && AFrom[I] < 0x80; ++I)
+      Out[I] = AFrom[I];
     if (I < ALength) {
       ATarget.resize(I);
       utf::AppendUTF8AsUTF16(ATarget, AFrom + I, ALength - I);

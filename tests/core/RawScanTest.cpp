@@ -55,12 +55,16 @@ TEST(RawScan, FindUnit16FindsWholeUnitsOnly) {
     for (std::size_t Place = 0; Place <= Units; Place += 1)
       for (std::size_t Shift : {0, 1}) {
         // 0x3C3C is "<<" in bytes, 0x003C shifted by a byte looks like '<' too.
-        const TLaidOut<WideChar> Text(Units, 0x3C3C, Place, u'<', Shift);
+        TLaidOut<WideChar> Text(Units, 0x3C3C, Place, u'<', Shift);
+        Text.Bytes.back() = '<';
         const Byte* Begin = Text.Begin();
-        // A trailing odd byte isn't a unit: the answer is the end of the whole units.
+        // A trailing odd byte isn't a unit, even when it is the low half of one.
         const Byte* Found = rawscan::FindUnit16(Begin, Begin + 2 * Units + 1, u'<');
-        ASSERT_EQ(Found - Begin, std::ptrdiff_t(2 * std::min(Place, Units)))
-            << "units " << Units << ", hit at " << Place << ", shift " << Shift;
+        if (Place == Units)
+          ASSERT_EQ(Found, nullptr) << "units " << Units << ", shift " << Shift;
+        else
+          ASSERT_EQ(Found - Begin, std::ptrdiff_t(2 * Place))
+              << "units " << Units << ", hit at " << Place << ", shift " << Shift;
       }
 }
 
@@ -98,7 +102,7 @@ TEST(RawScan, FindControlOrMarkupStopsAtControlsAndTheFiveMarkupCharacters) {
     CheckControlOrMarkup<char16_t>(C, false);
 }
 
-TEST(RawScan, WidenASCIIStopsAtTheFirstByteFrom0x80) {
+TEST(RawScan, WidenASCIIBlocksStopsBeforeTheFirstBlockWithAByteFrom0x80) {
   for (std::size_t Length = 0; Length <= MaxUnits; ++Length)
     for (std::size_t Place = 0; Place <= Length; ++Place) {
       std::vector<Byte> Bytes(Length);
@@ -107,10 +111,12 @@ TEST(RawScan, WidenASCIIStopsAtTheFirstByteFrom0x80) {
       if (Place < Length)
         Bytes[Place] = static_cast<Byte>(0x80 + Place % 0x80);
       std::u16string Out(Length, u'\xFFFF');
-      const std::size_t Widened = rawscan::WidenASCII(Bytes.data(), Length, Out.data());
-      ASSERT_EQ(Widened, Place) << "length " << Length;
-      for (std::size_t I = 0; I < Widened; ++I)
-        ASSERT_EQ(Out[I], char16_t(Bytes[I])) << "length " << Length << ", unit " << I;
+      const std::size_t Widened = rawscan::WidenASCIIBlocks(Bytes.data(), Length, Out.data());
+      // Whole blocks of eight only, with or without vectors, and none past the first high byte.
+      ASSERT_EQ(Widened, Place / 8 * 8) << "length " << Length << ", high byte at " << Place;
+      for (std::size_t I = 0; I < Length; ++I)
+        ASSERT_EQ(Out[I], I < Widened ? char16_t(Bytes[I]) : u'\xFFFF')
+            << "length " << Length << ", unit " << I;
     }
 }
 

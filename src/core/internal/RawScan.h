@@ -61,9 +61,9 @@ inline const Byte* FindAnyOf(const Byte* AFrom, const Byte* ATo, const TUnit* AS
 }
 
 /// The first UTF-16 unit (little endian, at any byte alignment) in [AFrom, ATo) that equals
-/// AUnit; without one, the end of the whole units in the range, so that an odd byte at the end
-/// is left for the caller. One block of eight units per step: made for short hops, such as the
-/// way to the next delimiter.
+/// AUnit, or nil when there is none; an odd byte at the end is no unit. One block of eight units
+/// per step: made for short hops, such as the way to the next delimiter. Nil rather than the end
+/// for a miss, so that a caller returns on a hit without testing it again.
 inline const Byte* FindUnit16(const Byte* AFrom, const Byte* ATo, WideChar AUnit) noexcept {
   const Byte* P = AFrom;
 #if defined(__SSE2__)
@@ -80,12 +80,12 @@ inline const Byte* FindUnit16(const Byte* AFrom, const Byte* ATo, WideChar AUnit
     if (Unit == AUnit)
       return P;
   }
-  return P;
+  return nullptr;
 }
 
-/// The first unit in [AFrom, ATo) that equals AUnit, or ATo: as FindUnit16, for a unit that is
-/// rare in long text (the '&' of a reference). Four blocks go per round while nothing is found,
-/// since the loop, not the hit, is the cost there.
+/// The first unit in [AFrom, ATo) that equals AUnit, or ATo: as FindUnit16 (but ATo for a miss),
+/// for a unit that is rare in long text (the '&' of a reference). Four blocks go per round while
+/// nothing is found, since the loop, not the hit, is the cost there.
 inline const WideChar* FindRareUnit16(const WideChar* AFrom, const WideChar* ATo,
                                       WideChar AUnit) noexcept {
   const WideChar* P = AFrom;
@@ -166,10 +166,13 @@ inline const TChar* FindControlOrMarkup(const TChar* AFrom, const TChar* ATo) no
   return P;
 }
 
-/// Widens the ASCII bytes at the start of [AFrom, AFrom + ALength) into UTF-16 units at AOut
-/// (room for ALength units) and gives their count: ALength, or the offset of the first byte
-/// from 0x80 on, where UTF-8 decoding has to take over.
-inline std::size_t WidenASCII(const Byte* AFrom, std::size_t ALength, char16_t* AOut) noexcept {
+/// Widens ASCII bytes from the start of [AFrom, AFrom + ALength) into UTF-16 units at AOut (room
+/// for ALength units), a block of 16 bytes (SSE2) or 8 (the scalar loop) at a time, and gives
+/// their count. It stops before the first block that is short or holds a byte from 0x80 on: the
+/// caller takes the few bytes behind one at a time, which keeps short texts (most names) off
+/// the block loops.
+inline std::size_t WidenASCIIBlocks(const Byte* AFrom, std::size_t ALength,
+                                    char16_t* AOut) noexcept {
   std::size_t I = 0;
 #if defined(__SSE2__)
   for (; I + 16 <= ALength; I += 16) {
@@ -188,8 +191,6 @@ inline std::size_t WidenASCII(const Byte* AFrom, std::size_t ALength, char16_t* 
     for (int K = 0; K < 8; ++K)
       AOut[I + K] = AFrom[I + K];
   }
-  for (; I < ALength && AFrom[I] < 0x80; ++I)
-    AOut[I] = AFrom[I];
   return I;
 }
 
