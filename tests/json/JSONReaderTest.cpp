@@ -151,6 +151,48 @@ TEST_F(JSONReader, LocatorReportsTheCursorDuringTheParse) {
   EXPECT_EQ(FReader->GetColNr(), -1);
 }
 
+TEST_F(JSONReader, FailureAtTheEndOfOneTextDoesntMoveTheNextParsesLocator) {
+  Read<ELxTextParserEOF>(u"[1");
+  ASSERT_TRUE(FReader->GetUnexpectedEOF());
+  Read(u"[1,\n  x]");
+  EXPECT_EQ(FRecorder->FatalLineNr, 2);
+  EXPECT_EQ(FRecorder->FatalColNr, 3);
+  Read<ELxTextParserEOF>(u"{");
+  FReader->Parse(LxJSONString(u"[]"));
+  EXPECT_FALSE(FReader->GetUnexpectedEOF()) << "a parse that succeeds is the last one";
+}
+
+TEST_F(JSONReader, HandlersSetAsideDuringAParseStillHearIt) {
+  // At the first array the handler takes itself and the error handler out of the reader: the
+  // parse goes on delivering to the handler it began with, and the failure behind is raised
+  // without an error handler to tell.
+  struct TLeaveAtArray : public TJSONEventRecorder {
+    TLxJSONReader* Reader = nullptr;
+    void StartArray() override {
+      Reader->SetContentHandler(nullptr);
+      Reader->SetErrorHandler(nullptr);
+      TJSONEventRecorder::StartArray();
+    }
+  };
+  TOwned<TLeaveAtArray> Leaver(New<TLeaveAtArray>());
+  Leaver->Reader = FReader;
+  for (const auto& [JSON, Fails] : {std::pair{u"{\"a\":[1,true]}", false}, {u"[1,x]", true}}) {
+    FRecorder->Attach(FReader);
+    const std::string Expected = Read(JSON);
+    Leaver->Transcript.clear();
+    Leaver->Attach(FReader);
+    if (Fails)
+      EXPECT_THROW(FReader->Parse(LxJSONString(JSON)), ELxJSONParseError);
+    else
+      FReader->Parse(LxJSONString(JSON));
+    EXPECT_EQ(FReader->GetContentHandler(), nullptr);
+    EXPECT_EQ(Leaver->Transcript,
+              Fails ? Expected.substr(0, Expected.find(" fatalError")) : Expected)
+        << StringToUTF8(JSON);
+  }
+  FRecorder->Attach(FReader); // the leaver goes before the reader
+}
+
 TEST_F(JSONReader, MissingHandlersRaiseBeforeReadingWithoutTheErrorHandler) {
   FReader->SetContentHandler(nullptr);
   test::ExpectRaises<ELxJSONException>([&] { FReader->Parse(LxJSONString(u"[]")); },

@@ -25,7 +25,7 @@ constexpr char Usage[] =
     "        U+0000..U+001F and lone surrogates as \\uXXXX (upper-case hex), nothing else.\n"
     "        A JSON value's type is its TLxJSONDataType name (\"jdtString\"); JSON names and\n"
     "        values are shown raw, as the reader delivers them, escapes still in them.\n"
-    "        The first byte above U+0020, behind a byte order mark, decides the format:\n"
+    "        The first character above U+0020, behind a byte order mark, decides the format:\n"
     "        '<' is XML, anything else (an empty file too) JSON.\n"
     "        When the text fails, the last line is FatalError, the message, the line and\n"
     "        the column as the reader's locator gives them (-1 when the failure came before\n"
@@ -45,43 +45,6 @@ constexpr char Usage[] =
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
-constexpr char Hex[] = "0123456789ABCDEF";
-
-void AppendEscapedUnit(std::string& AOut, char16_t AUnit) {
-  AOut += "\\u";
-  for (int Shift = 12; Shift >= 0; Shift -= 4)
-    AOut += Hex[(AUnit >> Shift) & 0xF];
-}
-
-/// AText as a JSON string literal, by the rule the usage text states. Runs that need no escape go
-/// through the library's UTF-8 conversion whole.
-std::string JSONString(std::u16string_view AText) {
-  std::string Out = "\"";
-  std::size_t RunStart = 0;
-  for (std::size_t I = 0; I < AText.size(); ++I) {
-    const char16_t Unit = AText[I];
-    if (Unit >= 0xD800 && Unit <= 0xDBFF && I + 1 < AText.size() && AText[I + 1] >= 0xDC00 &&
-        AText[I + 1] <= 0xDFFF) {
-      ++I;
-      continue;
-    }
-    const bool Quoted = Unit == u'"' || Unit == u'\\';
-    if (!Quoted && Unit >= 0x20 && (Unit < 0xD800 || Unit > 0xDFFF))
-      continue;
-    Out += StringToUTF8(AText.substr(RunStart, I - RunStart));
-    if (Quoted) {
-      Out += '\\';
-      Out += static_cast<char>(Unit);
-    } else {
-      AppendEscapedUnit(Out, Unit);
-    }
-    RunStart = I + 1;
-  }
-  Out += StringToUTF8(AText.substr(RunStart));
-  Out += '"';
-  return Out;
-}
-
 std::string LineAndColumn(Integer ALine, Integer AColumn) {
   std::string Tail = "\t";
   Tail += std::to_string(ALine);
@@ -96,7 +59,7 @@ void Print(const char* AName, std::initializer_list<std::u16string_view> AString
   std::string Line = AName;
   for (std::u16string_view S : AStrings) {
     Line += '\t';
-    Line += JSONString(S);
+    Line += LxStrToJSONLiteral(S);
   }
   Line += ATail;
   Line += '\n';
@@ -159,11 +122,11 @@ class TEventPrinter : public TLxObject,
       if (A != AAttributes->FirstAttribute())
         Attributes += ',';
       Attributes += '[';
-      Attributes += JSONString(A->QName);
+      Attributes += LxStrToJSONLiteral(A->QName);
       Attributes += ',';
-      Attributes += JSONString(A->URI);
+      Attributes += LxStrToJSONLiteral(A->URI);
       Attributes += ',';
-      Attributes += JSONString(A->Value);
+      Attributes += LxStrToJSONLiteral(A->Value);
       Attributes += ']';
     }
     Attributes += ']';
@@ -254,19 +217,12 @@ private:
   }
 };
 
-/// The first byte above U+0020 behind a byte order mark, or -1 when there is none.
-int FirstSignificantByte(const TFileName& AFileName) {
+/// Whether the file holds XML, by the library's decision between the formats: the first
+/// character above U+0020 behind a byte order mark is '<'.
+bool IsXMLFile(const TFileName& AFileName) {
   TOwned<TFileStream> Stream(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
-  LxGetCodePage(Stream.get());
-  Byte Block[4096];
-  for (;;) {
-    const Int64 Count = Stream->Read(Block, sizeof Block);
-    if (Count <= 0)
-      return -1;
-    for (Int64 I = 0; I < Count; ++I)
-      if (Block[I] > 0x20)
-        return Block[I];
-  }
+  const Word CodePage = LxGetCodePage(Stream.get());
+  return PeekFirstSignificantChar(Stream.get(), CodePage) == u'<';
 }
 
 int Fail(const std::string& AMessage) {
@@ -295,7 +251,7 @@ int RunEvents(const std::string& AFileName) {
   const TFileName FileName = UTF8ToString(AFileName);
   bool IsXML = false;
   try {
-    IsXML = FirstSignificantByte(FileName) == '<';
+    IsXML = IsXMLFile(FileName);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
@@ -398,7 +354,7 @@ int Format(const std::vector<std::string_view>& AArgs) {
   const TFileName Name = UTF8ToString(std::string(FileName));
   bool IsXML = false;
   try {
-    IsXML = FirstSignificantByte(Name) == '<';
+    IsXML = IsXMLFile(Name);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
