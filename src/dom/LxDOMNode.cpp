@@ -1,8 +1,6 @@
 // Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
 #include "lorvane/dom/LxDOMNode.h"
 
-#include "dom/LxDOMWriter.h"
-#include "lorvane/core/LxStreams.h"
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMParser.h"
 
@@ -286,9 +284,7 @@ UnicodeString TLxDOMNode::GetQualifiedName() const {
   return Result.append(FPrefix).append(1, u':').append(FLocalName);
 }
 
-// --- loading and saving -----------------------------------------------------------------------
-
-void TLxDOMNode::_SaveToStream(TStream*, Word, bool, Integer&) {}
+// --- loading ------------------------------------------------------------------------------------
 
 void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
   TOwned<TLxDOMParser> Parser(New<TLxDOMParser>(this));
@@ -296,25 +292,6 @@ void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
   Parser->SetOnParseError(GetOnParseError());
   Parser->SetOnParseFatalError(GetOnParseFatalError());
   Parser->Parse(AStream, AStreamCodePage);
-}
-
-void TLxDOMNode::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
-  domwriter::TBufferedOutput Output(AStream, AStreamCodePage);
-  Integer Level = -1;
-  _SaveToStream(AStream, AStreamCodePage, AFormatted, Level);
-  Output.Finish();
-}
-
-UnicodeString TLxDOMNode::GetXML() {
-  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  SaveToStream(Stream.get(), 1200, /*AFormatted=*/false);
-  return Stream->GetWString();
-}
-
-UnicodeString TLxDOMNode::GetFormattedXML() {
-  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  SaveToStream(Stream.get(), 1200, /*AFormatted=*/true);
-  return Stream->GetWString();
 }
 
 TLxDOMDocument* TLxDOMNode::GetDocument() const noexcept {

@@ -12,6 +12,7 @@ class TLxDOMNodeList;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
 class TLxDOMElement;
+class TLxDOMWriter;
 
 /// A string that costs one pointer until it first holds text: few nodes ever keep a namespace
 /// URI of their own. Once made, the text stays allocated, so references to it stay valid.
@@ -80,13 +81,14 @@ class TLxDOMNode : public TLxDOMObject {
   virtual void RefreshNamespaces();
   virtual void NormalizeTextNodes() {}
   /// Writes this node as XML text in the code page; ALevel counts the nesting, -1 outermost.
-  virtual void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                             Integer& ALevel);
+  /// All the text is in the stream when it returns. Node kinds write themselves in WriteXML.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer& ALevel);
   /// Parses XML from the stream's position and adds what it holds to this node (existing
   /// children stay). A fatal error raises ELxDomSyntax "Line %d, column %d: %s" unless the
   /// fatal-error event handles it; what was built stays.
   virtual void LoadFromStream(TStream* AStream, Word AStreamCodePage);
-  /// Writes this node and its subtree as XML from the stream's position.
+  /// Writes this node and its subtree as XML from the stream's position; all the text is in the
+  /// stream when it returns.
   virtual void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted);
   /// A new free-standing node of this class with the same name (and, for kinds with a value,
   /// the stored value).
@@ -152,6 +154,12 @@ protected:
   /// has left its parent by then.
   ~TLxDOMNode() override;
 
+  /// This node's XML text, handed to the writer of the save that runs (which the save flushes);
+  /// ALevel counts the nesting as in _SaveToStream. Writes nothing here; each node kind overrides.
+  virtual void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel);
+  /// WriteXML of AChild: how a node kind that writes its children reaches theirs.
+  static void WriteChildXML(TLxDOMNode* AChild, TLxDOMWriter& AWriter, bool AFormatted,
+                            Integer& ALevel);
   /// This node's own part of RefreshNamespaces; the walk over the subtree calls it for every node.
   virtual void RefreshOwnNamespaces() {}
   /// Makes ANode ready to be linked here: refuses a cycle, and unlinks ANode from a parent it has.
