@@ -192,5 +192,30 @@ TEST_F(DomLifetime, AChainAMillionDeepIsFacedReleasedClonedAndDestroyedWithoutRe
   RootIntf = nullptr;
 }
 
+TEST_F(DomLifetime, ReleasingADeepInterfaceEndsTheFacesUpToTheFirstOneStillHeld) {
+  TLxDOMNode* Root = MakeNode(u"root"); // free-standing: owned by the faces once they exist
+  TLxDOMNode* Middle = nullptr;
+  TLxDOMNode* Deep = Root;
+  for (int I = 0; I < 200000; ++I) {
+    Deep = Append(Deep, u"n");
+    if (I == 100000)
+      Middle = Deep;
+  }
+  IPtr<ILxDOMNode> MiddleIntf = Intf(Middle);
+  {
+    IPtr<ILxDOMNode> DeepIntf = Intf(Deep); // faces from Deep up to Middle, which had one
+    EXPECT_EQ(Middle->DOMImpl()->RefCount(), 2);
+  }
+  // The chain of faces below Middle is gone; Middle's face and its pins up to the root stay.
+  EXPECT_EQ(Deep->DOMImpl(), nullptr);
+  EXPECT_EQ(Deep->ParentNode()->DOMImpl(), nullptr);
+  ASSERT_NE(Middle->DOMImpl(), nullptr);
+  EXPECT_EQ(Middle->DOMImpl()->RefCount(), 1);
+  ASSERT_NE(Root->DOMImpl(), nullptr);
+  EXPECT_EQ(Root->DOMImpl()->RefCount(), 1);
+  EXPECT_EQ(MiddleIntf->NodeCount(), 1);
+  MiddleIntf = nullptr; // the last interface: the faces and the whole tree go (the fixture checks)
+}
+
 } // namespace
 } // namespace lorvane
