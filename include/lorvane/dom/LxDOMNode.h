@@ -53,8 +53,9 @@ class TLxDOMNode : public TLxDOMObject {
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   /// False while a face exists, else as the base answers.
   bool CanAutoDestroy() override;
-  /// Passes the document to the whole subtree.
-  void SetDOMDocument(TLxDOMObject* ADoc) override;
+  /// Passes the document to the whole subtree by one walk, which sets it on each node below as
+  /// the object base does: node kinds keep no state of their own on it.
+  void SetDOMDocument(TLxDOMObject* ADoc) final;
   /// With a document, the subtree's namespaces are resolved anew at the new place.
   void SetParentNode(TLxDOMObject* AParent) override;
   /// Clears the children, then leaves the parent: a node destroyed directly unlinks itself.
@@ -94,7 +95,8 @@ class TLxDOMNode : public TLxDOMObject {
   /// the stored value).
   virtual TLxDOMNode* CreateClone();
   /// Removes every child, last first: a child on which an interface is held is only detached,
-  /// any other is destroyed.
+  /// any other is destroyed. A node being destroyed destroys its whole subtree so, deepest first,
+  /// without recursion.
   virtual void Clear();
   /// A free-standing copy that the caller owns: no parent, no document, no face, no namespace
   /// state. Without AIncludeChildNodes an element's clone has no attributes either.
@@ -184,6 +186,8 @@ protected:
   TSparseString FNamespaceURI;
 
 private:
+  /// Frees AChild, the last child of AParent, which is being destroyed: a step of Clear.
+  static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
   struct TParseEvents;
   /// Rarely set, so kept out of line: a node pays one pointer for its three events.
   std::unique_ptr<TParseEvents> FParseEvents;
