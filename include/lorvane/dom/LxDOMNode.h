@@ -186,7 +186,8 @@ protected:
   TSparseString FNamespaceURI;
 
 private:
-  /// Frees AChild, the last child of AParent, which is being destroyed: a step of Clear.
+  /// Takes AChild out of the children of AParent, which is being destroyed, and frees it: a step
+  /// of Clear.
   static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
   struct TParseEvents;
   /// Rarely set, so kept out of line: a node pays one pointer for its three events.
