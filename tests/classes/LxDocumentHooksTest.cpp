@@ -4,7 +4,7 @@
 
 #include "lorvane/core/LxObject.h"
 
-#include "support/ScopeGuards.h"
+#include "support/DocumentHooksScope.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>

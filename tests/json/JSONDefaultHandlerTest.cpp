@@ -59,11 +59,14 @@ TEST_F(JSONDefaultHandler, AnswersTheHandlerInterfacesWithOneReferenceEach) {
 TEST_F(JSONDefaultHandler, LastReleaseDestroysItWhileAutoDestroyIsOn) {
   {
     IPtr<ILxJSONContentHandler> Content(New<TLxJSONDefaultHandler>());
-    TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
-    Reader->SetContentHandler(Content.Get());
-    Reader->SetErrorHandler(IPtr<ILxJSONErrorHandler>::From(Content).Get());
-    Reader->Parse(LxJSONString(u"{\"a\":[1,null]}"));
-    EXPECT_EQ(Alive(), 2);
+    EXPECT_EQ(Alive(), 1);
+    {
+      TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
+      Reader->SetContentHandler(Content.Get());
+      Reader->SetErrorHandler(IPtr<ILxJSONErrorHandler>::From(Content).Get());
+      Reader->Parse(LxJSONString(u"{\"a\":[1,null]}"));
+    }
+    EXPECT_EQ(Alive(), 1) << "the reader gave its references back; ours still holds it";
   }
   EXPECT_EQ(Alive(), 0);
 }

@@ -143,8 +143,6 @@ TEST(AnswerInterfaces, CountedAnswersBalanceWithInterfacePointers) {
     ASSERT_TRUE(Second);
     EXPECT_EQ(Second->Second(), 2);
     EXPECT_EQ(Thing.Refs, 1) << "the pointer adopts the answer's reference";
-    EXPECT_TRUE(Supports(static_cast<IFirst*>(&Thing), IThird::IID));
-    EXPECT_EQ(Thing.Refs, 1) << "Supports gives its reference back";
     EXPECT_TRUE(IPtr<IFirst>::From(Second.Get()));
     EXPECT_EQ(Thing.Refs, 1) << "a temporary pointer releases what it took";
   }

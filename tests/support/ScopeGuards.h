@@ -1,9 +1,8 @@
 // Guards that put a process-wide default back when a test's scope ends, also when the test fails
-// or raises half-way: the regional settings, the default code page, the time zone and the
-// document hooks.
+// or raises half-way: the regional settings, the default code page and the time zone (the
+// document hooks have theirs in DocumentHooksScope.h).
 #pragma once
 
-#include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/platform/CodePages.h"
 #include "lorvane/platform/SysUtils.h"
 
@@ -82,32 +81,6 @@ public:
 
 private:
   std::optional<std::string> FOldZone;
-};
-
-/// The four document hooks as they were, whatever the test registers or clears.
-class TDocumentHooksScope {
-public:
-  TDocumentHooksScope()
-      : FCreateXML(SetCreateXMLDoc(nullptr)), FCreateJSON(SetCreateJSONDoc(nullptr)),
-        FGetXMLValue(SetGetXMLDocValue(nullptr)), FGetJSONValue(SetGetJSONDocValue(nullptr)) {
-    // Taking them out to read them cleared them: put them back until the test changes them.
-    SetCreateXMLDoc(FCreateXML);
-    SetCreateJSONDoc(FCreateJSON);
-    SetGetXMLDocValue(FGetXMLValue);
-    SetGetJSONDocValue(FGetJSONValue);
-  }
-  TDocumentHooksScope(const TDocumentHooksScope&) = delete;
-  TDocumentHooksScope& operator=(const TDocumentHooksScope&) = delete;
-  ~TDocumentHooksScope() {
-    SetCreateXMLDoc(FCreateXML);
-    SetCreateJSONDoc(FCreateJSON);
-    SetGetXMLDocValue(FGetXMLValue);
-    SetGetJSONDocValue(FGetJSONValue);
-  }
-
-private:
-  TCreateDocumentFunc FCreateXML, FCreateJSON;
-  TGetDocumentValueFunc FGetXMLValue, FGetJSONValue;
 };
 
 } // namespace lorvane::test
