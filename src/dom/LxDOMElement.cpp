@@ -191,13 +191,13 @@ T* TLxDOMElement::InsertCharacterData(const UnicodeString& AValue, TLxDOMPositio
 }
 
 TLxDOMText* TLxDOMElement::AddText(const UnicodeString& AValue) {
-  return InsertCharacterData<TLxDOMText>(AValue, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMText>(AValue, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMCDATA* TLxDOMElement::AddCDATA(const UnicodeString& AValue) {
-  return InsertCharacterData<TLxDOMCDATA>(AValue, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMCDATA>(AValue, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMComment* TLxDOMElement::AddComment(const UnicodeString& AComment) {
-  return InsertCharacterData<TLxDOMComment>(AComment, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMComment>(AComment, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMText* TLxDOMElement::InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
                                       TLxDOMElement* ARefChild) {
@@ -252,12 +252,12 @@ void TLxDOMElement::NormalizeTextNodes() {
 }
 
 TLxDOMElement* TLxDOMElement::AddElement(const UnicodeString& ATagName) {
-  return InsertElement(ATagName, ldpLast, nullptr);
+  return InsertElement(ATagName, ldpLast, /*ARefChild=*/nullptr);
 }
 
 TLxDOMElement* TLxDOMElement::AddElement(std::u16string_view ANamespaceURI,
                                          std::u16string_view AQualifiedName) {
-  return InsertElement(ANamespaceURI, AQualifiedName, ldpLast, nullptr);
+  return InsertElement(ANamespaceURI, AQualifiedName, ldpLast, /*ARefChild=*/nullptr);
 }
 
 TLxDOMElement* TLxDOMElement::InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
@@ -307,7 +307,7 @@ TLxDOMNode* TLxDOMElement::NodeByName(TLxDOMNodeListBase* AList, const UnicodeSt
   TLxDOMNode* Node = AList == ExistingList(TChildKind::Element)
                          ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
                          : Make<TLxDOMAttribute>(ANodeClass);
-  AddChild(Node, nullptr, ldpAfter);
+  AddChild(Node, /*ARefNode=*/nullptr, ldpAfter);
   Node->SetQualifiedName(ANodeName);
   return Node;
 }
@@ -379,11 +379,11 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
   auto* Element = New<TLxDOMElement>();
   Element->FLocalName = std::move(LocalName);
   Element->FPrefix = Prefix;
-  AddChild(Element, nullptr, ldpAfter);
+  AddChild(Element, /*ARefNode=*/nullptr, ldpAfter);
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = Element->ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     auto* Declaration = New<TLxDOMAttribute>();
-    Element->AddChild(Declaration, nullptr, ldpAfter);
+    Element->AddChild(Declaration, /*ARefNode=*/nullptr, ldpAfter);
     Declaration->SetQualifiedName(DeclarationName(Prefix));
     Declaration->SetNodeValue(URI);
   }
@@ -408,7 +408,7 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
   auto* Attribute = New<TLxDOMAttribute>();
   Attribute->FLocalName = std::move(LocalName);
   Attribute->FPrefix = Prefix;
-  AddChild(Attribute, nullptr, ldpAfter);
+  AddChild(Attribute, /*ARefNode=*/nullptr, ldpAfter);
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     // The declaration stands directly before the attribute that needs it.
@@ -475,12 +475,12 @@ void TLxDOMElement::SetAttribute(const UnicodeString& AAttribName, const Unicode
 
 UnicodeString TLxDOMElement::GetAttributeNS(std::u16string_view ANamespaceURI,
                                             std::u16string_view ALocalName) {
-  return AttributeByName(ANamespaceURI, ALocalName, false)->GetNodeValue();
+  return AttributeByName(ANamespaceURI, ALocalName, /*ACreateWhenNotFound=*/false)->GetNodeValue();
 }
 
 void TLxDOMElement::SetAttributeNS(std::u16string_view ANamespaceURI,
                                    std::u16string_view ALocalName, const UnicodeString& Value) {
-  AttributeByName(ANamespaceURI, ALocalName, true)->SetNodeValue(Value);
+  AttributeByName(ANamespaceURI, ALocalName, /*ACreateWhenNotFound=*/true)->SetNodeValue(Value);
 }
 
 void TLxDOMElement::RemoveElement(const UnicodeString& AElementName) {

@@ -74,7 +74,7 @@ bool IsMillisecondForm(std::u16string_view AValue) {
   return !AValue.empty() && AValue.front() == u'/';
 }
 
-// "/Date(n)/": n stands from the seventh character up to the last two.
+// "/Date(n)/": n stands behind the 6 characters of "/Date(" and before the 2 of ")/", 8 in all.
 Int64 Milliseconds(std::u16string_view AValue) {
   const std::size_t Length = AValue.size() >= 8 ? AValue.size() - 8 : 0;
   return StrToInt64(AValue.substr(std::min<std::size_t>(6, AValue.size()), Length));

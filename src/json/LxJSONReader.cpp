@@ -315,14 +315,8 @@ TLxJSONReader::TLxJSONReader() {
 TLxJSONReader::~TLxJSONReader() { lorvane::Free(FParser); }
 
 HRESULT TLxJSONReader::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONLocator::IID)
-    *AObj = static_cast<ILxJSONLocator*>(this);
-  else if (AIID == ILxJSONReader::IID)
-    *AObj = static_cast<ILxJSONReader*>(this);
-  else
-    return TLxObject::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxJSONLocator, ILxJSONReader>(
+      this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 // The reader keeps no place of its own for a text that ends too early: FLineNr and FColNr stay

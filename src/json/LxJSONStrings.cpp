@@ -26,6 +26,8 @@ constexpr auto EscapeTable = [] {
 } // namespace
 
 void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr) {
+  // Room for an escape in one character of eight and a little more: usual text needs no second
+  // allocation.
   ATarget.reserve(ATarget.size() + AStr.size() + AStr.size() / 8 + 8);
   const char16_t* const End = AStr.data() + AStr.size();
   const char16_t* Run = AStr.data();

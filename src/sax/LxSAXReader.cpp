@@ -18,14 +18,8 @@ TLxSAXReader::~TLxSAXReader() {
 }
 
 HRESULT TLxSAXReader::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxSAXLocator::IID)
-    *AObj = static_cast<ILxSAXLocator*>(this);
-  else if (AIID == ILxSAXXMLReader::IID)
-    *AObj = static_cast<ILxSAXXMLReader*>(this);
-  else
-    return TLxObject::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxSAXLocator, ILxSAXXMLReader>(
+      this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 Integer TLxSAXReader::GetPosition() {

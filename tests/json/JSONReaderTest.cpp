@@ -3,6 +3,7 @@
 #include "lorvane/json/LxJSONReader.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/json/LxJSONDefaultHandler.h"
 #include "support/JSONEventRecorder.h"
 #include "support/TestHelpers.h"
 #include "support/TestStreams.h"
@@ -211,11 +212,9 @@ TEST_F(JSONReader, MissingHandlersRaiseBeforeReadingWithoutTheErrorHandler) {
 }
 
 TEST_F(JSONReader, ErrorCodesOfMalformedText) {
-  try {
-    FReader->Parse(LxJSONString(u"[nul]"));
-  } catch (const ELxJSONParseError& E) {
-    EXPECT_EQ(E.ErrorCode(), 2);
-  }
+  test::ExpectRaisesWithCode<ELxJSONParseError>(
+      [&] { FReader->Parse(LxJSONString(u"[nul]")); },
+      UTF8ToString(NotWellFormed + "\"l\" expected, but \"]\" found!"), 2);
 }
 
 TEST_F(JSONReader, ReadsEverySource) {
@@ -282,33 +281,15 @@ TEST_F(JSONReader, PublicIdIsTheReadersAddressUntilAParseNamesOne) {
 }
 
 // Counts events instead of recording them, for texts with millions of them.
-class TEventCounter : public TLxObject, public ILxJSONContentHandler, public ILxJSONErrorHandler {
-  LX_CLASS(TEventCounter, TLxObject)
+class TEventCounter : public TLxJSONDefaultHandler {
+  LX_CLASS(TEventCounter, TLxJSONDefaultHandler)
   TEventCounter() { SetAutoDestroy(false); }
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
   Int64 Starts = 0, Ends = 0, Values = 0;
-  void SetDocumentLocator(ILxJSONLocator*) override {}
-  void StartDocument() override {}
   void StartObject() override { ++Starts; }
-  void StartMember(const LxJSONString&) override {}
   void StartArray() override { ++Starts; }
   void Value(TLxJSONDataType, const LxJSONString&) override { ++Values; }
   void EndArray() override { ++Ends; }
-  void EndMember() override {}
   void EndObject() override { ++Ends; }
-  void EndDocument() override {}
-  void Warning(ILxJSONLocator*, const LxJSONString&) override {}
-  void Error(ILxJSONLocator*, const LxJSONString&) override {}
-  void FatalError(ILxJSONLocator*, const LxJSONString&) override {}
 
 protected:
   ~TEventCounter() override = default;

@@ -1,6 +1,7 @@
 // Calendar encoding and decoding, stepping, local time zones and date text.
 #include "lorvane/platform/DateUtils.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -36,33 +37,9 @@ std::string Stamp(TDateTime AValue) {
   return Buffer;
 }
 
-// Sets the process's time zone for a scope and puts the old one back. Without the zone database
-// the POSIX rule of the same zone stands in; it agrees for the years these tests use.
-class TZoneScope {
-public:
-  TZoneScope(const char* AZone, const char* APosixRule) {
-    if (const char* Old = std::getenv("TZ")) {
-      FHadZone = true;
-      FOldZone = Old;
-    }
-    const bool HaveDatabase = std::filesystem::exists(std::string("/usr/share/zoneinfo/") + AZone);
-    setenv("TZ", HaveDatabase ? AZone : APosixRule, 1);
-    tzset();
-  }
-  TZoneScope(const TZoneScope&) = delete;
-  TZoneScope& operator=(const TZoneScope&) = delete;
-  ~TZoneScope() {
-    if (FHadZone)
-      setenv("TZ", FOldZone.c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-
-private:
-  bool FHadZone = false;
-  std::string FOldZone;
-};
+// Without the zone database the POSIX rule of the same zone stands in; it agrees for the years
+// these tests use.
+using test::TZoneScope;
 
 TZoneScope Berlin() { return TZoneScope("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"); }
 TZoneScope NewYork() { return TZoneScope("America/New_York", "EST5EDT,M3.2.0,M11.1.0"); }

@@ -1,6 +1,7 @@
 // Format with the library's message texts, number conversions both ways, and text helpers.
 #include "lorvane/platform/SysUtils.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -11,16 +12,6 @@
 
 namespace lorvane {
 namespace {
-
-/// Sets the decimal separator for one test and puts it back.
-class DecimalComma {
-public:
-  DecimalComma() : FSaved(FormatSettings) { FormatSettings.DecimalSeparator = u','; }
-  ~DecimalComma() { FormatSettings = FSaved; }
-
-private:
-  TFormatSettings FSaved;
-};
 
 TEST(Format, FillsTheMessageTextsOfTheReaders) {
   EXPECT_EQ(
@@ -168,7 +159,7 @@ TEST(FloatText, ParsingFollowsTheDecimalSeparatorOfTheSettings) {
   } catch (const EConvertError& E) {
     EXPECT_EQ(E.Message(), u"'abc' is not a valid floating point value");
   }
-  DecimalComma Comma;
+  const test::TFormatSettingsScope Comma(u',');
   EXPECT_EQ(StrToFloat(u"1,5"), 1.5);
   EXPECT_EQ(StrToFloatDef(u"1.5", -1), -1);
   EXPECT_EQ(FloatToStr(2.25), u"2,25");

@@ -1,6 +1,7 @@
 // Variant: type codes, conversions, arithmetic type rules, comparison and arrays.
 #include "lorvane/platform/Variants.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -53,20 +54,6 @@ public:
   Integer _AddRef() override { return ++Refs; }
   Integer _Release() override { return --Refs; }
   Integer Refs = 0;
-};
-
-// Plays a system with decimal commas for a scope.
-class TDecimalComma {
-public:
-  TDecimalComma() : FOld(FormatSettings.DecimalSeparator) {
-    FormatSettings.DecimalSeparator = u',';
-  }
-  TDecimalComma(const TDecimalComma&) = delete;
-  TDecimalComma& operator=(const TDecimalComma&) = delete;
-  ~TDecimalComma() { FormatSettings.DecimalSeparator = FOld; }
-
-private:
-  WideChar FOld;
 };
 
 // --- type codes ----------------------------------------------------------------------------------
@@ -566,7 +553,7 @@ TEST(VariantConversion, ByteStringsStandInTheDefaultCodePage) {
 }
 
 TEST(VariantConversion, DecimalCommaSettings) {
-  const TDecimalComma Comma;
+  const test::TFormatSettingsScope Comma(u',');
   EXPECT_EQ(Variant(u"1,5").AsDouble(), 1.5);
   EXPECT_EQ(Variant(1.5).AsString(), u"1,5");
   EXPECT_EQ(Variant(u"2,5").AsInteger(), 2);

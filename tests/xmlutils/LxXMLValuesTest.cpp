@@ -1,6 +1,7 @@
 // Numbers, booleans, dates, times and durations to XML Schema text and back, in pinned zones.
 #include "lorvane/uLxXMLUtils.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -25,28 +26,11 @@ using test::ExpectRaises;
 // Pins the local zone and the regional settings for one test and puts both back afterwards.
 class XMLValues : public ::testing::Test {
 protected:
-  void SetUp() override {
-    FSettings = FormatSettings;
-    if (const char* Zone = std::getenv("TZ"))
-      FZone = Zone;
-    SetZone("UTC");
-  }
-  void TearDown() override {
-    FormatSettings = FSettings;
-    if (FZone)
-      setenv("TZ", FZone->c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-  static void SetZone(const char* AZone) {
-    setenv("TZ", AZone, 1);
-    tzset();
-  }
+  static void SetZone(const char* AZone) { test::TZoneScope::Set(AZone); }
 
 private:
-  TFormatSettings FSettings;
-  std::optional<std::string> FZone;
+  const test::TFormatSettingsScope FSettings;
+  const test::TZoneScope FZone{"UTC"};
 };
 
 // Plain doubles, so that comparisons with a TDateTime are not ambiguous.

@@ -1,5 +1,6 @@
 // lxtool: the command-line face of the library; `events` prints a reader's events, one a line,
 // and `format` writes a document back, indented or compact.
+#include <lorvane/platform/CodePages.h>
 #include <lorvane/uLxJSON.h>
 #include <lorvane/uLxSAX.h>
 #include <lorvane/uLxXMLDOM.h>
@@ -67,25 +68,9 @@ void Print(const char* AName, std::initializer_list<std::u16string_view> AString
 }
 
 /// Prints every XML event it receives to stdout, one line each.
-class TEventPrinter : public TLxObject,
-                      public ILxSAXContentHandler,
-                      public ILxSAXLexicalHandler,
-                      public ILxSAXErrorHandler {
-  LX_CLASS(TEventPrinter, TLxObject)
+class TEventPrinter : public TLxSAXDefaultHandler {
+  LX_CLASS(TEventPrinter, TLxSAXDefaultHandler)
   TEventPrinter() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxSAXContentHandler::IID)
-      *AObj = static_cast<ILxSAXContentHandler*>(this);
-    else if (AIID == ILxSAXLexicalHandler::IID)
-      *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-    else if (AIID == ILxSAXErrorHandler::IID)
-      *AObj = static_cast<ILxSAXErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Whether the reader reported a failure (and the FatalError line is out).
   bool Failed = false;
@@ -157,22 +142,9 @@ protected:
 };
 
 /// Prints every JSON event it receives to stdout, one line each.
-class TJSONEventPrinter : public TLxObject,
-                          public ILxJSONContentHandler,
-                          public ILxJSONErrorHandler {
-  LX_CLASS(TJSONEventPrinter, TLxObject)
+class TJSONEventPrinter : public TLxJSONDefaultHandler {
+  LX_CLASS(TJSONEventPrinter, TLxJSONDefaultHandler)
   TJSONEventPrinter() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Whether the reader reported a failure (and the FatalError line is out).
   bool Failed = false;
@@ -281,7 +253,7 @@ void DeclareUTF8(TLxDOMDocument* ADocument) {
     // A load doesn't read the declared name into the document; setting the declaration's own
     // data again does. Behind a byte order mark the name wasn't needed, and may be unknown.
     ADocument->SetProcessingInstruction(u"xml", UnicodeString(Declaration->GetData()));
-    NamesUTF8 = LxCodePage(ADocument->GetEncoding()) == 65001;
+    NamesUTF8 = LxCodePage(ADocument->GetEncoding()) == CP_UTF8;
   } catch (const EEncodingError&) {
     NamesUTF8 = false; // a name that isn't known
   }
@@ -308,7 +280,7 @@ int RunFormatXML(const TFileName& AFileName, bool AFormatted) {
     }
     DeclareUTF8(Document.get());
     // Into memory first: the writer reads back what it wrote.
-    Document->SaveToStream(Output.get(), 65001, AFormatted, /*AWriteBOM=*/false);
+    Document->SaveToStream(Output.get(), CP_UTF8, AFormatted, /*AWriteBOM=*/false);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
@@ -320,7 +292,7 @@ int RunFormatJSON(const TFileName& AFileName, bool AFormatted) {
   try {
     TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
     Document->LoadFromFile(AFileName);
-    Document->SaveToStream(Output.get(), AFormatted, Word(65001), /*AWriteBOM=*/false);
+    Document->SaveToStream(Output.get(), AFormatted, CP_UTF8, /*AWriteBOM=*/false);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }

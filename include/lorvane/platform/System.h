@@ -261,6 +261,47 @@ template <class I, class J> bool Supports(const IPtr<J>& AIntf, IPtr<I>& AResult
   return Supports(AIntf.Get(), AResult);
 }
 
+/// The answer of a QueryInterface that knows no more interfaces: *AObj nil and E_NOINTERFACE.
+inline HRESULT RefuseInterface(void** AObj) noexcept {
+  *AObj = nullptr;
+  return E_NOINTERFACE;
+}
+
+namespace detail {
+// The first of Is whose IID is AIID receives ASelf in *AObj. A static_cast from the concrete
+// class: interfaces derive virtually from IInterface, so each one sits at its own offset.
+template <class... Is, class TSelf>
+bool PlaceInterface(TSelf* ASelf, const TGUID& AIID, void** AObj) noexcept {
+  static_assert(sizeof...(Is) > 0, "name at least one interface");
+  static_assert((std::is_base_of_v<IInterface, Is> && ...), "only interfaces can be answered");
+  return ((AIID == Is::IID && (*AObj = static_cast<Is*>(ASelf), true)) || ...);
+}
+} // namespace detail
+
+/// The body of a QueryInterface that answers the interfaces Is of ASelf (its `this`): for the IID
+/// of one of them *AObj receives ASelf as that interface, one reference is taken with _AddRef and
+/// the answer is S_OK; any other IID is passed to AOthers, which answers as the inherited
+/// QueryInterface does (a refusal leaves *AObj nil there, RefuseInterface at the root).
+///
+///     return AnswerInterfaces<ILxDOMText>(this, AIID, AObj,
+///                                         [&] { return inherited::QueryInterface(AIID, AObj); });
+template <class... Is, class TSelf, class TOthers>
+HRESULT AnswerInterfaces(TSelf* ASelf, const TGUID& AIID, void** AObj, TOthers&& AOthers) {
+  if (!detail::PlaceInterface<Is...>(ASelf, AIID, AObj))
+    return std::forward<TOthers>(AOthers)();
+  ASelf->_AddRef();
+  return S_OK;
+}
+
+/// AnswerInterfaces for a class that hands out uncounted references (a TComponent, whose owner
+/// decides its lifetime): no reference is taken.
+template <class... Is, class TSelf, class TOthers>
+HRESULT AnswerUncountedInterfaces(TSelf* ASelf, const TGUID& AIID, void** AObj, TOthers&& AOthers) {
+  if (!detail::PlaceInterface<Is...>(ASelf, AIID, AObj))
+    return std::forward<TOthers>(AOthers)();
+  return S_OK;
+}
+
 // --- sets
 // -----------------------------------------------------------------------------------------
 /// A set over the ordinals of an enumeration (at most 256 of them).
