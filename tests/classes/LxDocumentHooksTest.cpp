@@ -111,7 +111,12 @@ TEST_F(DocumentHooks, SettersGiveTheHookTheyReplace) {
   EXPECT_EQ(SetGetJSONDocValue(nullptr)(nullptr, u"$.p").AsString(), u"json:$.p");
 }
 
-TEST_F(DocumentHooks, ScopeGuardGivesTheLibraryHooksBack) {
+TEST_F(DocumentHooks, ScopeGuardGivesTheHooksBack) {
+  auto Create = [](const UnicodeString& AText) -> IPtr<IInterface> {
+    return IPtr<IInterface>(static_cast<ILxObject*>(New<TFakeDocument>(AText)));
+  };
+  SetCreateXMLDoc(Create);
+  SetCreateJSONDoc(Create);
   {
     const test::TDocumentHooksScope Inner;
     EXPECT_TRUE(CreateXMLDocument(u"<a/>")) << "the guard leaves the hooks in place";

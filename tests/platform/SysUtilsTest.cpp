@@ -39,7 +39,7 @@ TEST(Format, MismatchedOrMissingArgumentsRaise) {
 }
 
 TEST(Format, EachSpecifierRendersItsArgument) {
-  const DecimalComma Comma;
+  const test::TFormatSettingsScope Comma(u',');
   const struct {
     const char16_t* Format;
     std::vector<TVarRec> Args;
