@@ -149,5 +149,24 @@ TEST(AnswerInterfaces, CountedAnswersBalanceWithInterfacePointers) {
   EXPECT_EQ(Thing.Refs, 0);
 }
 
+TEST(Supports, ReleasesTheAnswerThroughItsOwnInterface) {
+  // ISecond's IInterface sits at another offset than the answer's address: a release through the
+  // untyped answer would call into the wrong table.
+  TThing<true> Thing;
+  EXPECT_TRUE(Supports<ISecond>(static_cast<IFirst*>(&Thing)));
+  EXPECT_TRUE(Supports<IThird>(static_cast<IFirst*>(&Thing)));
+  EXPECT_EQ(Thing.Refs, 0);
+
+  void* Obj = Garbage;
+  EXPECT_TRUE(Supports(static_cast<IFirst*>(&Thing), ISecond::IID, &Obj));
+  EXPECT_EQ(Obj, static_cast<ISecond*>(&Thing));
+  EXPECT_EQ(Thing.Refs, 1) << "the caller holds the answer";
+  static_cast<ISecond*>(Obj)->_Release();
+
+  Obj = Garbage;
+  EXPECT_FALSE(Supports(nullptr, ISecond::IID, &Obj));
+  EXPECT_EQ(Obj, nullptr);
+}
+
 } // namespace
 } // namespace lorvane

@@ -240,18 +240,22 @@ private:
   I* FIntf = nullptr;
 };
 
-/// Whether AIntf supports the interface AIID; with AObj given, it receives a counted reference.
-inline bool Supports(IInterface* AIntf, const TGUID& AIID, void** AObj = nullptr) {
+/// Whether AIntf supports the interface AIID; *AObj receives the counted reference (nil if not).
+/// There is no form without AObj: an untyped answer can't be released safely, since an
+/// interface's IInterface sits at an offset that only its type knows. Use Supports<I>(AIntf).
+inline bool Supports(IInterface* AIntf, const TGUID& AIID, void** AObj) {
+  *AObj = nullptr;
   if (!AIntf)
     return false;
-  void* Obj = nullptr;
-  if (AIntf->QueryInterface(AIID, &Obj) != S_OK || !Obj)
+  if (AIntf->QueryInterface(AIID, AObj) != S_OK || !*AObj) {
+    *AObj = nullptr;
     return false;
-  if (AObj)
-    *AObj = Obj;
-  else
-    static_cast<IInterface*>(Obj)->_Release();
+  }
   return true;
+}
+/// Whether AIntf supports I; the answer's reference is released through I.
+template <class I> bool Supports(IInterface* AIntf) {
+  return static_cast<bool>(IPtr<I>::From(AIntf));
 }
 template <class I, class J> bool Supports(J* AIntf, IPtr<I>& AResult) {
   AResult = IPtr<I>::From(AIntf);
