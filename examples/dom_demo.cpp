@@ -1,4 +1,5 @@
 // Loads a document into the tree, changes it through the API and saves it formatted.
+#include <lorvane/platform/CodePages.h>
 #include <lorvane/uLxXMLDOM.h>
 
 #include <cstdio>
@@ -36,7 +37,7 @@ int main(int argc, char** argv) {
 
     // The writer reads back what it wrote while formatting, so it writes to memory, not stdout.
     TOwned<TMemoryStream> Output(New<TMemoryStream>());
-    Document->SaveToStream(Output.get(), 65001, /*AFormatted=*/true, /*AWriteBOM=*/false);
+    Document->SaveToStream(Output.get(), CP_UTF8, /*AFormatted=*/true, /*AWriteBOM=*/false);
     std::fwrite(Output->Memory(), 1, static_cast<std::size_t>(Output->GetSize()), stdout);
     std::fputs("\n", stdout);
   } catch (const Exception& E) {

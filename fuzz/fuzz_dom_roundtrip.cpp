@@ -1,6 +1,7 @@
 // Fuzz target of the document tree: load any bytes, walk and save what loads, and load and save
 // the saved text again; only the library's own exceptions are expected.
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxXMLDOM.h"
 
 #include <cstddef>
@@ -10,8 +11,8 @@ namespace lorvane {
 namespace {
 
 std::string Saved(TLxDOMDocument* ADocument, bool AFormatted) {
-  TOwned<TLxStringStream> Stream(New<TLxStringStream>(65001, 0));
-  ADocument->SaveToStream(Stream.get(), 65001, AFormatted, /*AWriteBOM=*/false);
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(CP_UTF8, 0));
+  ADocument->SaveToStream(Stream.get(), CP_UTF8, AFormatted, /*AWriteBOM=*/false);
   return Stream->GetAString();
 }
 
@@ -44,7 +45,7 @@ void RoundTrip(const uint8_t* AData, size_t ASize) {
   TOwned<TLxMemoryStream> Again(
       New<TLxMemoryStream>(static_cast<const void*>(Text.data()), static_cast<Int64>(Text.size())));
   try {
-    Second->LoadFromStream(Again.get(), 65001);
+    Second->LoadFromStream(Again.get(), CP_UTF8);
   } catch (const Exception&) {
     return;
   }

@@ -3,6 +3,7 @@
 #include "lorvane/uLxJSON.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
   if (ASize == 0)
     return 0;
   // The first byte picks the code page the rest is given in.
-  constexpr Word CodePages[] = {65001, 0, 1200};
+  constexpr Word CodePages[] = {CP_UTF8, 0, CP_UTF16LE};
   const Word CodePage = CodePages[AData[0] % std::size(CodePages)];
   Guarded([&] {
     TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());

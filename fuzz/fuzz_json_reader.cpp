@@ -5,6 +5,7 @@
 #include "lorvane/uLxJSON.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,22 +16,9 @@ namespace lorvane {
 namespace {
 
 /// Reads every character of every argument, so that a bad string shows as a sanitizer report.
-class TTouchingHandler : public TLxObject,
-                         public ILxJSONContentHandler,
-                         public ILxJSONErrorHandler {
-  LX_CLASS(TTouchingHandler, TLxObject)
+class TTouchingHandler : public TLxJSONDefaultHandler {
+  LX_CLASS(TTouchingHandler, TLxJSONDefaultHandler)
   TTouchingHandler() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   void SetDocumentLocator(ILxJSONLocator*) override { __builtin_trap(); }
   void StartDocument() override { ++FDepth; }
@@ -43,7 +31,6 @@ class TTouchingHandler : public TLxObject,
     Touch(AValue);
   }
   void EndArray() override { --FDepth; }
-  void EndMember() override {}
   void EndObject() override { --FDepth; }
   void EndDocument() override {
     // The reader sends one end for every start it has sent when the text is read whole.
@@ -104,7 +91,7 @@ private:
   size_t FPosition = 0;
 };
 
-constexpr Word CodePages[] = {0, 65001, 1200, 1252, 932};
+constexpr Word CodePages[] = {0, CP_UTF8, CP_UTF16LE, 1252, 932};
 
 /// The documented failures of reading JSON; anything else escapes and is a finding.
 template <class F> void Guarded(F&& AAction) {

@@ -1,5 +1,6 @@
 // Fuzz target of the XML event reader: every code page choice, both root modes, a handler that
 // reads every argument; only the library's own exceptions are expected.
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxSAX.h"
 
 #include <cstddef>
@@ -10,25 +11,9 @@ namespace {
 
 /// Reads every character of every argument and checks the attribute lookups against the list
 /// walk, so that a bad string or a broken list shows as a sanitizer report or a trap.
-class TTouchingHandler : public TLxObject,
-                         public ILxSAXContentHandler,
-                         public ILxSAXLexicalHandler,
-                         public ILxSAXErrorHandler {
-  LX_CLASS(TTouchingHandler, TLxObject)
+class TTouchingHandler : public TLxSAXDefaultHandler {
+  LX_CLASS(TTouchingHandler, TLxSAXDefaultHandler)
   TTouchingHandler() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxSAXContentHandler::IID)
-      *AObj = static_cast<ILxSAXContentHandler*>(this);
-    else if (AIID == ILxSAXLexicalHandler::IID)
-      *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-    else if (AIID == ILxSAXErrorHandler::IID)
-      *AObj = static_cast<ILxSAXErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   void SetDocumentLocator(ILxSAXLocator*) override { __builtin_trap(); }
   void Characters(const LxXMLString& AText) override { Touch(AText); }
@@ -115,7 +100,7 @@ private:
 };
 
 // The first byte picks how the rest is read: a buffer with one of these code pages, or a stream.
-constexpr Word CodePages[] = {0, 65001, 1200, 1252, 28591, 932};
+constexpr Word CodePages[] = {0, CP_UTF8, CP_UTF16LE, 1252, 28591, 932};
 
 void ParseOnce(TLxSAXXMLReader* AReader, const uint8_t* AData, size_t ASize, uint8_t AChoice) {
   const size_t Way = AChoice % (std::size(CodePages) + 1);

@@ -2,6 +2,7 @@
 // formatted, beside pugixml, libxml2 and tinyxml2 on the same bytes; CPU time of each phase and
 // the heap the tree takes per input byte.
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxXMLDOM.h"
 #include "support/Documents.h"
 #include "support/Ratios.h"
@@ -65,7 +66,7 @@ struct LorvaneSide {
     Tree Doc(New<TLxDOMDocument>());
     TOwned<TLxMemoryStream> Stream(
         New<TLxMemoryStream>(static_cast<const void*>(ABytes.data()), Int64(ABytes.size())));
-    Doc->LoadFromStream(Stream.get(), 65001);
+    Doc->LoadFromStream(Stream.get(), CP_UTF8);
     return Doc;
   }
 
@@ -92,7 +93,7 @@ struct LorvaneSide {
     return Output(New<TLxMemoryStream>(Int64(AReserve)));
   }
   static void Save(Tree& ADoc, bool AFormatted, Output& AOut) {
-    ADoc->SaveToStream(AOut.get(), 65001, AFormatted, false);
+    ADoc->SaveToStream(AOut.get(), CP_UTF8, AFormatted, /*AWriteBOM=*/false);
   }
   static std::string_view Text(const Output& AOut) {
     return {reinterpret_cast<const char*>(AOut->Memory()), std::size_t(AOut->GetSize())};

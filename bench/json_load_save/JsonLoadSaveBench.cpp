@@ -2,6 +2,7 @@
 // compact and formatted, beside RapidJSON, nlohmann/json and simdjson (loading only) on the same
 // bytes; CPU time of each phase and the heap the tree takes per input byte.
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxJSON.h"
 #include "support/JSONDocuments.h"
 #include "support/Ratios.h"
@@ -64,7 +65,7 @@ struct LorvaneSide {
     Tree Doc(New<TLxJSONDocument>());
     TOwned<TLxMemoryStream> Stream(
         New<TLxMemoryStream>(static_cast<const void*>(ABytes.data()), Int64(ABytes.size())));
-    Doc->LoadFromStream(Stream.get(), 65001, false);
+    Doc->LoadFromStream(Stream.get(), CP_UTF8, /*AIsUrlFormEncoded=*/false);
     return Doc;
   }
   static long long CountValues(const Tree& ADoc) {
@@ -87,7 +88,7 @@ struct LorvaneSide {
   }
   static std::size_t Save(Tree& ADoc, bool AFormatted, std::size_t AReserve) {
     TOwned<TLxMemoryStream> Out(New<TLxMemoryStream>(Int64(AReserve)));
-    ADoc->SaveToStream(Out.get(), AFormatted, Word(65001), false);
+    ADoc->SaveToStream(Out.get(), AFormatted, CP_UTF8, /*AWriteBOM=*/false);
     return std::size_t(Out->GetSize());
   }
 };

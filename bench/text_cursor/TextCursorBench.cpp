@@ -1,6 +1,7 @@
 // Skipping to a delimiter over 16 MB in each character set, beside memchr and a plain 16-bit
 // loop on the same bytes, and reading character by character.
 #include "lorvane/core/LxTextParser.h"
+#include "lorvane/platform/CodePages.h"
 #include "support/Ratios.h"
 
 #include <cstring>
@@ -53,20 +54,20 @@ void SkipOnce(benchmark::State& AState, const void* AData, std::size_t ASize, Wo
   for (auto _ : AState) {
     TOwned<TLxTextParser> P(New<TLxTextParser>(AData, Int64(ASize), ACodePage));
     P->SkipWhile(spNotEqual, u'<');
-    if (P->GetPosition() != Int64(ASize) - (ACodePage == 1200 ? 2 : 1))
+    if (P->GetPosition() != Int64(ASize) - (ACodePage == CP_UTF16LE ? 2 : 1))
       AState.SkipWithError("skip stopped in the wrong place");
   }
   AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(ASize));
 }
 
 void Lorvane_Skip_UTF8(benchmark::State& S) {
-  SkipOnce(S, Utf8Text().data(), Utf8Text().size(), 65001);
+  SkipOnce(S, Utf8Text().data(), Utf8Text().size(), CP_UTF8);
 }
 void Lorvane_Skip_Ansi1252(benchmark::State& S) {
   SkipOnce(S, AnsiText().data(), AnsiText().size(), 1252);
 }
 void Lorvane_Skip_UTF16(benchmark::State& S) {
-  SkipOnce(S, WideText().data(), WideText().size() * 2, 1200);
+  SkipOnce(S, WideText().data(), WideText().size() * 2, CP_UTF16LE);
 }
 
 void Memchr(benchmark::State& AState, const std::string& AText) {
@@ -121,7 +122,7 @@ void Lorvane_Skip_UTF8_Stream(benchmark::State& AState) {
   TOwned<TBytesStream> Stream(New<TBytesStream>(Utf8Text()));
   for (auto _ : AState) {
     Stream->SetPosition(0);
-    TOwned<TLxTextParser> P(New<TLxTextParser>(Stream.get(), false, 65001));
+    TOwned<TLxTextParser> P(New<TLxTextParser>(Stream.get(), /*AStreamOwner=*/false, CP_UTF8));
     P->SkipWhile(spNotEqual, u'<');
     benchmark::DoNotOptimize(P->GetPosition());
   }
@@ -146,7 +147,7 @@ void Rival_ReadMemchr_UTF8_Stream(benchmark::State& AState) {
 void Lorvane_ReadCharW_UTF8(benchmark::State& AState) {
   const std::string& Text = Utf8Text();
   for (auto _ : AState) {
-    TOwned<TLxTextParser> P(New<TLxTextParser>(Text.data(), Int64(Text.size()), 65001));
+    TOwned<TLxTextParser> P(New<TLxTextParser>(Text.data(), Int64(Text.size()), CP_UTF8));
     unsigned Sum = 0;
     while (!P->_GetEOF())
       Sum += P->ReadCharW();

@@ -1,8 +1,10 @@
-/// JSON: the text cursor and string escapes, the event reader and the event component, the value
-/// tree with its builder and output, and the conversions of values and dates.
+/// JSON: the text cursor and string escapes, the event reader, the do-nothing handler to derive
+/// from and the event component, the value tree with its builder and output, and the conversions
+/// of values and dates.
 #pragma once
 
 #include "lorvane/json/LxFormURLEncodedJSONReader.h"
+#include "lorvane/json/LxJSONDefaultHandler.h"
 #include "lorvane/json/LxJSONHandler.h"
 #include "lorvane/json/LxJSONOutput.h"
 #include "lorvane/json/LxJSONParser.h"

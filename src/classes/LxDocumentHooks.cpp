@@ -42,10 +42,18 @@ Variant GetValueThrough(const TGetDocumentValueFunc& AFunc, IInterface* ADocumen
 
 } // namespace
 
-void SetCreateXMLDoc(TCreateDocumentFunc AFunc) { Hooks().CreateXML = std::move(AFunc); }
-void SetCreateJSONDoc(TCreateDocumentFunc AFunc) { Hooks().CreateJSON = std::move(AFunc); }
-void SetGetXMLDocValue(TGetDocumentValueFunc AFunc) { Hooks().GetXMLValue = std::move(AFunc); }
-void SetGetJSONDocValue(TGetDocumentValueFunc AFunc) { Hooks().GetJSONValue = std::move(AFunc); }
+TCreateDocumentFunc SetCreateXMLDoc(TCreateDocumentFunc AFunc) {
+  return std::exchange(Hooks().CreateXML, std::move(AFunc));
+}
+TCreateDocumentFunc SetCreateJSONDoc(TCreateDocumentFunc AFunc) {
+  return std::exchange(Hooks().CreateJSON, std::move(AFunc));
+}
+TGetDocumentValueFunc SetGetXMLDocValue(TGetDocumentValueFunc AFunc) {
+  return std::exchange(Hooks().GetXMLValue, std::move(AFunc));
+}
+TGetDocumentValueFunc SetGetJSONDocValue(TGetDocumentValueFunc AFunc) {
+  return std::exchange(Hooks().GetJSONValue, std::move(AFunc));
+}
 
 IPtr<IInterface> CreateXMLDocument(const UnicodeString& AText) {
   return CreateThrough(Hooks().CreateXML, AText, SNoXMLDocumentSupport);

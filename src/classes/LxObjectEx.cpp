@@ -24,7 +24,7 @@ void TLxObjectEx::DefineProperties(TFiler* /*AFiler*/) {}
 
 void TLxObjectEx::Assign(TLxObjectEx* ASource) {
   if (!ASource)
-    AssignError(nullptr);
+    AssignError(/*ASource=*/nullptr);
   ASource->AssignTo(this);
 }
 

@@ -97,7 +97,7 @@ UnicodeString LxLoadStringFromFile(const TFileName& AFileName, Word ACodePage) {
     return true;
   };
   Word CodePage = ACodePage;
-  std::size_t Skip = 0;
+  std::size_t Skip = 0; // the byte order mark's length
   if (StartsWith({0xEF, 0xBB, 0xBF})) {
     CodePage = CP_UTF8;
     Skip = 3;

@@ -9,16 +9,8 @@ void TLxObject::AfterConstruction() {
 }
 
 HRESULT TLxObject::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxObject::IID) {
-    *AObj = static_cast<ILxObject*>(this);
-  } else if (AIID == IInterface::IID) {
-    *AObj = static_cast<IInterface*>(this);
-  } else {
-    *AObj = nullptr;
-    return E_NOINTERFACE;
-  }
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxObject, IInterface>(this, AIID, AObj,
+                                                 [AObj] { return RefuseInterface(AObj); });
 }
 
 Integer TLxObject::_AddRef() { return FRefCount.fetch_add(1, std::memory_order_relaxed) + 1; }

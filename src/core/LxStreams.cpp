@@ -1,16 +1,13 @@
 // The memory stream, the string builder in a code page, and the UTF-16 to UTF-8 adapter.
 #include "lorvane/core/LxStreams.h"
 
+#include "core/internal/RawScan.h"
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/platform/CodePages.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace lorvane {
 
@@ -368,25 +365,17 @@ Int64 TLxUTF8StreamAdapter::Write(const void* ABuffer, Int64 ACount) {
   }
   while (InEnd - In >= 2) {
     std::size_t Units = std::min<std::size_t>(static_cast<std::size_t>(InEnd - In) / 2, BlockUnits);
-    for (; Units > 0; --Units, In += 2) {
-#if defined(__SSE2__)
-      // Runs of ASCII, the common text, narrow eight units at a time.
-      while (Units >= 8 && !FPendingHigh) {
-        const __m128i Eight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(In));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(Eight, _mm_set1_epi16(-128)),
-                                              _mm_setzero_si128())) != 0xFFFF)
+    while (Units > 0) {
+      // Runs of ASCII, the common text, go in one piece; a unit waiting for its low half and
+      // every other unit take the careful road.
+      if (!FPendingHigh) {
+        const std::size_t Narrowed = rawscan::NarrowASCII(In, Units, Out);
+        In += 2 * Narrowed, Out += Narrowed, Units -= Narrowed;
+        if (Units == 0)
           break;
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(Out), _mm_packus_epi16(Eight, Eight));
-        Out += 8, In += 16, Units -= 8;
       }
-      if (Units == 0)
-        break;
-#endif
-      const char16_t Unit = static_cast<char16_t>(In[0] | (In[1] << 8));
-      if (Unit < 0x80 && !FPendingHigh)
-        *Out++ = static_cast<Byte>(Unit);
-      else
-        PutUnit(Unit);
+      PutUnit(static_cast<char16_t>(In[0] | (In[1] << 8)));
+      In += 2, --Units;
     }
     FTarget->WriteBuffer(Block, Out - Block);
     Out = Block;

@@ -9,10 +9,6 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace lorvane {
 
 namespace {
@@ -470,28 +466,11 @@ void TLxTextParser::SkipUTF8Decoded(TLxTextParserSkipOp AOperator, char32_t ACha
 
 void TLxTextParser::SkipWideNotEqual(WideChar AChar) {
   for (;;) {
-    const Byte* P = FCur;
-    const Byte* const End = FEnd;
-#if defined(__SSE2__)
-    const __m128i Needle = _mm_set1_epi16(static_cast<short>(AChar));
-    while (End - P >= 16) {
-      const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(P));
-      const int Hits = _mm_movemask_epi8(_mm_cmpeq_epi16(Block, Needle));
-      if (Hits) {
-        FCur = P + __builtin_ctz(static_cast<unsigned>(Hits));
-        return;
-      }
-      P += 16;
+    if (const Byte* const Hit = rawscan::FindUnit16(FCur, FEnd, AChar)) {
+      FCur = Hit;
+      return;
     }
-#endif
-    while (End - P >= 2) {
-      if (LoadUnit(P) == AChar) {
-        FCur = P;
-        return;
-      }
-      P += 2;
-    }
-    FCur = P;
+    FCur = FEnd - (FEnd - FCur) % 2; // an odd byte at the end waits for its other half
     if (!Refill())
       return;
   }
@@ -780,24 +759,7 @@ void TLxTextParser::DecodeInto(UnicodeString& ATarget, const Byte* AFrom,
     // decode properly from the first byte that isn't ASCII.
     ATarget.resize(ALength);
     char16_t* Out = ATarget.data();
-    std::size_t I = 0;
-#if defined(__SSE2__)
-    for (; I + 16 <= ALength; I += 16) {
-      const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(AFrom + I));
-      if (_mm_movemask_epi8(Block))
-        break;
-      const __m128i Zero = _mm_setzero_si128();
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(Out + I), _mm_unpacklo_epi8(Block, Zero));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(Out + I + 8), _mm_unpackhi_epi8(Block, Zero));
-    }
-#endif
-    for (UInt64 Word8; I + 8 <= ALength; I += 8) {
-      std::memcpy(&Word8, AFrom + I, 8);
-      if (Word8 & 0x8080808080808080ull)
-        break;
-      for (int K = 0; K < 8; ++K)
-        Out[I + K] = AFrom[I + K];
-    }
+    std::size_t I = rawscan::WidenASCIIBlocks(AFrom, ALength, Out);
     for (; I < ALength && AFrom[I] < 0x80; ++I)
       Out[I] = AFrom[I];
     if (I < ALength) {

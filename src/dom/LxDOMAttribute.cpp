@@ -143,11 +143,8 @@ void TLxDOMAttribute::SetNamespaceURI(const UnicodeString& Value) {
 // --- face ---------------------------------------------------------------------------------------
 
 HRESULT TLxDOMAttributeImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != ILxDOMAttribute::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<ILxDOMAttribute*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMAttribute>(this, AIID, AObj,
+                                           [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 bool TLxDOMAttributeImpl::IsNamespace() { return DOMAttribute()->IsNamespace(); }

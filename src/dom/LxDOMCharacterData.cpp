@@ -146,12 +146,8 @@ void TLxDOMCDATA::SetNodeValue(const UnicodeString& Value) { FNodeValue = Value;
 // --- faces --------------------------------------------------------------------------------------
 
 HRESULT TLxDOMCharacterDataImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMCharacterData::IID)
-    *AObj = static_cast<ILxDOMCharacterData*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMCharacterData>(
+      this, AIID, AObj, [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 UnicodeString TLxDOMCharacterDataImpl::Substring(Integer AOffset, Integer ACount) {
@@ -172,12 +168,8 @@ void TLxDOMCharacterDataImpl::ReplaceStr(Integer AOffset, Integer Count,
 }
 
 HRESULT TLxDOMTextImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMText::IID)
-    *AObj = static_cast<ILxDOMText*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMText>(this, AIID, AObj,
+                                      [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 IPtr<ILxDOMText> TLxDOMTextImpl::SplitTxt(Integer AOffset) {
@@ -185,21 +177,13 @@ IPtr<ILxDOMText> TLxDOMTextImpl::SplitTxt(Integer AOffset) {
 }
 
 HRESULT TLxDOMCommentImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMComment::IID)
-    *AObj = static_cast<ILxDOMComment*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMComment>(this, AIID, AObj,
+                                         [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 HRESULT TLxDOMCDATAImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMCDATA::IID)
-    *AObj = static_cast<ILxDOMCDATA*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMCDATA>(this, AIID, AObj,
+                                       [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 } // namespace lorvane

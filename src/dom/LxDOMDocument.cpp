@@ -4,14 +4,12 @@
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/core/LxWellKnownNames.h"
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/sax/LxSAXParser.h"
 
 namespace lorvane {
 
 namespace {
-
-constexpr Word CodePageUTF16 = 1200;
-constexpr Word CodePageUTF8 = 65001;
 
 /// The name in double quotes behind "encoding" in a declaration's text, trimmed; empty when the
 /// text names none. ALowerText is the text in lower case.
@@ -152,7 +150,7 @@ void TLxDOMDocument::LoadFromStream(TStream* AStream) {
     const char16_t First = PeekFirstSignificantChar(AStream, CodePage);
     const Int64 Start = AStream->GetPosition();
     if (CodePage == 0 && First == u'<') {
-      CodePage = CodePageUTF8;
+      CodePage = CP_UTF8;
       // The declaration decides: the text up to the first '>' (at most 1025 characters).
       UnicodeString Head;
       Byte Char = 0;
@@ -166,7 +164,7 @@ void TLxDOMDocument::LoadFromStream(TStream* AStream) {
         CodePage = LxCodePage(Name);
       AStream->SetPosition(Start);
     } else if (CodePage == 0) {
-      CodePage = CodePageUTF8;
+      CodePage = CP_UTF8;
     }
     TLxDOMNode::LoadFromStream(AStream, CodePage);
   }
@@ -183,7 +181,7 @@ void TLxDOMDocument::LoadFromXML(const WideString& AXML) {
   if (AXML.empty())
     return;
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(std::u16string_view(AXML)));
-  LoadInState(Stream.get(), CodePageUTF16);
+  LoadInState(Stream.get(), CP_UTF16LE);
 }
 
 void TLxDOMDocument::LoadFromXML(const AnsiString& AXML) {
@@ -208,9 +206,9 @@ void TLxDOMDocument::LoadFromFile(const TFileName& AFilename, Word AMode) {
 
 void TLxDOMDocument::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
                                   bool AWriteBOM) {
-  if (AWriteBOM && AStreamCodePage == CodePageUTF16)
+  if (AWriteBOM && AStreamCodePage == CP_UTF16LE)
     AStream->WriteBuffer("\xFF\xFE", 2);
-  else if (AWriteBOM && AStreamCodePage == CodePageUTF8)
+  else if (AWriteBOM && AStreamCodePage == CP_UTF8)
     AStream->WriteBuffer("\xEF\xBB\xBF", 3);
   TLxDOMNode::SaveToStream(AStream, AStreamCodePage, AFormatted);
 }
@@ -254,7 +252,7 @@ void TLxDOMDocument::SetProcessingInstruction(const UnicodeString& target,
     if (Declaration)
       AddChild(Made.get(), Declaration, ldpAfter);
     else
-      AddChild(Made.get(), nullptr, ldpFirst);
+      AddChild(Made.get(), /*ARefNode=*/nullptr, ldpFirst);
     Instruction = Made.release();
   }
   Instruction->SetData(Value);
@@ -280,7 +278,7 @@ UnicodeString TLxDOMDocument::GetEncoding() const {
 
 void TLxDOMDocument::SetEncoding(const UnicodeString& Value) {
   if (Value.empty()) {
-    FCodePage = CodePageUTF8;
+    FCodePage = CP_UTF8;
     FEncoding = u"UTF-8";
   } else {
     try {
@@ -295,7 +293,7 @@ void TLxDOMDocument::SetEncoding(const UnicodeString& Value) {
     TOwned<TLxDOMProcessingInstruction> Made(New<TLxDOMProcessingInstruction>());
     Made->SetQualifiedName(u"xml");
     Made->SetData(Format(u"version=\"1.0\" encoding=\"%s\"", {FEncoding}));
-    AddChild(Made.get(), nullptr, ldpFirst);
+    AddChild(Made.get(), /*ARefNode=*/nullptr, ldpFirst);
     Made.release();
     return;
   }
@@ -328,11 +326,8 @@ void TLxDOMDocument::SetUseSchemaInstance(bool Value) {
 // --- face ---------------------------------------------------------------------------------------
 
 HRESULT TLxDOMDocumentImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != ILxDOMDocument::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<ILxDOMDocument*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMDocument>(this, AIID, AObj,
+                                          [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 void TLxDOMDocumentImpl::LoadFromStream(TStream*, Word) {

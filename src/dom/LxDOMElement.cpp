@@ -216,13 +216,13 @@ T* TLxDOMElement::InsertCharacterData(const UnicodeString& AValue, TLxDOMPositio
 }
 
 TLxDOMText* TLxDOMElement::AddText(const UnicodeString& AValue) {
-  return InsertCharacterData<TLxDOMText>(AValue, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMText>(AValue, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMCDATA* TLxDOMElement::AddCDATA(const UnicodeString& AValue) {
-  return InsertCharacterData<TLxDOMCDATA>(AValue, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMCDATA>(AValue, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMComment* TLxDOMElement::AddComment(const UnicodeString& AComment) {
-  return InsertCharacterData<TLxDOMComment>(AComment, ldpLast, nullptr);
+  return InsertCharacterData<TLxDOMComment>(AComment, ldpLast, /*ARefChild=*/nullptr);
 }
 TLxDOMText* TLxDOMElement::InsertText(const UnicodeString& AValue, TLxDOMPosition APosition,
                                       TLxDOMElement* ARefChild) {
@@ -278,12 +278,12 @@ void TLxDOMElement::NormalizeTextNodes() {
 }
 
 TLxDOMElement* TLxDOMElement::AddElement(const UnicodeString& ATagName) {
-  return InsertElement(ATagName, ldpLast, nullptr);
+  return InsertElement(ATagName, ldpLast, /*ARefChild=*/nullptr);
 }
 
 TLxDOMElement* TLxDOMElement::AddElement(std::u16string_view ANamespaceURI,
                                          std::u16string_view AQualifiedName) {
-  return InsertElement(ANamespaceURI, AQualifiedName, ldpLast, nullptr);
+  return InsertElement(ANamespaceURI, AQualifiedName, ldpLast, /*ARefChild=*/nullptr);
 }
 
 TLxDOMElement* TLxDOMElement::InsertElement(const UnicodeString& ATagName, TLxDOMPosition APosition,
@@ -333,7 +333,7 @@ TLxDOMNode* TLxDOMElement::NodeByName(TLxDOMNodeListBase* AList, const UnicodeSt
   TOwned<TLxDOMNode> Node(AList == ExistingList(TChildKind::Element)
                               ? static_cast<TLxDOMNode*>(Make<TLxDOMElement>(ANodeClass))
                               : Make<TLxDOMAttribute>(ANodeClass));
-  AddChild(Node.get(), nullptr, ldpAfter);
+  AddChild(Node.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMNode* Linked = Node.release();
   Linked->SetQualifiedName(ANodeName);
   return Linked;
@@ -406,12 +406,12 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
   TOwned<TLxDOMElement> Made(New<TLxDOMElement>());
   Made->FLocalName = std::move(LocalName);
   Made->FPrefix = Prefix;
-  AddChild(Made.get(), nullptr, ldpAfter);
+  AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMElement* Element = Made.release();
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = Element->ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
     TOwned<TLxDOMAttribute> Declared(New<TLxDOMAttribute>());
-    Element->AddChild(Declared.get(), nullptr, ldpAfter);
+    Element->AddChild(Declared.get(), /*ARefNode=*/nullptr, ldpAfter);
     TLxDOMAttribute* Declaration = Declared.release();
     Declaration->SetQualifiedName(DeclarationName(Prefix));
     Declaration->SetNodeValue(URI);
@@ -437,7 +437,7 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
   TOwned<TLxDOMAttribute> Made(New<TLxDOMAttribute>());
   Made->FLocalName = std::move(LocalName);
   Made->FPrefix = Prefix;
-  AddChild(Made.get(), nullptr, ldpAfter);
+  AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMAttribute* Attribute = Made.release();
   const UnicodeString URI(ANamespaceURI);
   if (TLxDOMAttrList* Scope = ScopeList(); !Scope || !Scope->FindNamespace(URI)) {
@@ -506,12 +506,12 @@ void TLxDOMElement::SetAttribute(const UnicodeString& AAttribName, const Unicode
 
 UnicodeString TLxDOMElement::GetAttributeNS(std::u16string_view ANamespaceURI,
                                             std::u16string_view ALocalName) {
-  return AttributeByName(ANamespaceURI, ALocalName, false)->GetNodeValue();
+  return AttributeByName(ANamespaceURI, ALocalName, /*ACreateWhenNotFound=*/false)->GetNodeValue();
 }
 
 void TLxDOMElement::SetAttributeNS(std::u16string_view ANamespaceURI,
                                    std::u16string_view ALocalName, const UnicodeString& Value) {
-  AttributeByName(ANamespaceURI, ALocalName, true)->SetNodeValue(Value);
+  AttributeByName(ANamespaceURI, ALocalName, /*ACreateWhenNotFound=*/true)->SetNodeValue(Value);
 }
 
 void TLxDOMElement::RemoveElement(const UnicodeString& AElementName) {

@@ -19,11 +19,8 @@ TLxDOMAttribute* AttributeOf(ILxDOMAttribute* AAttribute) {
 } // namespace
 
 HRESULT TLxDOMElementImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != ILxDOMElement::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<ILxDOMElement*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMElement>(this, AIID, AObj,
+                                         [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 UnicodeString TLxDOMElementImpl::GetAttrib(const UnicodeString& AAttribName) {

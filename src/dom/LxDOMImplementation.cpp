@@ -4,11 +4,8 @@
 namespace lorvane {
 
 HRESULT TLxDOMImplementation::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != IDOMImplementation::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<IDOMImplementation*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<IDOMImplementation>(
+      this, AIID, AObj, [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 WordBool TLxDOMImplementation::hasFeature(const DOMString& feature, const DOMString& version) {

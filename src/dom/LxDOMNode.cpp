@@ -1,8 +1,6 @@
 // Nodes: linking and unlinking, destruction of subtrees, cloning, siblings and paths.
 #include "lorvane/dom/LxDOMNode.h"
 
-#include "dom/LxDOMWriter.h"
-#include "lorvane/core/LxStreams.h"
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMParser.h"
 
@@ -10,21 +8,6 @@
 #include <vector>
 
 namespace lorvane {
-
-namespace {
-
-// Destroying a node destroys each child inside its own destruction. Below this depth children
-// are queued instead and destroyed by the outermost destruction, so that a tree as deep as its
-// input costs bounded stack.
-constexpr int MaxNestedDestructions = 200;
-thread_local int NestedDestructions = 0;
-thread_local std::vector<TLxDOMNode*>* QueuedDestructions = nullptr;
-
-// SetDOMDocument passes the document to the whole subtree by one walk from the top; the calls it
-// makes on the nodes below must not start walks of their own.
-thread_local bool DocumentWalkRunning = false;
-
-} // namespace
 
 struct TLxDOMNode::TParseEvents {
   TLxDOMParseError OnParseWarning;
@@ -40,30 +23,7 @@ TLxDOMNode::~TLxDOMNode() { lorvane::Free(FChildNodes); }
 
 void TLxDOMNode::BeforeDestruction() {
   FDestroying = true;
-  std::vector<TLxDOMNode*> Queue;
-  const bool Outermost = !QueuedDestructions;
-  if (Outermost)
-    QueuedDestructions = &Queue;
-  struct TRestore {
-    bool Outermost;
-    ~TRestore() {
-      --NestedDestructions;
-      if (Outermost)
-        QueuedDestructions = nullptr;
-    }
-  } Restore{Outermost};
-  ++NestedDestructions;
   Clear();
-  if (Outermost) {
-    // Each queued node starts again with the full depth budget.
-    --NestedDestructions;
-    while (!Queue.empty()) {
-      TLxDOMNode* Node = Queue.back();
-      Queue.pop_back();
-      Node->Free();
-    }
-    ++NestedDestructions;
-  }
   if (FParent)
     static_cast<TLxDOMNode*>(FParent)->RemoveChild(this);
   if (FDOMImpl && FDOMImpl->RefCount() > 0) {
@@ -81,31 +41,54 @@ void TLxDOMNode::BeforeDestruction() {
 bool TLxDOMNode::CanAutoDestroy() { return !FDOMImpl && inherited::CanAutoDestroy(); }
 
 void TLxDOMNode::Clear() {
-  if (!FChildNodes)
+  if (!FChildNodes || FChildNodes->Count() == 0)
     return;
-  TEditHold Hold(this);
-  // Held children leave a node being destroyed first, while the siblings they may link to (its
-  // declarations) are still there to be read.
-  if (FDestroying)
+  if (!FDestroying) {
+    TEditHold Hold(this); // a held child's pin may be all that keeps this node
+    // Each child leaves through RemoveChild, which destroys it unless an interface holds it.
     for (Integer I = FChildNodes->Count() - 1; I >= 0; --I)
-      if (TLxDOMNode* Child = FChildNodes->GetItem(I); !Child->CanAutoDestroy())
-        RemoveChild(Child);
-  for (Integer I = FChildNodes->Count() - 1; I >= 0; --I) {
-    TLxDOMNode* Child = FChildNodes->GetItem(I);
-    if (!Child->CanAutoDestroy()) {
+      RemoveChild(FChildNodes->GetItem(I));
+    return;
+  }
+  // Held children leave first, while everything they may link to (declarations of this node and
+  // of the subtree) is still there to be read; a held descendant has held ancestors up to here.
+  for (Integer I = FChildNodes->Count() - 1; I >= 0; --I)
+    if (TLxDOMNode* Child = FChildNodes->GetItem(I); !Child->CanAutoDestroy())
       RemoveChild(Child);
+  // The node being destroyed destroys its whole subtree itself, children before parents and last
+  // child first, by an explicit stack of the nodes being emptied: each node is freed only once it
+  // has no children left, so no destruction runs inside another, however deep the tree. Ancestors
+  // stay alive until their subtree is gone, so a held descendant is unlinked from a whole tree.
+  std::vector<TLxDOMNode*> Emptying{this};
+  while (true) {
+    TLxDOMNode* Node = Emptying.back();
+    TLxDOMNodeList* Children = Node->FChildNodes;
+    if (!Children || Children->Count() == 0) {
+      Emptying.pop_back();
+      if (Emptying.empty())
+        break;
+      FreeDetached(Emptying.back(), Node);
       continue;
     }
-    // Only a child of a node being destroyed may go here: it leaves without the unlinking that
-    // would keep this node's lists right, since they go with this node. (Typed lists may hold
-    // its address until then; nothing reads it.)
-    FChildNodes->DeleteAt(I);
-    Child->FParent = nullptr;
-    if (NestedDestructions >= MaxNestedDestructions && QueuedDestructions)
-      QueuedDestructions->push_back(Child);
-    else
-      Child->Free();
+    TLxDOMNode* Child = Children->GetItem(Children->Count() - 1);
+    if (!Child->CanAutoDestroy()) {
+      Node->RemoveChild(Child);
+    } else if (Child->NodeCount() > 0) {
+      // Marked as its own destruction would mark it, so that its children may go with it.
+      Child->FDestroying = true;
+      Emptying.push_back(Child);
+    } else {
+      FreeDetached(Node, Child);
+    }
   }
+}
+
+void TLxDOMNode::FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild) {
+  // It leaves without the unlinking that would keep the parent's lists right, since they go with
+  // the parent. (Typed lists may hold its address until then; nothing reads it.)
+  AParent->FChildNodes->DeleteAt(AParent->FChildNodes->LastIndexOf(AChild));
+  AChild->FParent = nullptr;
+  AChild->Free();
 }
 
 TLxDOMNode::TEditHold::TEditHold(TLxDOMNode* ANode) {
@@ -129,18 +112,15 @@ TLxDOMNodeImpl* TLxDOMNode::DOMNodeImpl() const noexcept {
 
 void TLxDOMNode::SetDOMDocument(TLxDOMObject* ADoc) {
   inherited::SetDOMDocument(ADoc);
-  if (!FChildNodes || DocumentWalkRunning)
+  if (!FChildNodes)
     return;
-  DocumentWalkRunning = true;
-  struct TReset {
-    ~TReset() { DocumentWalkRunning = false; }
-  } Reset;
   // Leaves (attributes, text) take the document at once; only nodes with children of their own
-  // go on the stack, which a freshly loaded element never needs.
+  // go on the stack, which a freshly loaded element never needs. Each node below takes it as
+  // the object base gives it: this walk is the only one (node kinds don't override it).
   std::vector<TLxDOMNode*> Pending;
   for (TLxDOMNode* Node = this;;) {
     for (TLxDOMNode* Child : *Node->FChildNodes) {
-      Child->SetDOMDocument(ADoc);
+      Child->TLxDOMObject::SetDOMDocument(ADoc);
       if (Child->FChildNodes && Child->FChildNodes->Count() > 0)
         Pending.push_back(Child);
     }
@@ -328,9 +308,7 @@ UnicodeString TLxDOMNode::GetQualifiedName() const {
   return Result.append(FPrefix).append(1, u':').append(FLocalName);
 }
 
-// --- loading and saving -----------------------------------------------------------------------
-
-void TLxDOMNode::_SaveToStream(TStream*, Word, bool, Integer&) {}
+// --- loading ------------------------------------------------------------------------------------
 
 void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
   TOwned<TLxDOMParser> Parser(New<TLxDOMParser>(this));
@@ -338,25 +316,6 @@ void TLxDOMNode::LoadFromStream(TStream* AStream, Word AStreamCodePage) {
   Parser->SetOnParseError(GetOnParseError());
   Parser->SetOnParseFatalError(GetOnParseFatalError());
   Parser->Parse(AStream, AStreamCodePage);
-}
-
-void TLxDOMNode::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
-  domwriter::TBufferedOutput Output(AStream, AStreamCodePage);
-  Integer Level = -1;
-  _SaveToStream(AStream, AStreamCodePage, AFormatted, Level);
-  Output.Finish();
-}
-
-UnicodeString TLxDOMNode::GetXML() {
-  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  SaveToStream(Stream.get(), 1200, /*AFormatted=*/false);
-  return Stream->GetWString();
-}
-
-UnicodeString TLxDOMNode::GetFormattedXML() {
-  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  SaveToStream(Stream.get(), 1200, /*AFormatted=*/true);
-  return Stream->GetWString();
 }
 
 TLxDOMDocument* TLxDOMNode::GetDocument() const noexcept {

@@ -11,12 +11,8 @@ TLxDOMNode* NodeOf(ILxDOMNode* ANode) { return TLxDOMObjectImpl::Node(ANode); }
 } // namespace
 
 HRESULT TLxDOMNodeImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMNode::IID)
-    *AObj = static_cast<ILxDOMNode*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMNode>(this, AIID, AObj,
+                                      [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 bool TLxDOMNodeImpl::GetPreserveSpace() { return DOMNode()->GetPreserveSpace(); }

@@ -98,7 +98,7 @@ TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLx
 }
 
 TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMAbsPosition APos) {
-  return Add(ANode, nullptr, APos);
+  return Add(ANode, /*ARefNode=*/nullptr, APos);
 }
 
 TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMRelPosition APos,
@@ -274,11 +274,8 @@ TLxDOMAttribute* TLxDOMAttrList::FindNamespace(const UnicodeString& ANamespaceUR
 }
 
 HRESULT TLxDOMElementListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != ILxDOMElementList::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<ILxDOMElementList*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMElementList>(this, AIID, AObj,
+                                             [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 IPtr<ILxDOMElement> TLxDOMElementListImpl::GetElement(const Variant& idx) {
@@ -286,11 +283,8 @@ IPtr<ILxDOMElement> TLxDOMElementListImpl::GetElement(const Variant& idx) {
 }
 
 HRESULT TLxDOMAttrListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID != ILxDOMAttrList::IID)
-    return inherited::QueryInterface(AIID, AObj);
-  *AObj = static_cast<ILxDOMAttrList*>(this);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMAttrList>(this, AIID, AObj,
+                                          [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 IPtr<ILxDOMAttribute> TLxDOMAttrListImpl::GetAttribute(Integer idx) {
@@ -310,14 +304,8 @@ TLxDOMNode* NodeOf(ILxDOMNode* ANode) { return TLxDOMObjectImpl::Node(ANode); }
 } // namespace
 
 HRESULT TLxDOMNodeListImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMNamedNodeList::IID)
-    *AObj = static_cast<ILxDOMNamedNodeList*>(this);
-  else if (AIID == ILxDOMNodeList::IID)
-    *AObj = static_cast<ILxDOMNodeList*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMNamedNodeList, ILxDOMNodeList>(
+      this, AIID, AObj, [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 IPtr<ILxDOMNode> TLxDOMNodeListImpl::GetItem(Integer idx) {

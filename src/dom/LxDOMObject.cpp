@@ -3,6 +3,7 @@
 
 #include "lorvane/dom/LxDOMNode.h"
 
+#include <utility>
 #include <vector>
 
 namespace lorvane {
@@ -20,32 +21,7 @@ const std::array<std::u16string_view, 13> LxDOMNodeTypes{
 
 namespace {
 
-// A face releases its pin on the parent when it goes, which may end the parent's face, and so
-// on up the chain. Releases that happen while one is running are queued and run by the
-// outermost, so a chain as deep as the tree costs no stack.
-thread_local std::vector<IInterface*>* PendingPinReleases = nullptr;
-
 std::atomic<Int64> FaceCount{0};
-
-void ReleasePin(IInterface* APin) {
-  if (!APin)
-    return;
-  if (PendingPinReleases) {
-    PendingPinReleases->push_back(APin);
-    return;
-  }
-  std::vector<IInterface*> Pending; // allocates only when a release is queued
-  PendingPinReleases = &Pending;
-  struct TReset {
-    ~TReset() { PendingPinReleases = nullptr; }
-  } Reset;
-  APin->_Release();
-  while (!Pending.empty()) {
-    IInterface* Pin = Pending.back();
-    Pending.pop_back();
-    Pin->_Release();
-  }
-}
 
 } // namespace
 
@@ -153,7 +129,7 @@ Integer TLxDOMObjectImpl::_AddRef() {
   const Integer Count = inherited::_AddRef();
   // The pin is taken with the first reference rather than in the constructor: a face nobody
   // holds then never keeps its ancestors alive.
-  if (Count == 1 && !FParent && FDOMObject && FDOMObject->FParent)
+  if (Count == 1 && !FPinned && FDOMObject && FDOMObject->FParent)
     PinAncestors();
   return Count;
 }
@@ -171,22 +147,38 @@ void TLxDOMObjectImpl::PinAncestors() {
     TLxDOMObjectImpl* Above = Chain[I]->RequireDOMImpl();
     TLxDOMObjectImpl* Below = Chain[I - 1]->RequireDOMImpl();
     Above->TLxObject::_AddRef();
-    Below->FParent = IPtr<IInterface>::Attach(static_cast<IInterface*>(Chain[I]));
+    Below->FPinned = Chain[I];
   }
 }
 
 TLxDOMObjectImpl::~TLxDOMObjectImpl() {
   if (FDOMObject)
     FDOMObject->SetDOMImpl(nullptr);
-  ReleasePin(FParent.Detach());
+  ReleasePin(std::exchange(FPinned, nullptr));
 }
 
 void TLxDOMObjectImpl::PinParent(TLxDOMObject* AParent) {
   // Only a held face is pinned; one without references gets its pin with its first.
-  IInterface* Old = FParent.Detach();
-  if (AParent && RefCount() > 0)
-    FParent = IPtr<IInterface>(static_cast<IInterface*>(AParent));
+  TLxDOMObject* Old = std::exchange(FPinned, nullptr);
+  if (AParent && RefCount() > 0) {
+    AParent->_AddRef();
+    FPinned = AParent;
+  }
   ReleasePin(Old);
+}
+
+void TLxDOMObjectImpl::ReleasePin(TLxDOMObject* APinned) {
+  // Releasing a pin may end the pinned object's face, whose destructor would release that
+  // face's own pin, and so on up a chain as long as the tree is deep. The chain is followed
+  // here instead: a face that this release ends gives up its pin first, and that pin is
+  // released next, so its destructor has none left to release.
+  while (APinned) {
+    TLxDOMObject* Next = nullptr;
+    if (TLxDOMObjectImpl* Face = APinned->FDOMImpl; Face && Face->RefCount() == 1)
+      Next = std::exchange(Face->FPinned, nullptr);
+    APinned->_Release();
+    APinned = Next;
+  }
 }
 
 Integer TLxDOMObjectImpl::_Release() {

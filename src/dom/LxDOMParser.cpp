@@ -9,20 +9,13 @@
 namespace lorvane {
 
 TLxDOMParser::TLxDOMParser(TLxDOMNode* ADOMNode)
-    : TComponent(nullptr), FDOMNode(ADOMNode), FTargetNode(ADOMNode) {}
+    : TComponent(/*AOwner=*/nullptr), FDOMNode(ADOMNode), FTargetNode(ADOMNode) {}
 
 TLxDOMParser::~TLxDOMParser() { lorvane::Free(FReader); }
 
 HRESULT TLxDOMParser::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxSAXErrorHandler::IID)
-    *AObj = static_cast<ILxSAXErrorHandler*>(this);
-  else if (AIID == ILxSAXContentHandler::IID)
-    *AObj = static_cast<ILxSAXContentHandler*>(this);
-  else if (AIID == ILxSAXLexicalHandler::IID)
-    *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-  else
-    return TComponent::QueryInterface(AIID, AObj);
-  return S_OK;
+  return AnswerUncountedInterfaces<ILxSAXErrorHandler, ILxSAXContentHandler, ILxSAXLexicalHandler>(
+      this, AIID, AObj, [&] { return TComponent::QueryInterface(AIID, AObj); });
 }
 
 void TLxDOMParser::Parse(TStream* AStream, Word AStreamCodePage) {
@@ -99,7 +92,7 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
   if (FInCDATA) {
     // As an element's AddCDATA does; the reader may hand text to a document too.
     TOwned<TLxDOMCDATA> Section(New<TLxDOMCDATA>());
-    FDOMNode->AddChild(Section.get(), nullptr, ldpLast);
+    FDOMNode->AddChild(Section.get(), /*ARefNode=*/nullptr, ldpLast);
     Section.release()->SetNodeValue(AText);
     return;
   }
@@ -110,7 +103,7 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
     return;
   TOwned<TLxDOMText> Text(New<TLxDOMText>());
   Text->SetStoredValue(AText);
-  FDOMNode->AddChild(Text.get(), nullptr, ldpAfter);
+  FDOMNode->AddChild(Text.get(), /*ARefNode=*/nullptr, ldpAfter);
   Text.release();
 }
 
@@ -121,7 +114,7 @@ void TLxDOMParser::IgnorableWhitespace(const LxXMLString& AWhiteSpace) {
 
 void TLxDOMParser::ProcessingInstruction(const LxXMLString& ATarget, const LxXMLString& AData) {
   TOwned<TLxDOMProcessingInstruction> Instruction(New<TLxDOMProcessingInstruction>());
-  FDOMNode->AddChild(Instruction.get(), nullptr, ldpAfter);
+  FDOMNode->AddChild(Instruction.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMProcessingInstruction* Linked = Instruction.release();
   Linked->SetQualifiedName(ATarget);
   Linked->SetData(AData);

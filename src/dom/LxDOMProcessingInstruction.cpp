@@ -16,12 +16,8 @@ TLxDOMProcessingInstruction::DOMProcessingInstructionImpl() const noexcept {
 }
 
 HRESULT TLxDOMProcessingInstructionImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxDOMProcessingInstruction::IID)
-    *AObj = static_cast<ILxDOMProcessingInstruction*>(this);
-  else
-    return inherited::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxDOMProcessingInstruction>(
+      this, AIID, AObj, [&] { return inherited::QueryInterface(AIID, AObj); });
 }
 
 UnicodeString TLxDOMProcessingInstructionImpl::GetData() {

@@ -5,159 +5,130 @@
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/platform/CodePages.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace lorvane {
 
-namespace domwriter {
-
 namespace {
 
-void WriteConverted(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
+/// UTF-8 of AText into AOut, which has room for three bytes per unit; gives the bytes written.
+/// Lone surrogates become U+FFFD, as everywhere in the library.
+std::size_t EncodeUTF8(std::u16string_view AText, char* AOut) noexcept {
+  char* Out = AOut;
+  const char16_t* Text = AText.data();
+  const std::size_t Length = AText.size();
+  for (std::size_t I = 0; I < Length; ++I) {
+    char32_t Code = Text[I];
+    if (Code < 0x80) {
+      *Out++ = static_cast<char>(Code);
+      continue;
+    }
+    if (Code >= 0xD800 && Code <= 0xDFFF) {
+      if (Code <= 0xDBFF && I + 1 < Length && Text[I + 1] >= 0xDC00 && Text[I + 1] <= 0xDFFF)
+        Code = 0x10000 + ((Code - 0xD800) << 10) + (Text[++I] - 0xDC00);
+      else
+        Code = 0xFFFD;
+    }
+    if (Code < 0x800) {
+      *Out++ = static_cast<char>(0xC0 | (Code >> 6));
+    } else if (Code < 0x10000) {
+      *Out++ = static_cast<char>(0xE0 | (Code >> 12));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+    } else {
+      *Out++ = static_cast<char>(0xF0 | (Code >> 18));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 12) & 0x3F));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+    }
+    *Out++ = static_cast<char>(0x80 | (Code & 0x3F));
+  }
+  return static_cast<std::size_t>(Out - AOut);
+}
+
+/// AText in the code page: UTF-16 little-endian units as they are for 1200, converted otherwise.
+void WriteConverted(TStream* AStream, Word ACodePage, std::u16string_view AText) {
   if (AText.empty())
     return;
-  if (AStreamCodePage == 1200) {
+  if (ACodePage == 1200) {
     AStream->WriteBuffer(AText.data(), static_cast<Int64>(AText.size() * 2));
     return;
   }
-  if (AStreamCodePage == 65001) {
-    // Markup and most names are ASCII: they go out through a small buffer without conversion.
-    char Buffer[1024];
-    std::size_t Used = 0;
-    for (std::size_t I = 0; I < AText.size(); ++I) {
-      const char16_t Char = AText[I];
-      if (Char >= 0x80) {
-        if (Used)
-          AStream->WriteBuffer(Buffer, static_cast<Int64>(Used));
-        const RawByteString Rest = StringToUTF8(AText.substr(I));
-        AStream->WriteBuffer(Rest.data(), static_cast<Int64>(Rest.size()));
-        return;
-      }
-      Buffer[Used++] = static_cast<char>(Char);
-      if (Used == sizeof Buffer) {
-        AStream->WriteBuffer(Buffer, static_cast<Int64>(Used));
-        Used = 0;
-      }
+  if (ACodePage == 65001) {
+    // At most three bytes per unit: a pair of units makes four.
+    constexpr std::size_t Chunk = 4096;
+    char Bytes[3 * Chunk];
+    while (!AText.empty()) {
+      std::size_t Take = std::min(AText.size(), Chunk);
+      // A pair stays in one chunk.
+      if (Take < AText.size() && AText[Take - 1] >= 0xD800 && AText[Take - 1] <= 0xDBFF)
+        --Take;
+      const std::size_t Used = EncodeUTF8(AText.substr(0, Take), Bytes);
+      AStream->WriteBuffer(Bytes, static_cast<Int64>(Used));
+      AText.remove_prefix(Take);
     }
-    if (Used)
-      AStream->WriteBuffer(Buffer, static_cast<Int64>(Used));
     return;
   }
-  const RawByteString Bytes = UnicodeToCodePage(AText, AStreamCodePage);
+  const RawByteString Bytes = UnicodeToCodePage(AText, ACodePage);
   AStream->WriteBuffer(Bytes.data(), static_cast<Int64>(Bytes.size()));
-}
-
-struct TCollected {
-  TStream* Stream = nullptr;
-  Word CodePage = 0;
-  UnicodeString Text;
-};
-
-constexpr std::size_t BlockSize = 32768;
-thread_local TCollected* Collected = nullptr;
-// One collection per nesting level of outputs (inner XML is written while an outer output runs).
-thread_local std::vector<TCollected> Levels;
-
-void WriteCollected() {
-  // Cleared first: a failing stream must not see the same text again from the destructor.
-  UnicodeString Text;
-  Text.swap(Collected->Text);
-  WriteConverted(Collected->Stream, Collected->CodePage, Text);
-  Text.clear();
-  Text.swap(Collected->Text);
 }
 
 } // namespace
 
-void Write(TStream* AStream, Word AStreamCodePage, std::u16string_view AText) {
-  if (Collected && Collected->Stream == AStream && Collected->CodePage == AStreamCodePage) {
-    Collected->Text.append(AText);
-    if (Collected->Text.size() >= BlockSize)
-      WriteCollected();
+void TLxDOMWriter::Flush() {
+  // Emptied first: text that a failing stream refused is not offered again.
+  const std::size_t Used = FUsed;
+  FUsed = 0;
+  WriteConverted(FStream, FCodePage, std::u16string_view(FUnits, Used));
+}
+
+void TLxDOMWriter::WriteLong(std::u16string_view AText) {
+  Flush();
+  if (AText.size() <= Capacity) {
+    std::memcpy(FUnits, AText.data(), AText.size() * sizeof(char16_t));
+    FUsed = AText.size();
     return;
   }
-  WriteConverted(AStream, AStreamCodePage, AText);
+  WriteConverted(FStream, FCodePage, AText);
 }
 
-void Flush(TStream* AStream) {
-  if (Collected && Collected->Stream == AStream && !Collected->Text.empty())
-    WriteCollected();
-}
-
-std::size_t PendingUnits(TStream* AStream) {
-  return Collected && Collected->Stream == AStream ? Collected->Text.size() : 0;
-}
-
-TBufferedOutput::TBufferedOutput(TStream* AStream, Word ACodePage) {
-  // A push may move the levels: the active one is always taken anew from the back.
-  Levels.push_back({AStream, ACodePage, {}});
-  Levels.back().Text.reserve(BlockSize + 1024);
-  Collected = &Levels.back();
-}
-
-TBufferedOutput::~TBufferedOutput() {
-  try {
-    if (!Collected->Text.empty())
-      WriteCollected();
-  } catch (...) {
-    // The failure that unwinds us is the one the caller sees.
-  }
-  Levels.pop_back();
-  Collected = Levels.empty() ? nullptr : &Levels.back();
-}
-
-void TBufferedOutput::Finish() {
-  if (!Collected->Text.empty())
-    WriteCollected();
-}
-
-void WriteLineEnd(TStream* AStream, Word AStreamCodePage) {
-  Write(AStream, AStreamCodePage, u"\r\n");
-}
-
-void WriteIndent(TStream* AStream, Word AStreamCodePage, Integer ASteps) {
+void TLxDOMWriter::WriteIndent(Integer ASteps) {
   static constexpr std::u16string_view Blanks = u"                                ";
   for (Integer Left = ASteps * 2; Left > 0;) {
     const auto Piece = std::min<std::size_t>(static_cast<std::size_t>(Left), Blanks.size());
-    Write(AStream, AStreamCodePage, Blanks.substr(0, Piece));
+    Write(Blanks.substr(0, Piece));
     Left -= static_cast<Integer>(Piece);
   }
 }
-
-} // namespace domwriter
-
-using domwriter::Write;
-using domwriter::WriteIndent;
-using domwriter::WriteLineEnd;
 
 namespace {
 
 /// Whether an element starts on a new line: not at the very start of the stream, nor right
 /// behind a UTF-16 byte order mark there.
-bool NeedsLeadingLineEnd(TStream* AStream) {
+bool NeedsLeadingLineEnd(TLxDOMWriter& AWriter) {
   // Three collected units put the text beyond position 2 in any code page.
-  if (domwriter::PendingUnits(AStream) > 2)
+  if (AWriter.PendingUnits() > 2)
     return true;
-  domwriter::Flush(AStream);
-  const Int64 Position = AStream->GetPosition();
+  AWriter.Flush();
+  TStream* Stream = AWriter.Stream();
+  const Int64 Position = Stream->GetPosition();
   if (Position == 0)
     return false;
   if (Position != 2)
     return true;
   Byte Mark[2] = {0, 0};
-  AStream->SetPosition(0);
-  AStream->ReadBuffer(Mark, 2);
-  AStream->SetPosition(2);
+  Stream->SetPosition(0);
+  Stream->ReadBuffer(Mark, 2);
+  Stream->SetPosition(2);
   return !(Mark[0] == 0xFF && Mark[1] == 0xFE);
 }
 
-void WriteQualifiedName(TStream* AStream, Word AStreamCodePage, const UnicodeString& APrefix,
+void WriteQualifiedName(TLxDOMWriter& AWriter, const UnicodeString& APrefix,
                         const UnicodeString& ALocalName) {
   if (!APrefix.empty()) {
-    Write(AStream, AStreamCodePage, APrefix);
-    Write(AStream, AStreamCodePage, u":");
+    AWriter.Write(APrefix);
+    AWriter.Write(u":");
   }
-  Write(AStream, AStreamCodePage, ALocalName);
+  AWriter.Write(ALocalName);
 }
 
 /// Indentation under an element that doesn't preserve space; none at document level.
@@ -168,53 +139,84 @@ bool IndentsUnderParent(const TLxDOMNode* ANode) {
 
 } // namespace
 
-void TLxDOMDocument::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                                   Integer& ALevel) {
-  if (TLxDOMNodeList* Children = ChildList())
-    for (TLxDOMNode* Child : *Children)
-      Child->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
+// --- entry points -------------------------------------------------------------------------------
+
+void TLxDOMNode::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
+                               Integer& ALevel) {
+  TLxDOMWriter Writer(AStream, AStreamCodePage);
+  WriteXML(Writer, AFormatted, ALevel);
+  Writer.Flush();
 }
 
-bool TLxDOMElement::WriteStartTag(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                                  Integer ALevel) {
+void TLxDOMNode::SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) {
+  Integer Level = -1;
+  _SaveToStream(AStream, AStreamCodePage, AFormatted, Level);
+}
+
+UnicodeString TLxDOMNode::GetXML() {
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
+  SaveToStream(Stream.get(), 1200, /*AFormatted=*/false);
+  return Stream->GetWString();
+}
+
+UnicodeString TLxDOMNode::GetFormattedXML() {
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
+  SaveToStream(Stream.get(), 1200, /*AFormatted=*/true);
+  return Stream->GetWString();
+}
+
+void TLxDOMNode::WriteXML(TLxDOMWriter&, bool, Integer&) {}
+
+void TLxDOMNode::WriteChildXML(TLxDOMNode* AChild, TLxDOMWriter& AWriter, bool AFormatted,
+                               Integer& ALevel) {
+  AChild->WriteXML(AWriter, AFormatted, ALevel);
+}
+
+// --- the node kinds -----------------------------------------------------------------------------
+
+void TLxDOMDocument::WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) {
+  if (TLxDOMNodeList* Children = ChildList())
+    for (TLxDOMNode* Child : *Children)
+      WriteChildXML(Child, AWriter, AFormatted, ALevel);
+}
+
+bool TLxDOMElement::WriteStartTag(TLxDOMWriter& AWriter, bool AFormatted, Integer ALevel) {
   if (AFormatted && !GetPreserveSpace()) {
-    if (NeedsLeadingLineEnd(AStream))
-      WriteLineEnd(AStream, AStreamCodePage);
-    WriteIndent(AStream, AStreamCodePage, ALevel + 1);
+    if (NeedsLeadingLineEnd(AWriter))
+      AWriter.WriteLineEnd();
+    AWriter.WriteIndent(ALevel + 1);
   }
-  Write(AStream, AStreamCodePage, u"<");
-  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
+  AWriter.Write(u"<");
+  WriteQualifiedName(AWriter, FPrefix, FLocalName);
   AnyOf(TChildKind::Attribute, [&](TLxDOMNode* AAttribute) {
-    AAttribute->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
+    WriteChildXML(AAttribute, AWriter, AFormatted, ALevel);
     return false;
   });
   if (ElementCount() == 0 && CountOf(TChildKind::CharacterData) == 0) {
-    Write(AStream, AStreamCodePage, u" />");
+    AWriter.Write(u" />");
     return false;
   }
-  Write(AStream, AStreamCodePage, u">");
+  AWriter.Write(u">");
   return true;
 }
 
-void TLxDOMElement::WriteEndTag(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                                Integer ALevel) {
+void TLxDOMElement::WriteEndTag(TLxDOMWriter& AWriter, bool AFormatted, Integer ALevel) {
   if (AFormatted && ElementCount() > 0 && !GetPreserveSpace()) {
-    WriteLineEnd(AStream, AStreamCodePage);
-    WriteIndent(AStream, AStreamCodePage, ALevel + 1);
+    AWriter.WriteLineEnd();
+    AWriter.WriteIndent(ALevel + 1);
   }
-  Write(AStream, AStreamCodePage, u"</");
-  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
-  Write(AStream, AStreamCodePage, u">");
+  AWriter.Write(u"</");
+  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  AWriter.Write(u">");
 }
 
-void TLxDOMElement::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                                  Integer& ALevel) {
+void TLxDOMElement::WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) {
   // An explicit stack of open elements: a tree may be as deep as any input.
   struct TOpen {
     TLxDOMElement* Element;
     Integer NextChild;
   };
-  if (!WriteStartTag(AStream, AStreamCodePage, AFormatted, ALevel))
+  if (!WriteStartTag(AWriter, AFormatted, ALevel))
     return;
   ++ALevel;
   std::vector<TOpen> Open{{this, 0}};
@@ -228,82 +230,88 @@ void TLxDOMElement::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool A
         continue;
       if (Type == ntElement) {
         auto* Element = static_cast<TLxDOMElement*>(Child);
-        if (Element->WriteStartTag(AStream, AStreamCodePage, AFormatted, ALevel)) {
+        if (Element->WriteStartTag(AWriter, AFormatted, ALevel)) {
           ++ALevel;
           Open.push_back({Element, 0});
         }
       } else {
-        Child->_SaveToStream(AStream, AStreamCodePage, AFormatted, ALevel);
+        WriteChildXML(Child, AWriter, AFormatted, ALevel);
       }
       continue;
     }
     --ALevel;
-    Top.Element->WriteEndTag(AStream, AStreamCodePage, AFormatted, ALevel);
+    Top.Element->WriteEndTag(AWriter, AFormatted, ALevel);
     Open.pop_back();
   }
 }
 
-void TLxDOMAttribute::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool, Integer&) {
-  Write(AStream, AStreamCodePage, u" ");
-  WriteQualifiedName(AStream, AStreamCodePage, FPrefix, FLocalName);
-  Write(AStream, AStreamCodePage, u"=\"");
+void TLxDOMAttribute::WriteXML(TLxDOMWriter& AWriter, bool, Integer&) {
+  AWriter.Write(u" ");
+  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  AWriter.Write(u"=\"");
   // A value read from single quotes may hold a double quote, which would end the value early.
-  if (FNodeValue.find(u'"') == UnicodeString::npos) {
-    Write(AStream, AStreamCodePage, FNodeValue);
-  } else {
-    UnicodeString Quoted;
-    for (char16_t Char : FNodeValue)
-      Char == u'"' ? Quoted.append(u"&quot;") : Quoted.append(1, Char);
-    Write(AStream, AStreamCodePage, Quoted);
+  std::u16string_view Rest = FNodeValue;
+  for (auto Quote = Rest.find(u'"'); Quote != std::u16string_view::npos; Quote = Rest.find(u'"')) {
+    AWriter.Write(Rest.substr(0, Quote));
+    AWriter.Write(u"&quot;");
+    Rest.remove_prefix(Quote + 1);
   }
-  Write(AStream, AStreamCodePage, u"\"");
+  AWriter.Write(Rest);
+  AWriter.Write(u"\"");
 }
 
-void TLxDOMText::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool, Integer&) {
-  Write(AStream, AStreamCodePage, GetStoredValue());
+void TLxDOMText::WriteXML(TLxDOMWriter& AWriter, bool, Integer&) {
+  AWriter.Write(GetStoredValue());
 }
 
-void TLxDOMCDATA::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool, Integer&) {
-  Write(AStream, AStreamCodePage, u"<![CDATA[");
-  Write(AStream, AStreamCodePage, GetStoredValue());
-  Write(AStream, AStreamCodePage, u"]]>");
+void TLxDOMCDATA::WriteXML(TLxDOMWriter& AWriter, bool, Integer&) {
+  AWriter.Write(u"<![CDATA[");
+  AWriter.Write(GetStoredValue());
+  AWriter.Write(u"]]>");
 }
 
-void TLxDOMComment::_SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                                  Integer& ALevel) {
+void TLxDOMComment::WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) {
   if (AFormatted) {
     if (!GetPreserveSpace())
-      WriteLineEnd(AStream, AStreamCodePage);
+      AWriter.WriteLineEnd();
     if (IndentsUnderParent(this))
-      WriteIndent(AStream, AStreamCodePage, ALevel + 1);
+      AWriter.WriteIndent(ALevel + 1);
   }
-  Write(AStream, AStreamCodePage, u"<!--");
-  Write(AStream, AStreamCodePage, GetStoredValue());
-  Write(AStream, AStreamCodePage, u"-->");
+  AWriter.Write(u"<!--");
+  AWriter.Write(GetStoredValue());
+  AWriter.Write(u"-->");
 }
 
-void TLxDOMProcessingInstruction::_SaveToStream(TStream* AStream, Word AStreamCodePage,
-                                                bool AFormatted, Integer& ALevel) {
-  if (AFormatted && (domwriter::Flush(AStream), AStream->GetSize() > 4)) {
-    WriteLineEnd(AStream, AStreamCodePage);
+void TLxDOMProcessingInstruction::WriteXML(TLxDOMWriter& AWriter, bool AFormatted,
+                                           Integer& ALevel) {
+  // The size counts the text written so far only once the writer has handed it on.
+  if (AFormatted && (AWriter.Flush(), AWriter.Stream()->GetSize() > 4)) {
+    AWriter.WriteLineEnd();
     if (IndentsUnderParent(this))
-      WriteIndent(AStream, AStreamCodePage, ALevel + 1);
+      AWriter.WriteIndent(ALevel + 1);
   }
-  Write(AStream, AStreamCodePage, u"<?");
-  Write(AStream, AStreamCodePage, GetQualifiedName());
+  AWriter.Write(u"<?");
+  AWriter.Write(GetQualifiedName());
   if (!FData.empty()) {
-    Write(AStream, AStreamCodePage, u" ");
-    Write(AStream, AStreamCodePage, FData);
+    AWriter.Write(u" ");
+    AWriter.Write(FData);
   }
-  Write(AStream, AStreamCodePage, u"?>");
+  AWriter.Write(u"?>");
 }
 
 // --- inner XML ----------------------------------------------------------------------------------
 
 UnicodeString TLxDOMElement::InnerXML(bool AFormatted) {
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
-  VisitChildElements(
-      [&](TLxDOMElement* AChild) { AChild->SaveToStream(Stream.get(), 1200, AFormatted); });
+  {
+    // Each child is written as a save of its own would write it, through one writer.
+    TLxDOMWriter Writer(Stream.get(), 1200);
+    VisitChildElements([&](TLxDOMElement* AChild) {
+      Integer Level = -1;
+      WriteChildXML(AChild, Writer, AFormatted, Level);
+    });
+    Writer.Flush();
+  }
   return Stream->GetWString();
 }
 

@@ -81,14 +81,15 @@ private:
       const WideChar C = P->CurrCharW();
       if (P->_GetEOF() || C != u'%')
         break;
+      // 3: a bracket comes percent-encoded, '%' and two hex digits.
       const UnicodeString Next = P->PeekString(3);
       if (Next == u"%5B" || Next == u"%5D")
         break;
-      Result += P->Selected(tpMark1, tpCurrent, true);
+      Result += P->Selected(tpMark1, tpCurrent, /*AClearMark=*/true);
       Result += ReadPercentCharacter();
       P->SetMark(tpMark1);
     }
-    Result += P->Selected(tpMark1, tpCurrent, true);
+    Result += P->Selected(tpMark1, tpCurrent, /*AClearMark=*/true);
     return Result;
   }
 
@@ -100,7 +101,7 @@ private:
     P->SetMark(tpMark1);
     for (;;) {
       P->SkipSet(spNotInSet, ValueStops);
-      Result += P->Selected(tpMark1, tpCurrent, true);
+      Result += P->Selected(tpMark1, tpCurrent, /*AClearMark=*/true);
       if (P->_GetEOF())
         break;
       const WideChar C = P->CurrCharW();
@@ -152,9 +153,10 @@ private:
     if (P->CurrCharW() == u'[') {
       P->MoveNext();
     } else {
+      // The three characters of an encoded bracket, "%5B".
       for (int I = 0; I < 3; ++I)
         P->MoveNext();
-      const UnicodeString Read = P->Selected(tpMark2, tpCurrent, true);
+      const UnicodeString Read = P->Selected(tpMark2, tpCurrent, /*AClearMark=*/true);
       if (Read != u"%5B")
         throw Exception(
             u"The parser expected to read a \"[\" character, but \"%s\", was read instead!",
@@ -162,6 +164,7 @@ private:
     }
     P->ClearMark(tpMark2);
     const UnicodeString Part = ReadKey();
+    // 3: the length of the encoded closing bracket.
     if (P->PeekString(3) == u"%5D") {
       for (int I = 0; I < 3; ++I)
         P->MoveNext();

@@ -6,6 +6,7 @@
 #include "lorvane/json/LxFormURLEncodedJSONReader.h"
 #include "lorvane/json/LxJSONHandler.h"
 #include "lorvane/json/LxJSONReader.h"
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/platform/Generics.h"
 #include "platform/internal/SmallObjectPool.h"
 #include "json/LxJSONFaces.h"
@@ -44,12 +45,8 @@ TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKi
 }
 
 HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONBase::IID) {
-    *AObj = static_cast<ILxJSONBase*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxObject::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONBase>(this, AIID, AObj,
+                                       [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 void* TLxJSONBase::operator new(std::size_t ASize) { return smallpool::Allocate(ASize); }
@@ -163,7 +160,7 @@ void TLxJSONBase::SetAsJSON(const LxJSONString& AJSON) {
     return;
   }
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(AJSON));
-  LoadFromStream(Stream.get(), 1200, /*AIsUrlFormEncoded=*/false);
+  LoadFromStream(Stream.get(), CP_UTF16LE, /*AIsUrlFormEncoded=*/false);
 }
 
 void TLxJSONBase::LoadFromStream(TStream* AStream) {

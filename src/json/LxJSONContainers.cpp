@@ -30,12 +30,8 @@ bool IsStructure(TLxJSONDataType AValueType) {
 TLxJSONMember::TLxJSONMember(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Member) {}
 
 HRESULT TLxJSONMember::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONMember::IID) {
-    *AObj = static_cast<ILxJSONMember*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxJSONBase::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONMember>(this, AIID, AObj,
+                                         [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
 }
 
 TLxJSONBase* TLxJSONMember::CreateValue(TLxJSONDataType AValueType) {
@@ -137,12 +133,8 @@ TLxJSONObject::TLxJSONObject(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::O
 }
 
 HRESULT TLxJSONObject::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONObject::IID) {
-    *AObj = static_cast<ILxJSONObject*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxJSONBase::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONObject>(this, AIID, AObj,
+                                         [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
 }
 
 void TLxJSONObject::InsertObject(TLxJSONBase* AObject) {
@@ -286,12 +278,8 @@ TLxJSONArray::TLxJSONArray(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Arr
 }
 
 HRESULT TLxJSONArray::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONArray::IID) {
-    *AObj = static_cast<ILxJSONArray*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxJSONBase::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONArray>(this, AIID, AObj,
+                                        [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
 }
 
 void TLxJSONArray::SaveToStream(TStream* AStream, bool AFormatted, Integer ADepth,

@@ -3,6 +3,7 @@
 
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 #include "json/LxJSONFaces.h"
 #include "json/LxJSONWriter.h"
 
@@ -13,7 +14,7 @@ namespace lorvane {
 
 using jsonfaces::Face;
 
-TLxJSONDocument::TLxJSONDocument() : TLxJSONBase(nullptr, TKind::Document) {}
+TLxJSONDocument::TLxJSONDocument() : TLxJSONBase(/*AOwner=*/nullptr, TKind::Document) {}
 
 TLxJSONDocument* TLxJSONDocument::CreateFromFile(const TFileName& AFilename, Word AMode) {
   TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
@@ -39,12 +40,8 @@ TLxJSONDocument* TLxJSONDocument::CreateFromStream(TStream* AStream, Word ACodeP
 }
 
 HRESULT TLxJSONDocument::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONDocument::IID) {
-    *AObj = static_cast<ILxJSONDocument*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxJSONBase::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONDocument>(this, AIID, AObj,
+                                           [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
 }
 
 TLxJSONBase* TLxJSONDocument::CreateRootValue(TLxJSONDataType AValueType) {
@@ -90,28 +87,28 @@ void TLxJSONDocument::LoadFromFile(const TFileName& AFilename, Word AMode) {
 
 void TLxJSONDocument::SaveToFile(const TFileName& AFilename, bool AFormatted) {
   TOwned<TFileStream> Stream(New<TFileStream>(AFilename, fmCreate));
-  SaveToStream(Stream.get(), AFormatted, 65001, /*AWriteBOM=*/true);
+  SaveToStream(Stream.get(), AFormatted, CP_UTF8, /*AWriteBOM=*/true);
 }
 
 void TLxJSONDocument::SaveToStream(TStream* AStream, bool AFormatted, Word ACodePage,
                                    bool AWriteBOM) {
   switch (ACodePage) {
-  case 1200:
+  case CP_UTF16LE:
     if (AWriteBOM)
       AStream->WriteBuffer(cLxUTF16LE.data(), cLxUTF16LE.size());
-    TLxJSONBase::SaveToStream(AStream, AFormatted, 0, false);
+    TLxJSONBase::SaveToStream(AStream, AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
     return;
-  case 65001: {
+  case CP_UTF8: {
     // The UTF-16 blocks of the writer go through the adapter as they come.
     TOwned<TLxUTF8StreamAdapter> Adapter(
         New<TLxUTF8StreamAdapter>(AStream, /*AOwnsTarget=*/false, AWriteBOM));
-    TLxJSONBase::SaveToStream(Adapter.get(), AFormatted, 0, false);
+    TLxJSONBase::SaveToStream(Adapter.get(), AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
     Adapter->Flush();
     return;
   }
   default: {
-    TOwned<TLxStringStream> Text(New<TLxStringStream>(Word{1200}, Int64{1024}));
-    TLxJSONBase::SaveToStream(Text.get(), AFormatted, 0, false);
+    TOwned<TLxStringStream> Text(New<TLxStringStream>(CP_UTF16LE, Int64{1024}));
+    TLxJSONBase::SaveToStream(Text.get(), AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
     const RawByteString Bytes = Text->StringData(ACodePage);
     AStream->WriteBuffer(Bytes.data(), static_cast<Int64>(Bytes.size()));
     return;
@@ -119,7 +116,7 @@ void TLxJSONDocument::SaveToStream(TStream* AStream, bool AFormatted, Word ACode
   }
 }
 
-LxJSONString TLxJSONDocument::GetAsJSON() { return jsonwriter::TextOf(this, false); }
+LxJSONString TLxJSONDocument::GetAsJSON() { return jsonwriter::TextOf(this, /*AFormatted=*/false); }
 
 IPtr<ILxJSONBase> TLxJSONDocument::GetRootValueIntf() { return Face<ILxJSONBase>(GetRootValue()); }
 

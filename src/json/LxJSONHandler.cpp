@@ -20,15 +20,8 @@ TLxJSONHandler::TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo)
                 AJSONReader->InheritsFrom(TLxFormURLEncodedJSONReader::StaticClass())) {}
 
 HRESULT TLxJSONHandler::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONContentHandler::IID) {
-    *AObj = static_cast<ILxJSONContentHandler*>(this);
-  } else if (AIID == ILxJSONErrorHandler::IID) {
-    *AObj = static_cast<ILxJSONErrorHandler*>(this);
-  } else {
-    return TLxObject::QueryInterface(AIID, AObj);
-  }
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxJSONContentHandler, ILxJSONErrorHandler>(
+      this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 void TLxJSONHandler::SetDocumentLocator(ILxJSONLocator*) {}

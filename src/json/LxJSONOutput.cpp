@@ -74,7 +74,7 @@ bool IsMillisecondForm(std::u16string_view AValue) {
   return !AValue.empty() && AValue.front() == u'/';
 }
 
-// "/Date(n)/": n stands from the seventh character up to the last two.
+// "/Date(n)/": n stands behind the 6 characters of "/Date(" and before the 2 of ")/", 8 in all.
 Int64 Milliseconds(std::u16string_view AValue) {
   const std::size_t Length = AValue.size() >= 8 ? AValue.size() - 8 : 0;
   return StrToInt64(AValue.substr(std::min<std::size_t>(6, AValue.size()), Length));
@@ -84,6 +84,21 @@ Int64 Milliseconds(std::u16string_view AValue) {
 double DaysOf(Int64 AMilliseconds) {
   return static_cast<double>(AMilliseconds / MillisecondsPerDay) +
          static_cast<double>(AMilliseconds % MillisecondsPerDay) / MillisecondsPerDay;
+}
+
+// 1970-01-01 plus the milliseconds as a moment. The day is counted down to the whole day before,
+// and before 1899-12-30 the time of day is subtracted, as a TDateTime reads its fraction there:
+// plain addition would put 1899-12-28 18:00 on 1899-12-29 06:00.
+double MomentOf(Int64 AMilliseconds) {
+  Int64 Days = AMilliseconds / MillisecondsPerDay;
+  Int64 Rest = AMilliseconds % MillisecondsPerDay;
+  if (Rest < 0) {
+    --Days;
+    Rest += MillisecondsPerDay;
+  }
+  const double Day = static_cast<double>(Days) + UnixEpoch;
+  const double Time = static_cast<double>(Rest) / MillisecondsPerDay;
+  return Day >= 0 ? Day + Time : Day - Time;
 }
 
 } // namespace
@@ -115,7 +130,7 @@ TDateTime LxJSONToDate(std::u16string_view AValue) {
   if (AValue.empty())
     return 0.0;
   if (IsMillisecondForm(AValue))
-    return std::trunc(UnixEpoch + DaysOf(Milliseconds(AValue)));
+    return std::trunc(MomentOf(Milliseconds(AValue)));
   return LxXMLToDate(AValue);
 }
 
@@ -131,7 +146,7 @@ TDateTime LxJSONToDateTime(std::u16string_view AValue) {
   if (AValue.empty())
     return 0.0;
   if (IsMillisecondForm(AValue))
-    return UnixEpoch + DaysOf(Milliseconds(AValue));
+    return MomentOf(Milliseconds(AValue));
   return LxXMLToDateTime(AValue, tzfNone);
 }
 

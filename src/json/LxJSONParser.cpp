@@ -14,13 +14,8 @@ TLxJSONParser::~TLxJSONParser() {
 }
 
 HRESULT TLxJSONParser::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONErrorHandler::IID)
-    *AObj = static_cast<ILxJSONErrorHandler*>(this);
-  else if (AIID == ILxJSONContentHandler::IID)
-    *AObj = static_cast<ILxJSONContentHandler*>(this);
-  else
-    return TComponent::QueryInterface(AIID, AObj);
-  return S_OK;
+  return AnswerUncountedInterfaces<ILxJSONErrorHandler, ILxJSONContentHandler>(
+      this, AIID, AObj, [&] { return TComponent::QueryInterface(AIID, AObj); });
 }
 
 template <class TAction> void TLxJSONParser::RunParse(bool AIsUrlFormEncoded, TAction AParse) {
@@ -58,7 +53,8 @@ void TLxJSONParser::ParseStream(TStream* AStream, Word ACodePage, bool AIsUrlFor
 
 void TLxJSONParser::ParseFile(const TFileName& AFileName, Word AMode,
                               const LxJSONString& APublicID) {
-  RunParse(false, [&](TLxJSONReader* AReader) { AReader->ParseFile(AFileName, AMode, APublicID); });
+  RunParse(/*AIsUrlFormEncoded=*/false,
+           [&](TLxJSONReader* AReader) { AReader->ParseFile(AFileName, AMode, APublicID); });
 }
 
 void TLxJSONParser::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ACodePage,
@@ -69,11 +65,13 @@ void TLxJSONParser::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ACo
 }
 
 void TLxJSONParser::Parse(const LxJSONString& AJSON, const LxJSONString& APublicID) {
-  RunParse(false, [&](TLxJSONReader* AReader) { AReader->Parse(AJSON, APublicID); });
+  RunParse(/*AIsUrlFormEncoded=*/false,
+           [&](TLxJSONReader* AReader) { AReader->Parse(AJSON, APublicID); });
 }
 
 void TLxJSONParser::Parse(const AnsiString& AJSON, Word ACodePage, const LxJSONString& APublicID) {
-  RunParse(false, [&](TLxJSONReader* AReader) { AReader->Parse(AJSON, ACodePage, APublicID); });
+  RunParse(/*AIsUrlFormEncoded=*/false,
+           [&](TLxJSONReader* AReader) { AReader->Parse(AJSON, ACodePage, APublicID); });
 }
 
 // --- error handler ----------------------------------------------------------------------------

@@ -3,8 +3,8 @@
 #include "lorvane/json/LxJSONReader.h"
 
 #include "core/internal/RawScan.h"
+#include "core/internal/ReaderFrame.h"
 #include "lorvane/core/LxEncoding.h"
-#include "lorvane/core/LxStreams.h"
 
 #include <cstring>
 
@@ -315,74 +315,52 @@ TLxJSONReader::TLxJSONReader() {
 TLxJSONReader::~TLxJSONReader() { lorvane::Free(FParser); }
 
 HRESULT TLxJSONReader::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONLocator::IID)
-    *AObj = static_cast<ILxJSONLocator*>(this);
-  else if (AIID == ILxJSONReader::IID)
-    *AObj = static_cast<ILxJSONReader*>(this);
-  else
-    return TLxObject::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxJSONLocator, ILxJSONReader>(
+      this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
+// The reader keeps no place of its own for a text that ends too early: FLineNr and FColNr stay
+// -1, since the end of a JSON text is no construct's start.
 Integer TLxJSONReader::GetLineNr() {
-  if (FUnexpectedEOF)
-    return FLineNr;
-  return FParser ? FParser->GetLineNr() : -1;
+  return readerframe::LocatorLine(FUnexpectedEOF, FLineNr, FParser);
 }
 
 Integer TLxJSONReader::GetColNr() {
-  if (FUnexpectedEOF)
-    return FColNr;
-  return FParser ? FParser->GetColNr() : -1;
+  return readerframe::LocatorColumn(FUnexpectedEOF, FColNr, FParser);
 }
 
-void TLxJSONReader::RunParse(TStream* AStream, bool AOwnsStream, Word ACodePage,
-                             const LxJSONString& APublicID) {
-  // The stream is freed here rather than by the cursor, so that it goes also when the encoding
-  // decision refuses the text.
-  TOwned<TStream> OwnedStream(AOwnsStream ? AStream : nullptr);
+void TLxJSONReader::RunParse(readerframe::TSource&& ASource, const LxJSONString& APublicID) {
   FPublicID = APublicID;
-  FParser = New<TLxJSONTextParser>(AStream, /*AStreamOwner=*/false, ACodePage);
-  struct TParserRelease {
-    TLxJSONReader* Reader;
-    ~TParserRelease() { FreeAndNil(Reader->FParser); }
-  } Release{this};
-  InternalParse();
+  readerframe::Run(
+      std::move(ASource), FParser, FUnexpectedEOF,
+      [](const readerframe::TSource& S) {
+        // A file's byte order mark names its encoding; the cursor starts behind it.
+        const Word CodePage = S.FromFile ? LxGetCodePage(S.Stream) : S.CodePage;
+        return New<TLxJSONTextParser>(S.Stream, /*AStreamOwner=*/false, CodePage);
+      },
+      [this] { InternalParse(); });
 }
 
 void TLxJSONReader::ParseStream(TStream* AStream, Word ACodePage, const LxJSONString& APublicID) {
-  RunParse(AStream, false, ACodePage, APublicID);
+  RunParse(readerframe::OfStream(AStream, ACodePage), APublicID);
 }
 
 void TLxJSONReader::ParseFile(const TFileName& AFileName, Word AMode,
                               const LxJSONString& APublicID) {
-  auto* Stream = New<TFileStream>(AFileName, AMode);
-  Word CodePage;
-  try {
-    CodePage = LxGetCodePage(Stream);
-  } catch (...) {
-    lorvane::Free(Stream);
-    throw;
-  }
-  RunParse(Stream, true, CodePage, APublicID);
+  RunParse(readerframe::OfFile(AFileName, AMode), APublicID);
 }
 
 void TLxJSONReader::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ACodePage,
                                 const LxJSONString& APublicID) {
-  RunParse(New<TLxMemoryStream>(ABuffer, Int64(ABufSize)), true, ACodePage, APublicID);
+  RunParse(readerframe::OfBuffer(ABuffer, Int64(ABufSize), ACodePage), APublicID);
 }
 
-// Both string forms read the caller's characters in place: the string outlives the parse.
 void TLxJSONReader::Parse(const LxJSONString& AJSON, const LxJSONString& APublicID) {
-  RunParse(New<TLxMemoryStream>(static_cast<const void*>(AJSON.data()),
-                                Int64(AJSON.size() * sizeof(char16_t))),
-           true, 1200, APublicID);
+  RunParse(readerframe::OfText(AJSON), APublicID);
 }
 
 void TLxJSONReader::Parse(const AnsiString& AJSON, Word ACodePage, const LxJSONString& APublicID) {
-  RunParse(New<TLxMemoryStream>(static_cast<const void*>(AJSON.data()), Int64(AJSON.size())), true,
-           ACodePage, APublicID);
+  RunParse(readerframe::OfBytes(AJSON, ACodePage), APublicID);
 }
 
 void TLxJSONReader::InternalParse() {
@@ -391,19 +369,21 @@ void TLxJSONReader::InternalParse() {
   if (!FErrorHandler)
     throw ELxJSONException(_cLxJSONNoErrorHandler, cLxJSONErrNoErrorHandler);
   Assert(FParser != nullptr);
-  // Held for the whole parse: a handler may set another one while it runs.
+  // Held for the whole parse, and events go to it: a handler may set another one, or none, while
+  // it runs.
   const IPtr<ILxJSONContentHandler> Handler = FContentHandler;
-  try {
-    if (FParser->GetCharacterSetType() == csWide)
-      TJSONGrammar<WideChar>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
-    else
-      TJSONGrammar<Byte>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
-  } catch (const std::exception& E) {
-    FUnexpectedEOF = dynamic_cast<const ELxTextParserEOF*>(&E) != nullptr;
-    const auto* Own = dynamic_cast<const Exception*>(&E);
-    FErrorHandler->FatalError(this, Own ? Own->Message() : UTF8ToString(E.what()));
-    throw;
-  }
+  readerframe::ReportingFailures(
+      FUnexpectedEOF,
+      [&] {
+        if (FParser->GetCharacterSetType() == csWide)
+          TJSONGrammar<WideChar>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+        else
+          TJSONGrammar<Byte>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+      },
+      [this](const LxJSONString& AMessage) {
+        if (FErrorHandler)
+          FErrorHandler->FatalError(this, AMessage);
+      });
 }
 
 } // namespace lorvane

@@ -13,18 +13,18 @@ TLxJSONSimpleType::TLxJSONSimpleType(TLxJSONBase* AOwner)
     : TLxJSONBase(AOwner, TKind::Simple), FValue(Null()) {}
 
 HRESULT TLxJSONSimpleType::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxJSONSimpleType::IID) {
-    *AObj = static_cast<ILxJSONSimpleType*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxJSONBase::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxJSONSimpleType>(
+      this, AIID, AObj, [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
 }
 
-bool TLxJSONSimpleType::GetAsBoolean() { return LxVarToBool(FValue, false, false); }
-Double TLxJSONSimpleType::GetAsDouble() { return LxVarToDouble(FValue, 0.0, false); }
-Integer TLxJSONSimpleType::GetAsInteger() { return LxVarToInt(FValue, 0, false); }
-Int64 TLxJSONSimpleType::GetAsLargeInt() { return LxVarToInt64(FValue, 0, false); }
+bool TLxJSONSimpleType::GetAsBoolean() {
+  return LxVarToBool(FValue, /*ADefault=*/false, /*ARaiseError=*/false);
+}
+Double TLxJSONSimpleType::GetAsDouble() {
+  return LxVarToDouble(FValue, 0.0, /*ARaiseError=*/false);
+}
+Integer TLxJSONSimpleType::GetAsInteger() { return LxVarToInt(FValue, 0, /*ARaiseError=*/false); }
+Int64 TLxJSONSimpleType::GetAsLargeInt() { return LxVarToInt64(FValue, 0, /*ARaiseError=*/false); }
 Variant TLxJSONSimpleType::GetAsVariant() { return FValue; }
 
 LxJSONString TLxJSONSimpleType::GetAsString() {
@@ -39,11 +39,11 @@ LxJSONString TLxJSONSimpleType::GetAsString() {
     // A date reads as it is written: its XML form without zone.
     if (Kind == lmkDateTime)
       return LxDateTimeToXML(FValue.AsDateTime(), tzfNone);
-    return LxVarToStr(FValue, u"", false);
+    return LxVarToStr(FValue, u"", /*ARaiseError=*/false);
   case jdtNumber:
     return LxVarToJSON(FValue);
   case jdtBoolean:
-    return LxVarToBool(FValue, false, false) ? u"true" : u"false";
+    return LxVarToBool(FValue, /*ADefault=*/false, /*ARaiseError=*/false) ? u"true" : u"false";
   default:
     throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);
   }

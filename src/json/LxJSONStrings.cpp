@@ -26,6 +26,8 @@ constexpr auto EscapeTable = [] {
 } // namespace
 
 void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr) {
+  // Room for an escape in one character of eight and a little more: usual text needs no second
+  // allocation.
   ATarget.reserve(ATarget.size() + AStr.size() + AStr.size() / 8 + 8);
   const char16_t* const End = AStr.data() + AStr.size();
   const char16_t* Run = AStr.data();
@@ -55,6 +57,40 @@ UnicodeString LxStrToJSON(std::u16string_view AStr) {
   UnicodeString Result;
   AppendJSONEscaped(Result, AStr);
   return Result;
+}
+
+RawByteString LxStrToJSONLiteral(std::u16string_view AStr) {
+  RawByteString Out(1, '"');
+  Out.reserve(AStr.size() + 2);
+  std::size_t Run = 0; // the start of the units that go out as they are
+  for (std::size_t At = 0; At < AStr.size(); ++At) {
+    const char16_t C = AStr[At];
+    const bool Surrogate = C >= 0xD800 && C <= 0xDFFF;
+    if (C >= 0x20 && C != u'"' && C != u'\\' && !Surrogate)
+      continue;
+    if (C <= 0xDBFF && Surrogate && At + 1 < AStr.size() && AStr[At + 1] >= 0xDC00 &&
+        AStr[At + 1] <= 0xDFFF) {
+      ++At; // a whole pair
+      continue;
+    }
+    Out += StringToUTF8(AStr.substr(Run, At - Run));
+    Run = At + 1;
+    if (C == u'"' || C == u'\\') {
+      Out += '\\';
+      Out += static_cast<char>(C);
+    } else {
+      const char Escape[6] = {'\\',
+                              'u',
+                              static_cast<char>(UpperHexDigits[C >> 12]),
+                              static_cast<char>(UpperHexDigits[(C >> 8) & 15]),
+                              static_cast<char>(UpperHexDigits[(C >> 4) & 15]),
+                              static_cast<char>(UpperHexDigits[C & 15])};
+      Out.append(Escape, 6);
+    }
+  }
+  Out += StringToUTF8(AStr.substr(Run));
+  Out += '"';
+  return Out;
 }
 
 namespace {

@@ -141,7 +141,7 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
     else if (Kind == lmkString)
       WriteEscaped(Text);
     else
-      WriteEscaped(LxVarToStr(Value, u"", false));
+      WriteEscaped(LxVarToStr(Value, u"", /*ARaiseError=*/false));
     Put(u'"');
     return;
   case jdtNumber:
@@ -155,7 +155,7 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
     if (Kind == lmkString)
       Put(Text);
     else
-      Put(LxVarToBool(Value, false, false) ? u"true" : u"false");
+      Put(LxVarToBool(Value, /*ADefault=*/false, /*ARaiseError=*/false) ? u"true" : u"false");
     return;
   default:
     throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);
@@ -179,8 +179,8 @@ void SaveValue(TLxJSONBase* AValue, TStream* AStream, bool AFormatted, Integer A
 }
 
 UnicodeString TextOf(TLxJSONBase* AValue, bool AFormatted) {
-  TWriter Writer(nullptr);
-  Writer.Write(AValue, AFormatted, 0, false);
+  TWriter Writer(/*ATarget=*/nullptr);
+  Writer.Write(AValue, AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
   return std::move(Writer.Text());
 }
 

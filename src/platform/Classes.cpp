@@ -12,7 +12,7 @@ void TPersistent::Assign(TPersistent* ASource) {
   if (ASource)
     ASource->AssignTo(this);
   else
-    AssignError(nullptr);
+    AssignError(/*ASource=*/nullptr);
 }
 
 void TPersistent::AssignTo(TPersistent* ADest) { ADest->AssignError(this); }
@@ -308,7 +308,9 @@ void TStringList::SetObjects(Integer AIndex, TObject* AObject) {
   FItems[static_cast<std::size_t>(AIndex)].FObject = AObject;
 }
 
-Integer TStringList::Add(std::u16string_view AValue) { return AddObject(AValue, nullptr); }
+Integer TStringList::Add(std::u16string_view AValue) {
+  return AddObject(AValue, /*AObject=*/nullptr);
+}
 
 Integer TStringList::AddObject(std::u16string_view AValue, TObject* AObject) {
   Integer Index = GetCount();
@@ -327,7 +329,7 @@ void TStringList::Insert(Integer AIndex, std::u16string_view AValue) {
     throw EListError(UnicodeString(SSortedListError));
   if (AIndex < 0 || AIndex > GetCount())
     RaiseListIndexError(AIndex);
-  InsertItem(AIndex, AValue, nullptr);
+  InsertItem(AIndex, AValue, /*AObject=*/nullptr);
 }
 
 void TStringList::InsertItem(Integer AIndex, std::u16string_view AValue, TObject* AObject) {
@@ -540,7 +542,7 @@ void TComponent::SetName(std::u16string_view ANewName) {
   if (FOwner)
     FOwner->ValidateRename(this, FName, ANewName);
   else
-    ValidateRename(nullptr, FName, ANewName);
+    ValidateRename(/*AComponent=*/nullptr, FName, ANewName);
   FName = UnicodeString(ANewName);
 }
 
@@ -606,12 +608,9 @@ void TComponent::Notification(TComponent* AComponent, TOperation AOperation) {
 }
 
 HRESULT TComponent::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == IInterface::IID) {
-    *AObj = static_cast<IInterface*>(this);
-    return S_OK;
-  }
-  *AObj = nullptr;
-  return E_NOINTERFACE;
+  // The owner decides a component's lifetime: its references are not counted.
+  return AnswerUncountedInterfaces<IInterface>(this, AIID, AObj,
+                                               [AObj] { return RefuseInterface(AObj); });
 }
 
 } // namespace lorvane

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <limits>
 
 namespace lorvane {
 
@@ -17,6 +18,13 @@ constexpr Int64 UnixEpochMSecs = Int64{UnixDateDelta} * MSecsPerDayInt;
 
 [[noreturn]] void RaiseDateEncode() { throw EConvertError(u"Invalid argument to date encode"); }
 [[noreturn]] void RaiseTimeEncode() { throw EConvertError(u"Invalid argument to time encode"); }
+[[noreturn]] void RaiseDateStep() { throw EConvertError(u"Invalid argument to date increment"); }
+
+// A step keeps the moment as milliseconds from 1899-12-30 in 64 bits, and splitting that count
+// into a day and a time of day multiplies the day back: so a result must stay within the whole
+// days that the count holds, on either side.
+constexpr Int64 StepLimitMSecs =
+    std::numeric_limits<Int64>::max() / MSecsPerDayInt * MSecsPerDayInt;
 
 Int64 FloorDiv(Int64 A, Int64 B) noexcept {
   const Int64 Q = A / B;
@@ -74,15 +82,17 @@ double FromLinearMSecs(Int64 AMSecs) noexcept {
   return FromDayAndMSecs(Day, AMSecs - Day * MSecsPerDayInt);
 }
 
-TDateTime IncBy(TDateTime AValue, Int64 ACount, Int64 AUnitMSecs) noexcept {
+TDateTime IncBy(TDateTime AValue, Int64 ACount, Int64 AUnitMSecs) {
   Int64 MSecs;
+  if (!ToLinearMSecs(AValue, MSecs))
+    return AValue.Value +
+           static_cast<double>(ACount) * (static_cast<double>(AUnitMSecs) / MSecsPerDay);
   Int64 Delta;
   Int64 Sum;
-  if (ToLinearMSecs(AValue, MSecs) && !__builtin_mul_overflow(ACount, AUnitMSecs, &Delta) &&
-      !__builtin_add_overflow(MSecs, Delta, &Sum))
-    return FromLinearMSecs(Sum);
-  return AValue.Value +
-         static_cast<double>(ACount) * (static_cast<double>(AUnitMSecs) / MSecsPerDay);
+  if (__builtin_mul_overflow(ACount, AUnitMSecs, &Delta) ||
+      __builtin_add_overflow(MSecs, Delta, &Sum) || Sum < -StepLimitMSecs || Sum > StepLimitMSecs)
+    RaiseDateStep();
+  return FromLinearMSecs(Sum);
 }
 
 // Seconds since the Unix epoch of a linear millisecond count, rounded down.
@@ -305,19 +315,19 @@ Word DayOfWeek(TDateTime AValue) noexcept {
 }
 
 // --- stepping ------------------------------------------------------------------------------------
-TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays) noexcept {
+TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays) {
   return IncBy(AValue, ANumberOfDays, MSecsPerDayInt);
 }
-TDateTime IncHour(TDateTime AValue, Int64 ANumberOfHours) noexcept {
+TDateTime IncHour(TDateTime AValue, Int64 ANumberOfHours) {
   return IncBy(AValue, ANumberOfHours, 3600000);
 }
-TDateTime IncMinute(TDateTime AValue, Int64 ANumberOfMinutes) noexcept {
+TDateTime IncMinute(TDateTime AValue, Int64 ANumberOfMinutes) {
   return IncBy(AValue, ANumberOfMinutes, 60000);
 }
-TDateTime IncSecond(TDateTime AValue, Int64 ANumberOfSeconds) noexcept {
+TDateTime IncSecond(TDateTime AValue, Int64 ANumberOfSeconds) {
   return IncBy(AValue, ANumberOfSeconds, 1000);
 }
-TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds) noexcept {
+TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds) {
   return IncBy(AValue, ANumberOfMilliSeconds, 1);
 }
 

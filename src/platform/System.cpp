@@ -5,6 +5,9 @@
 
 namespace lorvane {
 
+// The count costs an atomic update in every constructor and destructor, so only builds that
+// ask for it (the project's own test builds) keep it.
+#if defined(LORVANE_COUNT_INSTANCES) && LORVANE_COUNT_INSTANCES
 namespace {
 std::atomic<Int64> LiveInstanceCount{0};
 } // namespace
@@ -12,6 +15,17 @@ std::atomic<Int64> LiveInstanceCount{0};
 TObject::TObject() noexcept { LiveInstanceCount.fetch_add(1, std::memory_order_relaxed); }
 
 TObject::~TObject() { LiveInstanceCount.fetch_sub(1, std::memory_order_relaxed); }
+
+Int64 TObject::LiveInstances() noexcept {
+  return LiveInstanceCount.load(std::memory_order_relaxed);
+}
+#else
+TObject::TObject() noexcept = default;
+
+TObject::~TObject() = default;
+
+Int64 TObject::LiveInstances() noexcept { return -1; }
+#endif
 
 TClass TObject::StaticClass() noexcept {
   static const TMetaClass Meta{"TObject", nullptr, detail::DefaultFactory<TObject>()};
@@ -34,10 +48,6 @@ bool TObject::InheritsFrom(TClass AClass) const noexcept {
 void TObject::Free() {
   BeforeDestruction();
   delete this;
-}
-
-Int64 TObject::LiveInstances() noexcept {
-  return LiveInstanceCount.load(std::memory_order_relaxed);
 }
 
 UnicodeString ClassNameOf(TClass AClass) {

@@ -18,12 +18,8 @@ TLxSAXXMAttributes::~TLxSAXXMAttributes() {
 }
 
 HRESULT TLxSAXXMAttributes::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxSAXAttributes::IID) {
-    *AObj = static_cast<ILxSAXAttributes*>(this);
-    _AddRef();
-    return S_OK;
-  }
-  return TLxObject::QueryInterface(AIID, AObj);
+  return AnswerInterfaces<ILxSAXAttributes>(this, AIID, AObj,
+                                            [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 PLxSAXXMAttribute TLxSAXXMAttributes::Append() {

@@ -3,6 +3,7 @@
 
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/platform/CodePages.h"
 
 #include <algorithm>
 
@@ -17,7 +18,7 @@ TLxSAXParser::~TLxSAXParser() {
 
 char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage) {
   // A character is read byte by byte, since a stream may hand out fewer bytes than asked for.
-  const Int64 Width = AStreamCodePage == 1200 ? 2 : 1;
+  const Int64 Width = AStreamCodePage == CP_UTF16LE ? 2 : 1;
   for (;;) {
     Byte Bytes[2] = {0, 0};
     Int64 Got = 0;
@@ -34,15 +35,8 @@ char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage) {
 }
 
 HRESULT TLxSAXParser::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxSAXErrorHandler::IID)
-    *AObj = static_cast<ILxSAXErrorHandler*>(this);
-  else if (AIID == ILxSAXContentHandler::IID)
-    *AObj = static_cast<ILxSAXContentHandler*>(this);
-  else if (AIID == ILxSAXLexicalHandler::IID)
-    *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-  else
-    return TComponent::QueryInterface(AIID, AObj);
-  return S_OK;
+  return AnswerUncountedInterfaces<ILxSAXErrorHandler, ILxSAXContentHandler, ILxSAXLexicalHandler>(
+      this, AIID, AObj, [&] { return TComponent::QueryInterface(AIID, AObj); });
 }
 
 void TLxSAXParser::FireStart() {
@@ -104,9 +98,10 @@ void TLxSAXParser::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word AStr
 void TLxSAXParser::Parse(const LxXMLString& AXML, const LxXMLString& APublicID) {
   FireStart();
   {
+    // Two bytes for each UTF-16 unit, read in place.
     TOwned<TLxMemoryStream> Stream(
         New<TLxMemoryStream>(static_cast<const void*>(AXML.data()), Int64(AXML.size()) * 2));
-    ParseStream(Stream.get(), 1200, APublicID);
+    ParseStream(Stream.get(), CP_UTF16LE, APublicID);
   }
   FireFinished();
 }

@@ -1,7 +1,7 @@
 // The reader frame (sources, locator, failure road) and the XML format's flat parse loop.
 #include "lorvane/sax/LxSAXReader.h"
 
-#include "lorvane/core/LxStreams.h"
+#include "core/internal/ReaderFrame.h"
 
 namespace lorvane {
 
@@ -18,14 +18,8 @@ TLxSAXReader::~TLxSAXReader() {
 }
 
 HRESULT TLxSAXReader::QueryInterface(const TGUID& AIID, void** AObj) {
-  if (AIID == ILxSAXLocator::IID)
-    *AObj = static_cast<ILxSAXLocator*>(this);
-  else if (AIID == ILxSAXXMLReader::IID)
-    *AObj = static_cast<ILxSAXXMLReader*>(this);
-  else
-    return TLxObject::QueryInterface(AIID, AObj);
-  _AddRef();
-  return S_OK;
+  return AnswerInterfaces<ILxSAXLocator, ILxSAXXMLReader>(
+      this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
 Integer TLxSAXReader::GetPosition() {
@@ -33,19 +27,11 @@ Integer TLxSAXReader::GetPosition() {
 }
 
 Integer TLxSAXReader::GetLineNr() {
-  if (FUnexpectedEOF) {
-    TakeStart();
-    return FLineNr;
-  }
-  return FParser ? FParser->GetLineNr() : -1;
+  return readerframe::LocatorLine(FUnexpectedEOF, FLineNr, FParser);
 }
 
 Integer TLxSAXReader::GetColNr() {
-  if (FUnexpectedEOF) {
-    TakeStart();
-    return FColNr;
-  }
-  return FParser ? FParser->GetColNr() : -1;
+  return readerframe::LocatorColumn(FUnexpectedEOF, FColNr, FParser);
 }
 
 void TLxSAXReader::MarkStart() { FParser->PinLineCol(); }
@@ -57,41 +43,36 @@ void TLxSAXReader::TakeStart() {
 
 Variant TLxSAXReader::GetProperty(const LxXMLString&) { return Null(); }
 
-void TLxSAXReader::RunParse(TStream* AStream, bool AStreamOwner, bool AReadBOM, Word ACodePage,
-                            const LxXMLString& APublicID) {
-  // The stream is freed here rather than by the parser, so that it goes also when making the
-  // parser fails.
-  TOwned<TStream> OwnedStream(AStreamOwner ? AStream : nullptr);
+void TLxSAXReader::RunParse(readerframe::TSource&& ASource, const LxXMLString& APublicID) {
   FPublicID = APublicID;
-  FParser = CreateParser(AStream, /*AStreamOwner=*/false, AReadBOM, ACodePage);
-  struct TParserRelease {
-    TLxSAXReader* Reader;
-    ~TParserRelease() { FreeAndNil(Reader->FParser); }
-  } Release{this};
-  InternalParse();
+  readerframe::Run(
+      std::move(ASource), FParser, FUnexpectedEOF,
+      [this](const readerframe::TSource& S) {
+        return CreateParser(S.Stream, /*AStreamOwner=*/false, /*AReadBOM=*/S.FromFile, S.CodePage);
+      },
+      [this] { InternalParse(); });
 }
 
 void TLxSAXReader::ParseStream(TStream* AStream, Word AStreamCodePage,
                                const LxXMLString& APublicID) {
-  RunParse(AStream, false, false, AStreamCodePage, APublicID);
+  RunParse(readerframe::OfStream(AStream, AStreamCodePage), APublicID);
 }
 
 void TLxSAXReader::ParseFile(const TFileName& AFileName, Word AMode, const LxXMLString& APublicID) {
-  RunParse(New<TFileStream>(AFileName, AMode), true, true, 0, APublicID);
+  RunParse(readerframe::OfFile(AFileName, AMode), APublicID);
 }
 
 void TLxSAXReader::ParseBuffer(const void* ABuffer, Cardinal ABufSize, Word ABufCodePage,
                                const LxXMLString& APublicID) {
-  RunParse(New<TLxMemoryStream>(ABuffer, Int64(ABufSize)), true, false, ABufCodePage, APublicID);
+  RunParse(readerframe::OfBuffer(ABuffer, Int64(ABufSize), ABufCodePage), APublicID);
 }
 
 void TLxSAXReader::Parse(const LxXMLString& AXML, const LxXMLString& APublicID) {
-  RunParse(New<TLxStringStream>(std::u16string_view(AXML)), true, false, 1200, APublicID);
+  RunParse(readerframe::OfText(AXML), APublicID);
 }
 
 void TLxSAXReader::Parse(const RawByteString& AXML, Word ACodePage, const LxXMLString& APublicID) {
-  RunParse(New<TLxStringStream>(std::string_view(AXML), ACodePage), true, false, ACodePage,
-           APublicID);
+  RunParse(readerframe::OfBytes(AXML, ACodePage), APublicID);
 }
 
 // --- TLxSAXXMLReader
@@ -125,47 +106,53 @@ void TLxSAXXMLReader::InternalParse() {
     throw ELxXMLParseError(_cLxXMLNoContentHandler, cLxXMLErrNoContentHandler);
   if (!FErrorHandler)
     throw ELxXMLParseError(_cLxXMLNoErrorHandler, cLxXMLErrNoErrorHandler);
+  // The handlers are held for the whole parse, and events go to those the parse began with: a
+  // handler may set others, or none, while it runs.
+  const IPtr<ILxSAXContentHandler> Content = FContentHandler;
+  const IPtr<ILxSAXLexicalHandler> Lexical = FLexicalHandler;
+  FContent = Content.Get();
+  FLexical = Lexical.Get();
   TLxXMLParser* P = FXMLParser;
   Integer Depth = 0;
-  try {
-    P->SkipWhile(spNotEqual, P->FLt);
-    FContentHandler->StartDocument();
-    while (!P->_GetEOF()) {
-      const WideChar Next = P->PeekChar()[0];
-      if (Next >= 0x01 && Next <= 0x20) {
-        P->NextChar();
-      } else if (Next == u'!') {
-        P->NextChar();
-        if (P->PeekChar()[0] == u'-')
-          ParseComment();
-        else
-          ParseDTD();
-      } else if (Next == u'?') {
-        ParseProcessingInstruction();
-      } else {
-        break;
-      }
-      P->SkipWhile(spNotEqual, P->FLt);
-    }
-    P->SkipWhile(spLessEqual, P->FSpace);
-    if (!P->RawEquals(P->FLt))
-      P->CheckCurrChar(P->FLt, true);
-    while (!P->_GetEOF()) {
-      if (!P->RawEquals(P->FLt))
-        ParseCharacters();
-      else if (!ParseMarkupBesideElements())
-        ParseElement(Depth);
-    }
-    FContentHandler->EndDocument();
-  } catch (const std::exception& E) {
-    TakeStart();
-    FUnexpectedEOF = dynamic_cast<const ELxTextParserEOF*>(&E) != nullptr;
-    if (FErrorHandler) {
-      const auto* Own = dynamic_cast<const Exception*>(&E);
-      FErrorHandler->FatalError(this, Own ? Own->Message() : UTF8ToString(E.what()));
-    }
-    throw;
-  }
+  readerframe::ReportingFailures(
+      FUnexpectedEOF,
+      [&] {
+        P->SkipWhile(spNotEqual, P->FLt);
+        FContent->StartDocument();
+        while (!P->_GetEOF()) {
+          const WideChar Next = P->PeekChar()[0];
+          if (Next >= 0x01 && Next <= 0x20) {
+            P->NextChar();
+          } else if (Next == u'!') {
+            P->NextChar();
+            if (P->PeekChar()[0] == u'-')
+              ParseComment();
+            else
+              ParseDTD();
+          } else if (Next == u'?') {
+            ParseProcessingInstruction();
+          } else {
+            break;
+          }
+          P->SkipWhile(spNotEqual, P->FLt);
+        }
+        P->SkipWhile(spLessEqual, P->FSpace);
+        if (!P->RawEquals(P->FLt))
+          P->CheckCurrChar(P->FLt, true);
+        while (!P->_GetEOF()) {
+          if (!P->RawEquals(P->FLt))
+            ParseCharacters();
+          else if (!ParseMarkupBesideElements())
+            ParseElement(Depth);
+        }
+        FContent->EndDocument();
+      },
+      [this](const LxXMLString& AMessage) {
+        // The locator gives where the construct began once the text has ended too early.
+        TakeStart();
+        if (FErrorHandler)
+          FErrorHandler->FatalError(this, AMessage);
+      });
 }
 
 bool TLxSAXXMLReader::ParseMarkupBesideElements() {
@@ -205,7 +192,7 @@ void TLxSAXXMLReader::ParseProcessingInstruction() {
   } else {
     P->SkipSet(spInSet, TargetEnd);
   }
-  FContentHandler->ProcessingInstruction(Target, Data);
+  FContent->ProcessingInstruction(Target, Data);
   P->SkipWhile(spNotEqual, P->FGt);
   P->NextChar();
 }
@@ -225,8 +212,8 @@ void TLxSAXXMLReader::ParseComment() {
       break;
     P->MoveNext();
   } while (!P->_GetEOF());
-  if (FLexicalHandler)
-    FLexicalHandler->Comment(P->Selected(tpMark1, tpCurrent, true));
+  if (FLexical)
+    FLexical->Comment(P->Selected(tpMark1, tpCurrent, true));
   else
     P->ClearMark(tpMark1);
   P->SkipWhile(spNotEqual, P->FGt);
@@ -246,8 +233,8 @@ void TLxSAXXMLReader::ParseDTD() {
   const LxXMLString Keyword = P->Selected(tpMark1, tpCurrent, true);
   if (Keyword != u"DOCTYPE")
     throw ELxXMLParseError(_cLxXMLDOCTypeExpected, {Keyword}, cLxXMLErrDOCTypeExpected);
-  if (FLexicalHandler)
-    FLexicalHandler->StartDTD();
+  if (FLexical)
+    FLexical->StartDTD();
   // The declaration isn't parsed: angle brackets are counted, quotes and comments regardless.
   Integer Open = 1;
   do {
@@ -257,8 +244,8 @@ void TLxSAXXMLReader::ParseDTD() {
     else if (P->RawEquals(P->FGt) && --Open == 0)
       break;
   } while (!P->_GetEOF());
-  if (FLexicalHandler)
-    FLexicalHandler->EndDTD();
+  if (FLexical)
+    FLexical->EndDTD();
   P->SkipWhile(spNotEqual, P->FGt);
   P->NextChar();
 }
@@ -273,8 +260,8 @@ void TLxSAXXMLReader::ParseCDATA() {
   const LxXMLString Opening = Copy(P->Selected(tpMark1, tpNext, true), 1, 8);
   if (Opening != u"![CDATA[")
     throw ELxXMLParseError(_cLxXMLCDATAExpected, {Opening}, cLxXMLErrCDATAExpected);
-  if (FLexicalHandler)
-    FLexicalHandler->StartCDATA();
+  if (FLexical)
+    FLexical->StartCDATA();
   P->MoveNext();
   P->SetMark(tpMark1);
   do {
@@ -283,9 +270,9 @@ void TLxSAXXMLReader::ParseCDATA() {
       break;
     P->MoveNext();
   } while (!P->_GetEOF());
-  FContentHandler->Characters(P->Selected(tpMark1, tpCurrent, true));
-  if (FLexicalHandler)
-    FLexicalHandler->EndCDATA();
+  FContent->Characters(P->Selected(tpMark1, tpCurrent, true));
+  if (FLexical)
+    FLexical->EndCDATA();
   P->SkipWhile(spNotEqual, P->FGt);
   P->MoveNext();
 }
@@ -310,15 +297,15 @@ void TLxSAXXMLReader::ParseCharacters() {
     P->SetMark(tpMark2);
   if (White) {
     P->SelectInto(FText, tpMark1, tpCurrent, false);
-    FContentHandler->IgnorableWhitespace(FText);
+    FContent->IgnorableWhitespace(FText);
   } else if (P->GetPos(tpMark2) != 0) {
     P->SelectInto(FText, tpMark1, tpMark2, false);
-    FContentHandler->Characters(FText);
+    FContent->Characters(FText);
     P->SelectInto(FText, tpMark2, tpCurrent, false);
-    FContentHandler->IgnorableWhitespace(FText);
+    FContent->IgnorableWhitespace(FText);
   } else if (P->GetCurPos() != P->GetPos(tpMark1)) {
     P->SelectInto(FText, tpMark1, tpCurrent, false);
-    FContentHandler->Characters(FText);
+    FContent->Characters(FText);
   }
   P->ClearMark(tpMark1);
   P->ClearMark(tpMark2);
@@ -484,7 +471,7 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
     if (!P->RawEquals(P->FGt))
       P->CheckCurrChar(P->FGt, true);
-    FContentHandler->EndElement(URI, LocalName, QName);
+    FContent->EndElement(URI, LocalName, QName);
     FNamespaceList.RemoveLevel(ALevel);
     --ALevel;
   } else {
@@ -507,12 +494,12 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     }
     if (P->RawEquals(P->FSlash)) {
       const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
-      FContentHandler->StartElement(URI, LocalName, QName, Attributes);
-      FContentHandler->EndElement(URI, LocalName, QName);
+      FContent->StartElement(URI, LocalName, QName, Attributes);
+      FContent->EndElement(URI, LocalName, QName);
       FNamespaceList.RemoveLevel(ALevel);
       --ALevel;
     } else if (P->RawEquals(P->FGt)) {
-      FContentHandler->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
+      FContent->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
     }
   }
   P->SkipWhile(spNotEqual, P->FGt);

@@ -3,6 +3,7 @@
 #include "lorvane/sax/LxXMLParser.h"
 
 #include "lorvane/core/LxEncoding.h"
+#include "lorvane/platform/CodePages.h"
 
 #include <cstring>
 
@@ -48,7 +49,7 @@ void TLxXMLParser::DecideEncodingFromDeclaration() {
   if (Declared) {
     SetMark(tpMark1);
     TLxTextParser::SkipWhile(spNotEqual, u'>');
-    const UnicodeString Text = Selected(tpMark1, tpCurrent, true);
+    const UnicodeString Text = Selected(tpMark1, tpCurrent, /*AClearMark=*/true);
     const std::size_t At = LowerCase(Text).find(u"encoding");
     if (At != UnicodeString::npos) {
       const std::u16string_view Rest = std::u16string_view(Text).substr(At);
@@ -68,7 +69,7 @@ void TLxXMLParser::DecideEncodingFromDeclaration() {
   if (Name.empty() || LxSameText(Name, u"UTF-8")) {
     if (GetCharacterSetType() == csAnsi)
       SetCharacterSetType(csUTF8);
-    CodePage = 65001;
+    CodePage = CP_UTF8;
   } else {
     CodePage = LxCodePage(Name);
   }

@@ -1,35 +1,26 @@
-// The main kind of a Variant's value.
+// The main kind of a Variant's value, coarsened from the platform's families of type codes.
 #include "lorvane/types/LxMainTypeKind.h"
 
 namespace lorvane {
 
 TLxMainTypeKind VarMainTypeKind(const Variant& AValue) noexcept {
-  const TVarType Type = VarType(AValue);
-  if (Type & varArray)
-    return lmkArray;
-  switch (Type) {
-  case varSmallint:
-  case varInteger:
-  case varShortInt:
-  case varByte:
-  case varWord:
-  case varLongWord:
-  case varInt64:
-  case varUInt64:
+  switch (VarKind(AValue)) {
+  case TVarKind::vkSigned:
+  case TVarKind::vkUnsigned:
     return lmkInteger;
-  case varSingle:
-  case varDouble:
-  case varCurrency:
-  case varDecimal:
+  case TVarKind::vkSingle:
+  case TVarKind::vkDouble:
+  case TVarKind::vkCurrency:
     return lmkFloat;
-  case varOleStr:
-  case varString:
-  case varUString:
+  case TVarKind::vkText:
+  case TVarKind::vkBytes:
     return lmkString;
-  case varBoolean:
+  case TVarKind::vkBoolean:
     return lmkBoolean;
-  case varDate:
+  case TVarKind::vkDate:
     return lmkDateTime;
+  case TVarKind::vkArray:
+    return lmkArray;
   default:
     return lmkNone;
   }

@@ -321,16 +321,21 @@ UnicodeString LxDateTimeToXML(TDateTime AValue, TLxXMLDateTimeFormat AFormat) {
 
 UnicodeString LxDurationToXML(const TLxDuration& AValue) {
   const Int64 Years = AValue.Months / 12, Months = AValue.Months % 12;
-  // Milliseconds are truncated, but a sum such as 1 + 0.005 lands a hair below 1.005 in binary;
-  // a few units in the last place of slack keep such a value on its millisecond.
-  const double MSecs = AValue.Seconds * 1000;
-  if (!std::isfinite(MSecs) || std::fabs(MSecs) >= 9.2e18)
+  // The text keeps milliseconds, so the seconds round to the nearest one. The whole seconds and
+  // their fraction are both exact in a double and only the fraction is scaled, so the rounding
+  // error stays below a millisecond's share however long the duration: 1 + 0.005 is 1.005, and
+  // forty million days get no stray fraction.
+  const double Magnitude = std::fabs(AValue.Seconds);
+  if (!std::isfinite(Magnitude) || Magnitude * 1000 >= 9.2e18)
     throw EConvertError(u"LxDurationToXML; The seconds of the duration are out of range!");
-  const double Slack = 1e-9 + std::fabs(MSecs) * 1e-15;
-  const Int64 TotalMSecs = static_cast<Int64>(MSecs < 0 ? MSecs - Slack : MSecs + Slack);
+  const double WholeSeconds = std::floor(Magnitude);
+  const Int64 TotalMSecs =
+      static_cast<Int64>(WholeSeconds) * 1000 + std::llround((Magnitude - WholeSeconds) * 1000);
   const Int64 Whole = TotalMSecs / 1000, MSec = TotalMSecs % 1000;
   const Int64 Days = Whole / 86400, Hours = Whole % 86400 / 3600, Minutes = Whole % 3600 / 60,
               Seconds = Whole % 60;
+  // Seconds below zero come only from a duration built by hand; each of their parts is signed.
+  const bool NegativeSeconds = AValue.Seconds < 0;
 
   TextBuilder Text;
   Text.Put(AValue.Negative ? u"-P" : u"P");
@@ -345,17 +350,20 @@ UnicodeString LxDurationToXML(const TLxDuration& AValue) {
       Text.Put(ADesignator);
     }
   };
+  const Int64 Sign = NegativeSeconds ? -1 : 1;
   PutPart(Years, u'Y');
   PutPart(Months, u'M');
-  PutPart(Days, u'D');
+  PutPart(Sign * Days, u'D');
   if (Hours != 0 || Minutes != 0 || Seconds != 0 || MSec != 0) {
     Text.Put(u'T');
-    PutPart(Hours, u'H');
-    PutPart(Minutes, u'M');
+    PutPart(Sign * Hours, u'H');
+    PutPart(Sign * Minutes, u'M');
     if (MSec != 0) {
-      Text.PutSigned(Seconds);
+      if (NegativeSeconds)
+        Text.Put(u'-');
+      Text.PutNumber(static_cast<UInt64>(Seconds));
       Text.Put(u'.');
-      Int64 Fraction = MSec < 0 ? -MSec : MSec;
+      Int64 Fraction = MSec;
       int Width = 3;
       while (Fraction % 10 == 0) {
         Fraction /= 10;
@@ -364,7 +372,7 @@ UnicodeString LxDurationToXML(const TLxDuration& AValue) {
       Text.PutNumber(static_cast<UInt64>(Fraction), Width);
       Text.Put(u'S');
     } else {
-      PutPart(Seconds, u'S');
+      PutPart(Sign * Seconds, u'S');
     }
   }
   return Text.Text();

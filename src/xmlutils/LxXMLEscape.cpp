@@ -1,6 +1,7 @@
 // Escaping of values for a document and decoding of character and entity references.
 #include "lorvane/xmlutils/LxXMLEscape.h"
 
+#include "core/internal/RawScan.h"
 #include "lorvane/platform/CodePages.h"
 #include "xmlutils/LxEntityTable.h"
 
@@ -9,10 +10,6 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace lorvane {
 
@@ -75,59 +72,14 @@ template <class TChar> struct TReplacements {
 };
 template <class TChar> constexpr TReplacements<TChar> Replacements{};
 
-constexpr bool IsEscapeCandidate(unsigned AChar) noexcept {
-  return AChar < 128 && EscapeKinds[AChar] != 0;
-}
-
-// The first character at or behind AFrom that some setting of the escaper replaces or drops
-// (U+0000..U+001F, '"', '&', '\'', '<', '>'), or AEnd. Blocks of 16 bytes are tested at once.
-const WideChar* FindEscapeCandidate(const WideChar* AFrom, const WideChar* AEnd) noexcept {
-  const WideChar* P = AFrom;
-#if defined(__SSE2__)
-  const __m128i Lt = _mm_set1_epi16('<'), Gt = _mm_set1_epi16('>'), Amp = _mm_set1_epi16('&');
-  const __m128i Apos = _mm_set1_epi16('\''), Quote = _mm_set1_epi16('"');
-  const __m128i Control = _mm_set1_epi16(31), Zero = _mm_setzero_si128();
-  while (AEnd - P >= 8) {
-    const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(P));
-    __m128i Hit = _mm_cmpeq_epi16(_mm_subs_epu16(Block, Control), Zero);
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi16(Block, Lt));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi16(Block, Gt));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi16(Block, Amp));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi16(Block, Apos));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi16(Block, Quote));
-    if (const int Mask = _mm_movemask_epi8(Hit))
-      return P + __builtin_ctz(static_cast<unsigned>(Mask)) / 2;
-    P += 8;
-  }
-#endif
-  while (P != AEnd && !IsEscapeCandidate(*P))
-    ++P;
-  return P;
-}
-
-const AnsiChar* FindEscapeCandidate(const AnsiChar* AFrom, const AnsiChar* AEnd) noexcept {
-  const AnsiChar* P = AFrom;
-#if defined(__SSE2__)
-  const __m128i Lt = _mm_set1_epi8('<'), Gt = _mm_set1_epi8('>'), Amp = _mm_set1_epi8('&');
-  const __m128i Apos = _mm_set1_epi8('\''), Quote = _mm_set1_epi8('"');
-  const __m128i Control = _mm_set1_epi8(31), Zero = _mm_setzero_si128();
-  while (AEnd - P >= 16) {
-    const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(P));
-    __m128i Hit = _mm_cmpeq_epi8(_mm_subs_epu8(Block, Control), Zero);
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Lt));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Gt));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Amp));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Apos));
-    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Quote));
-    if (const int Mask = _mm_movemask_epi8(Hit))
-      return P + __builtin_ctz(static_cast<unsigned>(Mask));
-    P += 16;
-  }
-#endif
-  while (P != AEnd && !IsEscapeCandidate(static_cast<Byte>(*P)))
-    ++P;
-  return P;
-}
+// The escaper searches with the core's kernel, which stops at exactly the rows of EscapeKinds
+// that aren't 0.
+static_assert([] {
+  for (unsigned C = 0; C < 128; ++C)
+    if ((EscapeKinds[C] != 0) != rawscan::IsControlOrMarkup(C))
+      return false;
+  return true;
+}());
 
 constexpr Byte EscapeMask(bool AEscapeApos, bool AEscapeQuote, bool ADropNul) noexcept {
   return static_cast<Byte>(EscapeAlways | (AEscapeApos ? EscapeApos : 0) |
@@ -141,7 +93,7 @@ void Escape(const TChar* ABegin, const TChar* AEnd, Byte AMask, TSink&& ASink) {
   using TUnsigned = std::make_unsigned_t<TChar>;
   const TChar* Run = ABegin;
   const TChar* P = ABegin;
-  while ((P = FindEscapeCandidate(P, AEnd)) != AEnd) {
+  while ((P = rawscan::FindControlOrMarkup(P, AEnd)) != AEnd) {
     const unsigned C = static_cast<TUnsigned>(*P);
     if ((EscapeKinds[C] & AMask) == 0) {
       ++P;
@@ -177,30 +129,8 @@ TString EscapeToString(const typename TString::value_type* AData, std::size_t AL
 // --- decoding
 // -------------------------------------------------------------------------------------
 const WideChar* FindAmp(const WideChar* AFrom, const WideChar* AEnd) noexcept {
-  const WideChar* P = AFrom;
-#if defined(__SSE2__)
-  const __m128i Amp = _mm_set1_epi16('&');
-  // Four blocks per round: text without '&' is the common case, so the loop is the cost.
-  while (AEnd - P >= 32) {
-    const auto* Blocks = reinterpret_cast<const __m128i*>(P);
-    const __m128i A = _mm_cmpeq_epi16(_mm_loadu_si128(Blocks), Amp);
-    const __m128i B = _mm_cmpeq_epi16(_mm_loadu_si128(Blocks + 1), Amp);
-    const __m128i C = _mm_cmpeq_epi16(_mm_loadu_si128(Blocks + 2), Amp);
-    const __m128i D = _mm_cmpeq_epi16(_mm_loadu_si128(Blocks + 3), Amp);
-    if (_mm_movemask_epi8(_mm_or_si128(_mm_or_si128(A, B), _mm_or_si128(C, D))))
-      break;
-    P += 32;
-  }
-  while (AEnd - P >= 8) {
-    const __m128i Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(P));
-    if (const int Mask = _mm_movemask_epi8(_mm_cmpeq_epi16(Block, Amp)))
-      return P + __builtin_ctz(static_cast<unsigned>(Mask)) / 2;
-    P += 8;
-  }
-#endif
-  while (P != AEnd && *P != u'&')
-    ++P;
-  return P;
+  // Text without '&' is the common case, so the search is made for long runs.
+  return rawscan::FindRareUnit16(AFrom, AEnd, u'&');
 }
 
 const AnsiChar* FindAmp(const AnsiChar* AFrom, const AnsiChar* AEnd) noexcept {

@@ -198,73 +198,79 @@ UnicodeString LxExtToXML(Extended AValue) { return LxDoubleToXML(AValue); }
 // --- integers from text --------------------------------------------------------------------------
 // The flag says whether the strict parse has 64 bits; the name is the Variant failure's.
 ShortInt LxXMLToShortint(std::u16string_view AValue) {
-  return XMLToInteger<ShortInt>(AValue, false);
+  return XMLToInteger<ShortInt>(AValue, /*AWide=*/false);
 }
 ShortInt LxXMLToShortintDef(std::u16string_view AValue, ShortInt ADefault) noexcept {
-  return XMLToIntegerDef<ShortInt>(AValue, ADefault, false);
+  return XMLToIntegerDef<ShortInt>(AValue, ADefault, /*AWide=*/false);
 }
 ShortInt LxXMLToShortint(const Variant& AValue, ShortInt ADefault) {
-  return VariantToInteger<ShortInt>(AValue, ADefault, false, u"shortint");
+  return VariantToInteger<ShortInt>(AValue, ADefault, /*AWide=*/false, u"shortint");
 }
 
 SmallInt LxXMLToSmallint(std::u16string_view AValue) {
-  return XMLToInteger<SmallInt>(AValue, false);
+  return XMLToInteger<SmallInt>(AValue, /*AWide=*/false);
 }
 SmallInt LxXMLToSmallintDef(std::u16string_view AValue, SmallInt ADefault) noexcept {
-  return XMLToIntegerDef<SmallInt>(AValue, ADefault, false);
+  return XMLToIntegerDef<SmallInt>(AValue, ADefault, /*AWide=*/false);
 }
 SmallInt LxXMLToSmallint(const Variant& AValue, SmallInt ADefault) {
-  return VariantToInteger<SmallInt>(AValue, ADefault, false, u"smallint");
+  return VariantToInteger<SmallInt>(AValue, ADefault, /*AWide=*/false, u"smallint");
 }
 
-Integer LxXMLToInt(std::u16string_view AValue) { return XMLToInteger<Integer>(AValue, false); }
+Integer LxXMLToInt(std::u16string_view AValue) {
+  return XMLToInteger<Integer>(AValue, /*AWide=*/false);
+}
 Integer LxXMLToIntDef(std::u16string_view AValue, Integer ADefault) noexcept {
-  return XMLToIntegerDef<Integer>(AValue, ADefault, false);
+  return XMLToIntegerDef<Integer>(AValue, ADefault, /*AWide=*/false);
 }
 Integer LxXMLToInt(const Variant& AValue, Integer ADefault) {
-  return VariantToInteger<Integer>(AValue, ADefault, false, u"integer");
+  return VariantToInteger<Integer>(AValue, ADefault, /*AWide=*/false, u"integer");
 }
 
-Int64 LxXMLToInt64(std::u16string_view AValue) { return XMLToInteger<Int64>(AValue, true); }
+Int64 LxXMLToInt64(std::u16string_view AValue) {
+  return XMLToInteger<Int64>(AValue, /*AWide=*/true);
+}
 Int64 LxXMLToInt64Def(std::u16string_view AValue, Int64 ADefault) noexcept {
-  return XMLToIntegerDef<Int64>(AValue, ADefault, true);
+  return XMLToIntegerDef<Int64>(AValue, ADefault, /*AWide=*/true);
 }
 Int64 LxXMLToInt64(const Variant& AValue, Int64 ADefault) {
-  return VariantToInteger<Int64>(AValue, ADefault, true, u"integer");
+  return VariantToInteger<Int64>(AValue, ADefault, /*AWide=*/true, u"integer");
 }
 
-Byte LxXMLToByte(std::u16string_view AValue) { return XMLToInteger<Byte>(AValue, false); }
+Byte LxXMLToByte(std::u16string_view AValue) { return XMLToInteger<Byte>(AValue, /*AWide=*/false); }
 Byte LxXMLToByteDef(std::u16string_view AValue, Byte ADefault) noexcept {
-  return XMLToIntegerDef<Byte>(AValue, ADefault, false);
+  return XMLToIntegerDef<Byte>(AValue, ADefault, /*AWide=*/false);
 }
 Byte LxXMLToByte(const Variant& AValue, Byte ADefault) {
-  return VariantToInteger<Byte>(AValue, ADefault, false, u"Byte");
+  return VariantToInteger<Byte>(AValue, ADefault, /*AWide=*/false, u"Byte");
 }
 
-Word LxXMLToWord(std::u16string_view AValue) { return XMLToInteger<Word>(AValue, false); }
+Word LxXMLToWord(std::u16string_view AValue) { return XMLToInteger<Word>(AValue, /*AWide=*/false); }
 Word LxXMLToWordDef(std::u16string_view AValue, Word ADefault) noexcept {
-  return XMLToIntegerDef<Word>(AValue, ADefault, false);
+  return XMLToIntegerDef<Word>(AValue, ADefault, /*AWide=*/false);
 }
 Word LxXMLToWord(const Variant& AValue, Word ADefault) {
-  return VariantToInteger<Word>(AValue, ADefault, false, u"Word");
+  return VariantToInteger<Word>(AValue, ADefault, /*AWide=*/false, u"Word");
 }
 
 Cardinal LxXMLToLongword(std::u16string_view AValue) {
-  return XMLToInteger<Cardinal>(AValue, false);
+  return XMLToInteger<Cardinal>(AValue, /*AWide=*/false);
 }
 Cardinal LxXMLToLongwordDef(std::u16string_view AValue, Cardinal ADefault) noexcept {
-  return XMLToIntegerDef<Cardinal>(AValue, ADefault, false);
+  return XMLToIntegerDef<Cardinal>(AValue, ADefault, /*AWide=*/false);
 }
 Cardinal LxXMLToLongword(const Variant& AValue, Cardinal ADefault) {
-  return VariantToInteger<Cardinal>(AValue, ADefault, false, u"LongWord");
+  return VariantToInteger<Cardinal>(AValue, ADefault, /*AWide=*/false, u"LongWord");
 }
 
-UInt64 LxXMLToUInt64(std::u16string_view AValue) { return XMLToInteger<UInt64>(AValue, true); }
+UInt64 LxXMLToUInt64(std::u16string_view AValue) {
+  return XMLToInteger<UInt64>(AValue, /*AWide=*/true);
+}
 UInt64 LxXMLToUInt64Def(std::u16string_view AValue, UInt64 ADefault) noexcept {
-  return XMLToIntegerDef<UInt64>(AValue, ADefault, true);
+  return XMLToIntegerDef<UInt64>(AValue, ADefault, /*AWide=*/true);
 }
 UInt64 LxXMLToUInt64(const Variant& AValue, UInt64 ADefault) {
-  return VariantToInteger<UInt64>(AValue, ADefault, true, u"integer");
+  return VariantToInteger<UInt64>(AValue, ADefault, /*AWide=*/true, u"integer");
 }
 
 // --- floats from text ----------------------------------------------------------------------------

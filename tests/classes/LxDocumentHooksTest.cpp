@@ -1,9 +1,10 @@
 // Document hooks: calls through a cleared hook fail clearly; registered functions are
-// called with the text, the document and the path.
+// called with the text, the document and the path; a setter gives back the hook it replaces.
 #include "lorvane/classes/LxDocumentHooks.h"
 
 #include "lorvane/core/LxObject.h"
 
+#include "support/DocumentHooksScope.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -26,15 +27,10 @@ protected:
   ~TFakeDocument() override = default;
 };
 
+// Every test here changes the hooks; the library's registrations come back after it.
 class DocumentHooks : public test::LiveObjectsTest {
 protected:
-  void TearDown() override {
-    SetCreateXMLDoc(nullptr);
-    SetCreateJSONDoc(nullptr);
-    SetGetXMLDocValue(nullptr);
-    SetGetJSONDocValue(nullptr);
-    test::LiveObjectsTest::TearDown();
-  }
+  const test::TDocumentHooksScope FHooks;
 };
 
 TEST_F(DocumentHooks, ClearedHooksRaise) {
@@ -85,6 +81,50 @@ TEST_F(DocumentHooks, RegisteredHooksReceiveTextDocumentAndPath) {
   SetCreateXMLDoc(nullptr);
   ExpectRaises<ENotSupportedException>([] { CreateXMLDocument(u"<a/>"); }, SNoXMLDocumentSupport);
   EXPECT_TRUE(CreateJSONDocument(u"[]")) << "the hooks are independent";
+}
+
+TEST_F(DocumentHooks, SettersGiveTheHookTheyReplace) {
+  auto Maker = [](const char16_t* AKind) {
+    return [AKind](const UnicodeString& AText) -> IPtr<IInterface> {
+      return IPtr<IInterface>(static_cast<ILxObject*>(New<TFakeDocument>(AKind + AText)));
+    };
+  };
+  auto TextOf = [](const IPtr<IInterface>& ADocument) {
+    return static_cast<TFakeDocument*>(IPtr<ILxObject>::From(ADocument)->Implementor())->Text;
+  };
+  SetCreateXMLDoc(Maker(u"first:"));
+  const TCreateDocumentFunc FirstXML = SetCreateXMLDoc(Maker(u"second:"));
+  ASSERT_TRUE(FirstXML);
+  EXPECT_EQ(TextOf(FirstXML(u"a")), u"first:a");
+  EXPECT_EQ(TextOf(SetCreateXMLDoc(nullptr)(u"b")), u"second:b");
+  EXPECT_FALSE(SetCreateXMLDoc(nullptr));
+
+  SetCreateJSONDoc(Maker(u"json:"));
+  EXPECT_EQ(TextOf(SetCreateJSONDoc(nullptr)(u"c")), u"json:c");
+
+  auto Valuer = [](const char16_t* AKind) {
+    return [AKind](IInterface*, const UnicodeString& APath) { return Variant(AKind + APath); };
+  };
+  SetGetXMLDocValue(Valuer(u"xml:"));
+  EXPECT_EQ(SetGetXMLDocValue(nullptr)(nullptr, u"/p").AsString(), u"xml:/p");
+  SetGetJSONDocValue(Valuer(u"json:"));
+  EXPECT_EQ(SetGetJSONDocValue(nullptr)(nullptr, u"$.p").AsString(), u"json:$.p");
+}
+
+TEST_F(DocumentHooks, ScopeGuardGivesTheHooksBack) {
+  auto Create = [](const UnicodeString& AText) -> IPtr<IInterface> {
+    return IPtr<IInterface>(static_cast<ILxObject*>(New<TFakeDocument>(AText)));
+  };
+  SetCreateXMLDoc(Create);
+  SetCreateJSONDoc(Create);
+  {
+    const test::TDocumentHooksScope Inner;
+    EXPECT_TRUE(CreateXMLDocument(u"<a/>")) << "the guard leaves the hooks in place";
+    SetCreateXMLDoc(nullptr);
+    SetCreateJSONDoc(nullptr);
+  }
+  EXPECT_TRUE(CreateXMLDocument(u"<a/>"));
+  EXPECT_TRUE(CreateJSONDocument(u"{}"));
 }
 
 } // namespace

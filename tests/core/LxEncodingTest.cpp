@@ -2,6 +2,7 @@
 #include "lorvane/core/LxEncoding.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
 
@@ -70,13 +71,9 @@ TEST(LxCodePage, NamesAndNumbersBothWays) {
 }
 
 TEST(LxCodePage, UnknownNameRaises) {
-  try {
-    LxCodePage(u"x-klingon");
-    FAIL() << "no exception";
-  } catch (const EEncodingError& E) {
-    EXPECT_EQ(E.Message(), u"Unknown encoding name \"x-klingon\"");
-  }
-  EXPECT_THROW(LxCodePage(Word(1234)), EEncodingError);
+  test::ExpectRaises<EEncodingError>([] { LxCodePage(u"x-klingon"); },
+                                     u"Unknown encoding name \"x-klingon\"");
+  test::ExpectRaises<EEncodingError>([] { LxCodePage(Word(1234)); }, u"Unsupported code page 1234");
 }
 
 TEST(TLxEncoding, ConvertsEveryFormThroughTheCodePage) {
@@ -96,7 +93,8 @@ TEST(TLxEncoding, ConvertsEveryFormThroughTheCodePage) {
   const char Block[] = "\xe2\x82\xac\xc3\xa9 and more";
   EXPECT_EQ(TLxEncoding::ConvertA(Block, 5, 65001), u"\u20ac\u00e9");
   EXPECT_EQ(TLxEncoding::ConvertA(Block, 0, 65001), u"");
-  EXPECT_THROW(TLxEncoding::ConvertW(u"a", 1234), EEncodingError);
+  test::ExpectRaises<EEncodingError>([] { TLxEncoding::ConvertW(u"a", 1234); },
+                                     u"Unsupported code page 1234");
 }
 
 TEST(LxStreamToAnsiString, TheOneCallGivesAllBytesFromTheStartAndLeavesThePosition) {

@@ -81,7 +81,7 @@ TEST_F(LxObject, QueryInterfaceLeadsBackToTheImplementor) {
   EXPECT_EQ(Probe->QueryInterface(TGUID{1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}}, &Nothing),
             E_NOINTERFACE);
   EXPECT_EQ(Nothing, nullptr);
-  EXPECT_TRUE(Supports(Root.Get(), ILxObject::IID));
+  EXPECT_TRUE(Supports<ILxObject>(Root.Get()));
   EXPECT_EQ(Probe->RefCount(), 2) << "Supports without a result takes no reference";
   EXPECT_TRUE(Probe->InheritsFrom(TLxObject::StaticClass()));
   EXPECT_EQ(Probe->ClassName(), u"TProbe");

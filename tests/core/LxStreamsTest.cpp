@@ -4,6 +4,7 @@
 
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/platform/CodePages.h"
+#include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +29,7 @@ std::string BytesOf(std::u16string_view AText) {
 // --- TLxMemoryStream
 // ------------------------------------------------------------------------------
 TEST(LxMemoryStream, OverABlockReadsAndWritesInPlaceAndNeverMovesOrFreesIt) {
-  const Int64 LiveBefore = TObject::LiveInstances();
+  const test::TLiveCount Live;
   char Block[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
   auto* Stream = New<TLxMemoryStream>(static_cast<void*>(Block), Int64(8));
   EXPECT_EQ(Stream->GetPosition(), 0);
@@ -43,7 +44,7 @@ TEST(LxMemoryStream, OverABlockReadsAndWritesInPlaceAndNeverMovesOrFreesIt) {
   EXPECT_EQ(std::string(Block, 8), "abcXYWZh");
   Stream->Free(); // a free of a stack block would be caught by the sanitizer build
   EXPECT_EQ(std::string(Block, 8), "abcXYWZh");
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore);
+  Live.ExpectMadeSince(0);
 }
 
 TEST(LxMemoryStream, OverABlockWritesStopAtItsEnd) {
@@ -341,14 +342,14 @@ TEST(LxUTF8StreamAdapter, CopiesALargeStringStream) {
 }
 
 TEST(LxUTF8StreamAdapter, FreesTheTargetOnlyWhenItOwnsIt) {
-  const Int64 LiveBefore = TObject::LiveInstances();
+  const test::TLiveCount Live;
   auto* Target = New<TLxMemoryStream>(Int64(16));
   New<TLxUTF8StreamAdapter>(Target, true, false)->Free();
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore);
+  Live.ExpectMadeSince(0);
 
   TOwned<TLxMemoryStream> Kept(New<TLxMemoryStream>(Int64(16)));
   New<TLxUTF8StreamAdapter>(Kept.get(), false, false)->Free();
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore + 1);
+  Live.ExpectMadeSince(1, "the adapter freed a target it doesn't own");
   Kept->WriteBuffer("still here", 10);
 }
 

@@ -2,6 +2,7 @@
 // sources whose buffer is refilled under a selection.
 #include "lorvane/core/LxTextParser.h"
 #include "lorvane/platform/SysUtils.h"
+#include "support/TestHelpers.h"
 #include "support/TestStreams.h"
 
 #include <gtest/gtest.h>
@@ -52,10 +53,11 @@ TEST_P(TextParser, EmptySourceIsAtTheEndAndOnlyStepsBeyondItRaise) {
     EXPECT_EQ(P->PeekString(3), u"");
     P->SkipWhile(spNotEqual, u'x');
     P->SkipSet(spNotInSet, TLxCharSet{'x'});
-    EXPECT_THROW(P->NextChar(), ELxTextParserEOF);
-    EXPECT_THROW(P->MoveNext(), ELxTextParserEOF);
-    EXPECT_THROW(P->SkipChars(1), ELxTextParserEOF);
-    EXPECT_THROW(P->CheckEOF(), ELxTextParserEOF);
+    const std::u16string_view EndOfText = u"Unexpected end of the text";
+    test::ExpectRaisesWithCode<ELxTextParserEOF>([&] { P->NextChar(); }, EndOfText, 1);
+    test::ExpectRaisesWithCode<ELxTextParserEOF>([&] { P->MoveNext(); }, EndOfText, 1);
+    test::ExpectRaisesWithCode<ELxTextParserEOF>([&] { P->SkipChars(1); }, EndOfText, 1);
+    test::ExpectRaisesWithCode<ELxTextParserEOF>([&] { P->CheckEOF(); }, EndOfText, 1);
   }
 }
 

@@ -192,5 +192,70 @@ TEST_F(DomLifetime, AChainAMillionDeepIsFacedReleasedClonedAndDestroyedWithoutRe
   RootIntf = nullptr;
 }
 
+TEST_F(DomLifetime, ReleasingADeepInterfaceEndsTheFacesUpToTheFirstOneStillHeld) {
+  TLxDOMNode* Root = MakeNode(u"root"); // free-standing: owned by the faces once they exist
+  TLxDOMNode* Middle = nullptr;
+  TLxDOMNode* Deep = Root;
+  for (int I = 0; I < 200000; ++I) {
+    Deep = Append(Deep, u"n");
+    if (I == 100000)
+      Middle = Deep;
+  }
+  IPtr<ILxDOMNode> MiddleIntf = Intf(Middle);
+  {
+    IPtr<ILxDOMNode> DeepIntf = Intf(Deep); // faces from Deep up to Middle, which had one
+    EXPECT_EQ(Middle->DOMImpl()->RefCount(), 2);
+  }
+  // The chain of faces below Middle is gone; Middle's face and its pins up to the root stay.
+  EXPECT_EQ(Deep->DOMImpl(), nullptr);
+  EXPECT_EQ(Deep->ParentNode()->DOMImpl(), nullptr);
+  ASSERT_NE(Middle->DOMImpl(), nullptr);
+  EXPECT_EQ(Middle->DOMImpl()->RefCount(), 1);
+  ASSERT_NE(Root->DOMImpl(), nullptr);
+  EXPECT_EQ(Root->DOMImpl()->RefCount(), 1);
+  EXPECT_EQ(MiddleIntf->NodeCount(), 1);
+  MiddleIntf = nullptr; // the last interface: the faces and the whole tree go (the fixture checks)
+}
+
+TEST_F(DomLifetime, DestroyingAWideDeepTreeFreesAllButTheBranchAnInterfaceHolds) {
+  // Three branches, each a chain with a leaf beside every link; an interface is held halfway
+  // down the middle one.
+  constexpr int Depth = 20000;
+  TLxDOMNode* Root = MakeNode(u"root");
+  TLxDOMNode* Branch = nullptr;
+  TLxDOMNode* Held = nullptr;
+  for (int B = 0; B < 3; ++B) {
+    TLxDOMNode* Node = Append(Root, u"b" + IntToStr(B));
+    if (B == 1)
+      Branch = Node;
+    for (int I = 0; I < Depth; ++I) {
+      Append(Node, u"leaf");
+      Node = Append(Node, u"n");
+      if (B == 1 && I == Depth / 2)
+        Held = Node;
+    }
+  }
+  IPtr<ILxDOMNode> HeldIntf = Intf(Held);
+  // What must stay: the branch, every node and child list in it, and a face on each node from
+  // the held one up to the branch.
+  Int64 Kept = 0;
+  for (std::vector<TLxDOMNode*> Pending{Branch}; !Pending.empty();) {
+    TLxDOMNode* Node = Pending.back();
+    Pending.pop_back();
+    Kept += Node->HasChilds() ? 2 : 1;
+    if (Node->HasChilds())
+      for (TLxDOMNode* Child : *Node->ChildNodes())
+        Pending.push_back(Child);
+  }
+  for (TLxDOMNode* Node = Held; Node != Root; Node = Node->ParentNode())
+    Kept += 1;
+  Root->Free();
+  EXPECT_EQ(Alive(), Kept);
+  EXPECT_EQ(Branch->ParentNode(), nullptr);
+  EXPECT_EQ(HeldIntf->NodePath(true, u"").size(), 2u + (Depth / 2 + 1) * 2u);
+  EXPECT_EQ(HeldIntf->NodeCount(), 2);
+  HeldIntf = nullptr; // the branch goes with its last interface (the fixture checks)
+}
+
 } // namespace
 } // namespace lorvane

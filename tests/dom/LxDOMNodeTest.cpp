@@ -171,5 +171,47 @@ TEST_F(DomNode, TheInterfaceTurnsNodesIntoInterfacesAndBack) {
   EXPECT_EQ(Clone->ParentNode(), nullptr);
 }
 
+TEST_F(DomNode, ASubtreeTakesTheDocumentItIsLinkedIntoAtEveryDepth) {
+  // A deep chain whose links carry attributes, text and a leaf beside them: every node of
+  // every kind follows the subtree into a document, out of it, and into another.
+  TOwned<TLxDOMDocument> First(TLxDOMDocument::CreateFromXML(u"<a/>"));
+  TOwned<TLxDOMDocument> Second(TLxDOMDocument::CreateFromXML(u"<b/>"));
+  TOwned<TLxDOMElement> Holder(New<TLxDOMElement>());
+  Holder->SetQualifiedName(u"holder");
+  auto* Top = New<TLxDOMElement>();
+  Top->SetQualifiedName(u"top");
+  TLxDOMElement* Link = Top;
+  for (int I = 0; I < 20000; ++I) {
+    Link->AddAttribute(u"i")->SetNodeValue(IntToStr(I));
+    Link->AddText(u"t");
+    Link->AddElement(u"leaf");
+    Link = Link->AddElement(u"n");
+  }
+  Holder->AppendChild(Top);
+  // Every node of the subtree, kinds other than elements included, is in ADocument.
+  auto AllIn = [&](TLxDOMDocument* ADocument) {
+    Int64 Nodes = 0;
+    for (std::vector<TLxDOMNode*> Pending{Top}; !Pending.empty();) {
+      TLxDOMNode* Node = Pending.back();
+      Pending.pop_back();
+      if (Node->GetDocument() != ADocument)
+        return std::string("not in it: ") + StringToUTF8(Node->NodePath(true, u""));
+      ++Nodes;
+      if (Node->HasChilds())
+        for (TLxDOMNode* Child : *Node->ChildNodes())
+          Pending.push_back(Child);
+    }
+    return std::to_string(Nodes) + " nodes";
+  };
+  const std::string AllNodes = std::to_string(1 + 20000 * 4) + " nodes";
+  EXPECT_EQ(AllIn(nullptr), AllNodes);
+  First->GetRootNode()->AppendChild(Top);
+  EXPECT_EQ(AllIn(First.get()), AllNodes);
+  Second->GetRootNode()->AppendChild(Top);
+  EXPECT_EQ(AllIn(Second.get()), AllNodes);
+  Holder->AppendChild(Top);
+  EXPECT_EQ(AllIn(nullptr), AllNodes);
+}
+
 } // namespace
 } // namespace lorvane

@@ -5,6 +5,7 @@
 
 #include "lorvane/core/LxStreams.h"
 #include "support/JSONEventRecorder.h"
+#include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
@@ -252,7 +253,7 @@ TEST(JSONCorpus, TestSuiteCasesReadAsDocumented) {
   std::set<std::string> AcceptedRejects;
   int Loaded = 0, RoundTrips = 0, ComparedWithRapidJSON = 0, RapidJSONRefused = 0;
   int TopLevelSimple = 0;
-  const Int64 LiveBefore = TObject::LiveInstances();
+  const test::TLiveCount Live;
 
   for (const TSuiteCase& Case : Cases) {
     SCOPED_TRACE(Case.File);
@@ -322,7 +323,7 @@ TEST(JSONCorpus, TestSuiteCasesReadAsDocumented) {
     EXPECT_TRUE(Listed.count(File)) << File << " is accepted but not listed";
   for (const auto& [File, Rule] : Listed)
     EXPECT_TRUE(AcceptedRejects.count(File)) << File << " is listed but refused";
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore) << "leaked";
+  Live.ExpectMadeSince(0);
 
   std::printf("json-test-suite: %zu cases; of the must-accept ones %d loaded into a tree, %d are "
               "a simple value at the top level; %d round trips; %d compared with RapidJSON, %d "
@@ -341,7 +342,7 @@ TEST(JSONCorpus, FormInputsLoadIntoTrees) {
                              {"w3c-json-form.jsonl", "form"}};
   std::map<std::string, int> Outcomes;
   int Inputs = 0;
-  const Int64 LiveBefore = TObject::LiveInstances();
+  const test::TLiveCount Live;
   for (const TSource& Source : Sources) {
     std::ifstream In(CorpusDir() + "form-urlencoded/" + Source.File);
     for (std::string Line; std::getline(In, Line);) {
@@ -359,7 +360,7 @@ TEST(JSONCorpus, FormInputsLoadIntoTrees) {
     }
   }
   EXPECT_EQ(Inputs, 288);
-  EXPECT_EQ(TObject::LiveInstances(), LiveBefore) << "leaked";
+  Live.ExpectMadeSince(0);
   std::printf("form-urlencoded: %d inputs:", Inputs);
   for (const auto& [Outcome, Count] : Outcomes)
     std::printf(" %s %d;", Outcome.c_str(), Count);

@@ -171,6 +171,9 @@ TEST_F(JSONOutput, DatesFromMillisecondsAndXMLText) {
       {u"/Date(86400000)/", 25570, 1, 25570},
       {u"/Date(129600000)/", 25570, 1.5, 25570.5},
       {u"/Date(-43200000)/", 25568, -0.5, 25568.5},
+      // Before 1899-12-30 the day counts backwards and the fraction is still the time of day.
+      {u"/Date(-2209183200000)/", -1, -25569.25, -1.75},
+      {u"/Date(-2209269600000)/", -2, -25570.25, -2.75},
       {u"2020-02-29T18:00:00", 43890, 0.75, 43890.75},
   };
   for (const TCase& Case : Cases) {

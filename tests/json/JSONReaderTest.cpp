@@ -3,6 +3,7 @@
 #include "lorvane/json/LxJSONReader.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/json/LxJSONDefaultHandler.h"
 #include "support/JSONEventRecorder.h"
 #include "support/TestHelpers.h"
 #include "support/TestStreams.h"
@@ -151,6 +152,48 @@ TEST_F(JSONReader, LocatorReportsTheCursorDuringTheParse) {
   EXPECT_EQ(FReader->GetColNr(), -1);
 }
 
+TEST_F(JSONReader, FailureAtTheEndOfOneTextDoesntMoveTheNextParsesLocator) {
+  Read<ELxTextParserEOF>(u"[1");
+  ASSERT_TRUE(FReader->GetUnexpectedEOF());
+  Read(u"[1,\n  x]");
+  EXPECT_EQ(FRecorder->FatalLineNr, 2);
+  EXPECT_EQ(FRecorder->FatalColNr, 3);
+  Read<ELxTextParserEOF>(u"{");
+  FReader->Parse(LxJSONString(u"[]"));
+  EXPECT_FALSE(FReader->GetUnexpectedEOF()) << "a parse that succeeds is the last one";
+}
+
+TEST_F(JSONReader, HandlersSetAsideDuringAParseStillHearIt) {
+  // At the first array the handler takes itself and the error handler out of the reader: the
+  // parse goes on delivering to the handler it began with, and the failure behind is raised
+  // without an error handler to tell.
+  struct TLeaveAtArray : public TJSONEventRecorder {
+    TLxJSONReader* Reader = nullptr;
+    void StartArray() override {
+      Reader->SetContentHandler(nullptr);
+      Reader->SetErrorHandler(nullptr);
+      TJSONEventRecorder::StartArray();
+    }
+  };
+  TOwned<TLeaveAtArray> Leaver(New<TLeaveAtArray>());
+  Leaver->Reader = FReader;
+  for (const auto& [JSON, Fails] : {std::pair{u"{\"a\":[1,true]}", false}, {u"[1,x]", true}}) {
+    FRecorder->Attach(FReader);
+    const std::string Expected = Read(JSON);
+    Leaver->Transcript.clear();
+    Leaver->Attach(FReader);
+    if (Fails)
+      EXPECT_THROW(FReader->Parse(LxJSONString(JSON)), ELxJSONParseError);
+    else
+      FReader->Parse(LxJSONString(JSON));
+    EXPECT_EQ(FReader->GetContentHandler(), nullptr);
+    EXPECT_EQ(Leaver->Transcript,
+              Fails ? Expected.substr(0, Expected.find(" fatalError")) : Expected)
+        << StringToUTF8(JSON);
+  }
+  FRecorder->Attach(FReader); // the leaver goes before the reader
+}
+
 TEST_F(JSONReader, MissingHandlersRaiseBeforeReadingWithoutTheErrorHandler) {
   FReader->SetContentHandler(nullptr);
   test::ExpectRaises<ELxJSONException>([&] { FReader->Parse(LxJSONString(u"[]")); },
@@ -169,11 +212,9 @@ TEST_F(JSONReader, MissingHandlersRaiseBeforeReadingWithoutTheErrorHandler) {
 }
 
 TEST_F(JSONReader, ErrorCodesOfMalformedText) {
-  try {
-    FReader->Parse(LxJSONString(u"[nul]"));
-  } catch (const ELxJSONParseError& E) {
-    EXPECT_EQ(E.ErrorCode(), 2);
-  }
+  test::ExpectRaisesWithCode<ELxJSONParseError>(
+      [&] { FReader->Parse(LxJSONString(u"[nul]")); },
+      UTF8ToString(NotWellFormed + "\"l\" expected, but \"]\" found!"), 2);
 }
 
 TEST_F(JSONReader, ReadsEverySource) {
@@ -240,33 +281,15 @@ TEST_F(JSONReader, PublicIdIsTheReadersAddressUntilAParseNamesOne) {
 }
 
 // Counts events instead of recording them, for texts with millions of them.
-class TEventCounter : public TLxObject, public ILxJSONContentHandler, public ILxJSONErrorHandler {
-  LX_CLASS(TEventCounter, TLxObject)
+class TEventCounter : public TLxJSONDefaultHandler {
+  LX_CLASS(TEventCounter, TLxJSONDefaultHandler)
   TEventCounter() { SetAutoDestroy(false); }
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
   Int64 Starts = 0, Ends = 0, Values = 0;
-  void SetDocumentLocator(ILxJSONLocator*) override {}
-  void StartDocument() override {}
   void StartObject() override { ++Starts; }
-  void StartMember(const LxJSONString&) override {}
   void StartArray() override { ++Starts; }
   void Value(TLxJSONDataType, const LxJSONString&) override { ++Values; }
   void EndArray() override { ++Ends; }
-  void EndMember() override {}
   void EndObject() override { ++Ends; }
-  void EndDocument() override {}
-  void Warning(ILxJSONLocator*, const LxJSONString&) override {}
-  void Error(ILxJSONLocator*, const LxJSONString&) override {}
-  void FatalError(ILxJSONLocator*, const LxJSONString&) override {}
 
 protected:
   ~TEventCounter() override = default;

@@ -15,6 +15,32 @@ struct TEscapeCase {
   std::u16string_view Escaped;
 };
 
+TEST(JSONStrings, StrToJSONLiteralEscapesAsLittleAsJSONAllows) {
+  struct TCase {
+    std::u16string_view Text;
+    std::string Literal;
+  };
+  const TCase Cases[] = {
+      {u"", "\"\""},
+      {u"plain", "\"plain\""},
+      {u"q\"b\\", "\"q\\\"b\\\\\""},
+      // '/', DEL and the controls LxStrToJSON writes as letters or drops all differ here.
+      {u"a/b\u007f", "\"a/b\x7f\""},
+      {std::u16string_view(u"\0\b\t\n\u0001\u001f ", 7),
+       "\"\\u0000\\u0008\\u0009\\u000A\\u0001\\u001F \""},
+      {u"\u00e9\u20ac\uabcd", "\"\xC3\xA9\xE2\x82\xAC\xEA\xAF\x8D\""},
+      {u"\U0001F600", "\"\xF0\x9F\x98\x80\""}, // a pair is one character
+      // Lone halves: a high one at the end or before anything but a low one, and a low one
+      // without a high one before it; the text around them stays whole.
+      {u"x\xD83D", "\"x\\uD83D\""},
+      {u"\xD83Dy\xDE00", "\"\\uD83Dy\\uDE00\""},
+      {u"\xDE00\xD83D\xDE00", "\"\\uDE00\xF0\x9F\x98\x80\""},
+      {u"\xD83D\xD83D\xDE00\\", "\"\\uD83D\xF0\x9F\x98\x80\\\\\""},
+  };
+  for (const TCase& Case : Cases)
+    EXPECT_EQ(LxStrToJSONLiteral(Case.Text), Case.Literal) << StringToUTF8(Case.Text);
+}
+
 TEST(JSONStrings, StrToJSONEscapesByUnit) {
   const TEscapeCase Cases[] = {
       {u"", u""},

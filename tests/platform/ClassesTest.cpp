@@ -32,6 +32,21 @@ std::vector<std::string> LinesOf(const TStrings& AStrings) {
   return Lines;
 }
 
+TEST(LiveInstances, CountsObjectsOrAnswersMinusOneInBuildsThatDontCount) {
+  const Int64 Before = TObject::LiveInstances();
+  TOwned<TObject> Object(New<TObject>());
+  if (Before < 0) {
+    EXPECT_EQ(Before, -1);
+    EXPECT_EQ(TObject::LiveInstances(), -1) << "no count, whatever is made";
+    EXPECT_FALSE(test::CountsLiveInstances());
+  } else {
+    EXPECT_EQ(TObject::LiveInstances(), Before + 1);
+    Object.reset();
+    EXPECT_EQ(TObject::LiveInstances(), Before);
+    EXPECT_TRUE(test::CountsLiveInstances());
+  }
+}
+
 using Lines = std::vector<std::string>;
 
 // --- TStringList: lines and indexes --------------------------------------------------------------

@@ -2,6 +2,8 @@
 // use from several threads.
 #include "lorvane/platform/CodePages.h"
 
+#include "support/ScopeGuards.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -239,7 +241,7 @@ TEST(CodePages, EmptyInputGivesEmptyOutput) {
 
 class DefaultCodePage : public ::testing::Test {
 protected:
-  void TearDown() override { SetDefaultCodePage(1252); }
+  const test::TDefaultCodePageScope FSaved;
 };
 
 TEST_F(DefaultCodePage, IsWindows1252UntilSet) {

@@ -1,6 +1,7 @@
 // Calendar encoding and decoding, stepping, local time zones and date text.
 #include "lorvane/platform/DateUtils.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -9,8 +10,11 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <initializer_list>
+#include <limits>
 #include <string>
 #include <typeinfo>
+#include <utility>
 
 namespace lorvane {
 namespace {
@@ -36,33 +40,9 @@ std::string Stamp(TDateTime AValue) {
   return Buffer;
 }
 
-// Sets the process's time zone for a scope and puts the old one back. Without the zone database
-// the POSIX rule of the same zone stands in; it agrees for the years these tests use.
-class TZoneScope {
-public:
-  TZoneScope(const char* AZone, const char* APosixRule) {
-    if (const char* Old = std::getenv("TZ")) {
-      FHadZone = true;
-      FOldZone = Old;
-    }
-    const bool HaveDatabase = std::filesystem::exists(std::string("/usr/share/zoneinfo/") + AZone);
-    setenv("TZ", HaveDatabase ? AZone : APosixRule, 1);
-    tzset();
-  }
-  TZoneScope(const TZoneScope&) = delete;
-  TZoneScope& operator=(const TZoneScope&) = delete;
-  ~TZoneScope() {
-    if (FHadZone)
-      setenv("TZ", FOldZone.c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-
-private:
-  bool FHadZone = false;
-  std::string FOldZone;
-};
+// Without the zone database the POSIX rule of the same zone stands in; it agrees for the years
+// these tests use.
+using test::TZoneScope;
 
 TZoneScope Berlin() { return TZoneScope("Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"); }
 TZoneScope NewYork() { return TZoneScope("America/New_York", "EST5EDT,M3.2.0,M11.1.0"); }
@@ -206,6 +186,55 @@ TEST(DateStep, StepsCrossMidnightAndTheEpochExactly) {
   EXPECT_EQ(IncSecond(EncodeDateTime(2024, 2, 28, 23, 59, 59, 0), 86401), EncodeDate(2024, 3, 1));
   EXPECT_EQ(IncDay(EncodeDateTime(1899, 12, 31, 6, 0, 0, 0), -3), -2.25);
   EXPECT_EQ(IncMinute(1e300, 1), 1e300 + 1 / MinsPerDay);
+}
+
+// Every step helper at the edges of the range it keeps to the millisecond: a result must lie
+// within the whole days that a signed 64-bit count of milliseconds holds.
+TEST(DateStep, StepsBeyondTheMillisecondRangeRaise) {
+  constexpr Int64 MSecsPerDayInt = 86400000;
+  constexpr Int64 MaxDays = std::numeric_limits<Int64>::max() / MSecsPerDayInt;
+  constexpr Int64 Min = std::numeric_limits<Int64>::min();
+  constexpr Int64 Max = std::numeric_limits<Int64>::max();
+  const struct {
+    const char* Name;
+    TDateTime (*Step)(TDateTime, Int64);
+    Int64 UnitMSecs;
+  } Helpers[] = {{"IncDay", IncDay, MSecsPerDayInt},
+                 {"IncHour", IncHour, 3600000},
+                 {"IncMinute", IncMinute, 60000},
+                 {"IncSecond", IncSecond, 1000},
+                 {"IncMilliSecond", IncMilliSecond, 1}};
+  const double Start = EncodeDate(2000, 1, 1);
+  const Int64 StartDays = static_cast<Int64>(Start);
+  for (const auto& Helper : Helpers) {
+    SCOPED_TRACE(Helper.Name);
+    const Int64 PerDay = MSecsPerDayInt / Helper.UnitMSecs;
+    // Up to the last day on either side: inside, and exact.
+    EXPECT_EQ(Helper.Step(Start, (MaxDays - StartDays) * PerDay), static_cast<double>(MaxDays));
+    EXPECT_EQ(Helper.Step(-Start, -(MaxDays - StartDays) * PerDay), -static_cast<double>(MaxDays));
+    EXPECT_EQ(Helper.Step(0.0, MaxDays * PerDay), static_cast<double>(MaxDays));
+    EXPECT_EQ(Helper.Step(0.0, -MaxDays * PerDay), -static_cast<double>(MaxDays));
+    // One unit further, and the extremes of the count.
+    for (const auto& [Value, Count] : std::initializer_list<std::pair<double, Int64>>{
+             {Start, (MaxDays - StartDays) * PerDay + 1},
+             {-Start, -(MaxDays - StartDays) * PerDay - 1},
+             {0.0, MaxDays * PerDay + 1},
+             {0.0, -MaxDays * PerDay - 1},
+             {0.0, Min},
+             {0.0, Min + 1},
+             {0.0, Max},
+             {Start, Max},
+             {-Start, Min},
+             {-Start, Min + 1}}) {
+      SCOPED_TRACE(Count);
+      ExpectRaises<EConvertError>([&] { Helper.Step(Value, Count); },
+                                  u"Invalid argument to date increment");
+    }
+    // A value outside the calendar is not on the millisecond line: it moves as a float, and
+    // even the extreme counts give a number.
+    EXPECT_EQ(Helper.Step(1e300, Min), 1e300);
+    EXPECT_EQ(Helper.Step(-1e300, Max), -1e300);
+  }
 }
 
 TEST(DateText, FixedFormatLeavesOutMidnight) {

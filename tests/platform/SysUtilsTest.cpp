@@ -1,23 +1,17 @@
 // Format with the library's message texts, number conversions both ways, and text helpers.
 #include "lorvane/platform/SysUtils.h"
 
+#include "support/ScopeGuards.h"
+#include "support/TestHelpers.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace lorvane {
 namespace {
-
-/// Sets the decimal separator for one test and puts it back.
-class DecimalComma {
-public:
-  DecimalComma() : FSaved(FormatSettings) { FormatSettings.DecimalSeparator = u','; }
-  ~DecimalComma() { FormatSettings = FSaved; }
-
-private:
-  TFormatSettings FSaved;
-};
 
 TEST(Format, FillsTheMessageTextsOfTheReaders) {
   EXPECT_EQ(
@@ -41,6 +35,48 @@ TEST(Format, MismatchedOrMissingArgumentsRaise) {
       EXPECT_EQ(E.Message(),
                 u"Format '" + UnicodeString(Bad) + u"' invalid or incompatible with argument");
     }
+  }
+}
+
+TEST(Format, EachSpecifierRendersItsArgument) {
+  const test::TFormatSettingsScope Comma(u',');
+  const struct {
+    const char16_t* Format;
+    std::vector<TVarRec> Args;
+    const char16_t* Expected;
+  } Cases[] = {
+      {u"%.4d|%.4d|%.1d", {-7, 7, 123}, u"-0007|0007|123"},
+      {u"%u|%u", {-1, 5ull}, u"4294967295|5"},
+      {u"%.4x|%X|%x", {255, 0xABCDEFull, 0}, u"00ff|ABCDEF|0"},
+      {u"%.2s|%.9s|%-4s|%4s", {u"abcdef", u"abc", "ab", u'c'}, u"ab|abc|ab  |   c"},
+      {u"%f|%.3f|%e|%g", {1.5, 2.0, 1.5, 0.25}, u"1,50|2,000|1,50000000000000e+00|0,25"},
+      {u"%S %D %U", {u"up", 3, 4u}, u"up 3 4"},
+      {u"%1:s %s %0:s %s", {u"a", u"b", u"c"}, u"b c a b"},
+      {u"%s", {"\xC3\xA9"}, u"\u00e9"},
+      {u"%%%s%%%%", {u"x"}, u"%x%%"},
+      {u"no specifiers", {}, u"no specifiers"},
+  };
+  for (const auto& Case : Cases) {
+    SCOPED_TRACE(StringToUTF8(Case.Format));
+    EXPECT_EQ(Format(Case.Format, Case.Args.data(), static_cast<Integer>(Case.Args.size()) - 1),
+              Case.Expected);
+  }
+}
+
+TEST(Format, SpecifiersThatDontFitRaise) {
+  const struct {
+    const char16_t* Format;
+    std::vector<TVarRec> Args;
+  } Cases[] = {
+      {u"%1:", {1, 2}},   {u"%5", {1}},      {u"%-", {1}},    {u"%.", {1}},
+      {u"%100001d", {1}}, {u"%2:d", {1, 2}}, {u"%f", {1}},    {u"%d", {1.5}},
+      {u"%x", {u"1"}},    {u"%s", {1}},      {u"%d %d", {1}}, {u"abc%", {}},
+  };
+  for (const auto& Case : Cases) {
+    SCOPED_TRACE(StringToUTF8(Case.Format));
+    test::ExpectRaises<EConvertError>(
+        [&] { Format(Case.Format, Case.Args.data(), static_cast<Integer>(Case.Args.size()) - 1); },
+        u"Format '" + UnicodeString(Case.Format) + u"' invalid or incompatible with argument");
   }
 }
 
@@ -123,7 +159,7 @@ TEST(FloatText, ParsingFollowsTheDecimalSeparatorOfTheSettings) {
   } catch (const EConvertError& E) {
     EXPECT_EQ(E.Message(), u"'abc' is not a valid floating point value");
   }
-  DecimalComma Comma;
+  const test::TFormatSettingsScope Comma(u',');
   EXPECT_EQ(StrToFloat(u"1,5"), 1.5);
   EXPECT_EQ(StrToFloatDef(u"1.5", -1), -1);
   EXPECT_EQ(FloatToStr(2.25), u"2,25");

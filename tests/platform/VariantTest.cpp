@@ -1,6 +1,7 @@
 // Variant: type codes, conversions, arithmetic type rules, comparison and arrays.
 #include "lorvane/platform/Variants.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -53,20 +54,6 @@ public:
   Integer _AddRef() override { return ++Refs; }
   Integer _Release() override { return --Refs; }
   Integer Refs = 0;
-};
-
-// Plays a system with decimal commas for a scope.
-class TDecimalComma {
-public:
-  TDecimalComma() : FOld(FormatSettings.DecimalSeparator) {
-    FormatSettings.DecimalSeparator = u',';
-  }
-  TDecimalComma(const TDecimalComma&) = delete;
-  TDecimalComma& operator=(const TDecimalComma&) = delete;
-  ~TDecimalComma() { FormatSettings.DecimalSeparator = FOld; }
-
-private:
-  WideChar FOld;
 };
 
 // --- type codes ----------------------------------------------------------------------------------
@@ -173,6 +160,76 @@ TEST(VariantType, KindTests) {
   EXPECT_TRUE(VarIsEmpty(Variant()));
   EXPECT_FALSE(VarIsEmpty(Null()));
   EXPECT_TRUE(VarIsArray(VarArrayOf({})));
+}
+
+TEST(VariantType, EveryCodeBelongsToOneFamily) {
+  using K = TVarKind;
+  const struct {
+    TVarType Code;
+    TVarKind Kind;
+  } Codes[] = {
+      {varEmpty, K::vkEmpty},
+      {varNull, K::vkNull},
+      {varSmallint, K::vkSigned},
+      {varInteger, K::vkSigned},
+      {varShortInt, K::vkSigned},
+      {varInt64, K::vkSigned},
+      {varByte, K::vkUnsigned},
+      {varWord, K::vkUnsigned},
+      {varLongWord, K::vkUnsigned},
+      {varUInt64, K::vkUnsigned},
+      {varSingle, K::vkSingle},
+      {varDouble, K::vkDouble},
+      {varCurrency, K::vkCurrency},
+      {varDate, K::vkDate},
+      {varBoolean, K::vkBoolean},
+      {varOleStr, K::vkText},
+      {varUString, K::vkText},
+      {varString, K::vkBytes},
+      {varUnknown, K::vkUnknown},
+      {varDispatch, K::vkUnknown},
+      {varError, K::vkUnknown},
+      {varVariant, K::vkUnknown},
+      {varDecimal, K::vkUnknown},
+      {0x00FF, K::vkUnknown},
+      {varByRef | varInteger, K::vkUnknown},
+      {varArray | varInteger, K::vkArray},
+      {varArray | varVariant, K::vkArray},
+      {varArray | varByRef | varString, K::vkArray},
+  };
+  for (const auto& Case : Codes) {
+    SCOPED_TRACE(StringToUTF8(VarTypeAsText(Case.Code)));
+    EXPECT_EQ(VarKindOf(Case.Code), Case.Kind);
+  }
+
+  // The family of a value is that of its code, and the type tests agree with it.
+  TCountedThing Thing;
+  const Variant Values[] = {Variant(),
+                            Null(),
+                            ShortInt{-1},
+                            Int64{1},
+                            Byte{1},
+                            UInt64{1},
+                            1.5f,
+                            1.5,
+                            VarAsType(1, varCurrency),
+                            SomeMoment,
+                            true,
+                            u"x",
+                            RawByteString("x"),
+                            static_cast<IInterface*>(&Thing),
+                            VarArrayCreate({0, 1}, varInteger)};
+  for (const Variant& Value : Values) {
+    SCOPED_TRACE(Describe(Value));
+    const TVarKind Kind = VarKind(Value);
+    EXPECT_EQ(Kind, VarKindOf(VarType(Value)));
+    EXPECT_EQ(VarIsStr(Value), Kind == K::vkText || Kind == K::vkBytes);
+    EXPECT_EQ(VarIsOrdinal(Value),
+              Kind == K::vkSigned || Kind == K::vkUnsigned || Kind == K::vkBoolean);
+    EXPECT_EQ(VarIsFloat(Value),
+              Kind == K::vkSingle || Kind == K::vkDouble || Kind == K::vkCurrency);
+    EXPECT_EQ(VarIsArray(Value), Kind == K::vkArray);
+  }
 }
 
 // --- arithmetic ----------------------------------------------------------------------------------
@@ -496,7 +553,7 @@ TEST(VariantConversion, ByteStringsStandInTheDefaultCodePage) {
 }
 
 TEST(VariantConversion, DecimalCommaSettings) {
-  const TDecimalComma Comma;
+  const test::TFormatSettingsScope Comma(u',');
   EXPECT_EQ(Variant(u"1,5").AsDouble(), 1.5);
   EXPECT_EQ(Variant(1.5).AsString(), u"1,5");
   EXPECT_EQ(Variant(u"2,5").AsInteger(), 2);

@@ -197,6 +197,76 @@ TEST(XmlReader, HandlerExceptionsTakeTheFatalRoad) {
             "startDocument\nstartElement(|c|c|[])\nendElement(|c|c)\nendDocument\n");
 }
 
+TEST(XmlReader, HandlersSetAsideDuringAParseStillHearIt) {
+  // A handler that takes itself and the error handler out of the reader at <b>: the parse goes
+  // on delivering to the handlers it began with, and a failure behind that is raised without an
+  // error handler to tell.
+  struct TLeaveAtB : public TEventRecorder {
+    TLxSAXReader* Reader = nullptr;
+    void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                      const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
+      if (ALocalName == u"b") {
+        Reader->SetContentHandler(nullptr);
+        Reader->SetLexicalHandler(nullptr);
+        Reader->SetErrorHandler(nullptr);
+      }
+      TEventRecorder::StartElement(AURI, ALocalName, AQName, AAttributes);
+    }
+  };
+  const std::u16string_view Good = u"<a><b/><!--c--><d/></a>";
+  const std::string Expected = Transcript(Good);
+  {
+    TOwned<TLeaveAtB> Leaver(New<TLeaveAtB>());
+    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    Leaver->Reader = Reader.get();
+    Leaver->Attach(Reader.get());
+    Reader->Parse(LxXMLString(Good));
+    EXPECT_EQ(Leaver->Transcript, Expected);
+  }
+  {
+    TOwned<TLeaveAtB> Leaver(New<TLeaveAtB>());
+    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    Leaver->Reader = Reader.get();
+    Leaver->Attach(Reader.get());
+    EXPECT_THROW(Reader->Parse(LxXMLString(u"<a><b/><1/></a>")), Exception);
+    EXPECT_EQ(Leaver->Transcript.find("fatalError"), std::string::npos);
+    EXPECT_EQ(Leaver->LastFatalMessage, u"");
+  }
+}
+
+TEST(XmlReader, FailureAtTheEndOfOneTextDoesntMoveTheNextParsesLocator) {
+  // Where the locator stands at each start tag, on a fresh reader and on one whose last parse ran
+  // out of text: the end of one text says nothing about the next.
+  struct TLinesAtStart : public TEventRecorder {
+    TLxSAXReader* Reader = nullptr;
+    std::string Places;
+    void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                      const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
+      Places +=
+          std::to_string(Reader->GetLineNr()) + ":" + std::to_string(Reader->GetColNr()) + " ";
+      TEventRecorder::StartElement(AURI, ALocalName, AQName, AAttributes);
+    }
+  };
+  const LxXMLString Good = u"<a>\n <b/>\n</a>";
+  auto PlacesOn = [&](bool AFailFirst) {
+    TOwned<TLinesAtStart> Recorder(New<TLinesAtStart>());
+    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    Recorder->Reader = Reader.get();
+    Recorder->Attach(Reader.get());
+    if (AFailFirst) {
+      EXPECT_THROW(Reader->Parse(LxXMLString(u"<a>\n\n  <b")), ELxTextParserEOF);
+      EXPECT_EQ(Reader->GetLineNr(), 3) << "where <b begins";
+      Recorder->Places.clear();
+    }
+    Reader->Parse(Good);
+    EXPECT_EQ(Reader->GetLineNr(), -1) << "outside a parse";
+    return Recorder->Places;
+  };
+  const std::string Fresh = PlacesOn(false);
+  EXPECT_EQ(Fresh.find("-1"), std::string::npos) << Fresh;
+  EXPECT_EQ(PlacesOn(true), Fresh);
+}
+
 TEST(XmlReader, AttributeListsAnswerLookupsDuringStartElement) {
   struct TLookup : public TEventRecorder {
     void StartElement(const LxXMLString&, const LxXMLString& ALocalName, const LxXMLString&,

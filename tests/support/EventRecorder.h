@@ -9,25 +9,9 @@
 namespace lorvane::test {
 
 /// Lines look like `startElement(uri|local|qname|[qname=uri|value,...])`, `characters(x)`.
-class TEventRecorder : public TLxObject,
-                       public ILxSAXContentHandler,
-                       public ILxSAXLexicalHandler,
-                       public ILxSAXErrorHandler {
-  LX_CLASS(TEventRecorder, TLxObject)
+class TEventRecorder : public TLxSAXDefaultHandler {
+  LX_CLASS(TEventRecorder, TLxSAXDefaultHandler)
   TEventRecorder() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxSAXContentHandler::IID)
-      *AObj = static_cast<ILxSAXContentHandler*>(this);
-    else if (AIID == ILxSAXLexicalHandler::IID)
-      *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-    else if (AIID == ILxSAXErrorHandler::IID)
-      *AObj = static_cast<ILxSAXErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Hooks itself into AReader as content, lexical and error handler.
   void Attach(TLxSAXReader* AReader) {

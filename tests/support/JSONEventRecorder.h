@@ -2,6 +2,7 @@
 // test compares a reader's whole transcript with the expected one.
 #pragma once
 
+#include "lorvane/json/LxJSONDefaultHandler.h"
 #include "lorvane/json/LxJSONReader.h"
 
 #include <string>
@@ -10,22 +11,9 @@ namespace lorvane::test {
 
 /// Lines look like `startObject`, `startMember(a)`, `value(jdtNumber|12)`, `fatalError(msg)`,
 /// joined by " ". Names and values are shown raw, as delivered.
-class TJSONEventRecorder : public TLxObject,
-                           public ILxJSONContentHandler,
-                           public ILxJSONErrorHandler {
-  LX_CLASS(TJSONEventRecorder, TLxObject)
+class TJSONEventRecorder : public TLxJSONDefaultHandler {
+  LX_CLASS(TJSONEventRecorder, TLxJSONDefaultHandler)
   TJSONEventRecorder() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Hooks itself into AReader as content and error handler.
   void Attach(TLxJSONReader* AReader) {

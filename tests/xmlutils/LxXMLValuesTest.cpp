@@ -1,10 +1,12 @@
 // Numbers, booleans, dates, times and durations to XML Schema text and back, in pinned zones.
 #include "lorvane/uLxXMLUtils.h"
 
+#include "support/ScopeGuards.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <cstdlib>
@@ -25,28 +27,11 @@ using test::ExpectRaises;
 // Pins the local zone and the regional settings for one test and puts both back afterwards.
 class XMLValues : public ::testing::Test {
 protected:
-  void SetUp() override {
-    FSettings = FormatSettings;
-    if (const char* Zone = std::getenv("TZ"))
-      FZone = Zone;
-    SetZone("UTC");
-  }
-  void TearDown() override {
-    FormatSettings = FSettings;
-    if (FZone)
-      setenv("TZ", FZone->c_str(), 1);
-    else
-      unsetenv("TZ");
-    tzset();
-  }
-  static void SetZone(const char* AZone) {
-    setenv("TZ", AZone, 1);
-    tzset();
-  }
+  static void SetZone(const char* AZone) { test::TZoneScope::Set(AZone); }
 
 private:
-  TFormatSettings FSettings;
-  std::optional<std::string> FZone;
+  const test::TFormatSettingsScope FSettings;
+  const test::TZoneScope FZone{"UTC"};
 };
 
 // Plain doubles, so that comparisons with a TDateTime are not ambiguous.
@@ -551,6 +536,66 @@ TEST_F(XMLValues, DurationsReadDesignatorsInAnyOrder) {
   EXPECT_EQ(Back.Negative, true);
   EXPECT_EQ(Back.Months, Sample.Months);
   EXPECT_EQ(Back.Seconds, Sample.Seconds);
+}
+
+// Seconds as the reader and LxEncodeDuration make them: whole seconds, then milliseconds.
+double DurationSeconds(Int64 AWhole, Int64 AMSecs) {
+  return static_cast<double>(AWhole) + static_cast<double>(AMSecs) / 1000.0;
+}
+
+// The last whole second below 2^43, up to which a double holds every millisecond.
+constexpr Int64 LastExactSecond = (Int64{1} << 43) - 1;
+
+TEST_F(XMLValues, DurationsRoundToTheNearestMillisecondAtAnySize) {
+  const DurationCase Cases[] = {
+      // Large: no fraction appears where there is none, and a millisecond stays one.
+      {TLxDuration{false, 0, DurationSeconds(Int64{40000000} * 86400, 0)}, u"P40000000D"},
+      {TLxDuration{true, 0, DurationSeconds(Int64{40000000} * 86400, 1)}, u"-P40000000DT0.001S"},
+      {TLxDuration{false, 0, DurationSeconds(Int64{100000000} * 86400 + 59, 999)},
+       u"P100000000DT59.999S"},
+      {TLxDuration{false, 0, DurationSeconds(LastExactSecond, 999)}, u"P101806632DT4H50M7.999S"},
+      {TLxDuration{false, 0, DurationSeconds(LastExactSecond, 1)}, u"P101806632DT4H50M7.001S"},
+      {TLxDuration{false, 0, DurationSeconds(Int64{1} << 50, 0)}, u"P13031248921DT18H57M4S"},
+      // Small: the nearest millisecond, with a carry into the next second, minute and day.
+      {TLxDuration{false, 0, 1.0006}, u"PT1.001S"},
+      {TLxDuration{false, 0, 1.0004}, u"PT1S"},
+      {TLxDuration{false, 0, 0.0004}, u"P0Y"},
+      {TLxDuration{false, 0, 59.9996}, u"PT1M"},
+      {TLxDuration{false, 0, 86399.9999}, u"P1D"},
+      {TLxDuration{false, 0, 1 + 0.005}, u"PT1.005S"},
+      {TLxDuration{false, 0, 0.1 + 0.2}, u"PT0.3S"},
+  };
+  for (const DurationCase& Case : Cases)
+    EXPECT_EQ(LxDurationToXML(Case.Value), Case.Text);
+}
+
+// Below 2^43 seconds every duration made of whole milliseconds comes back from its text as it
+// was; above, the text of a value reads back to that same value.
+TEST_F(XMLValues, DurationsRoundTripThroughTheirText) {
+  std::mt19937_64 Random(20240517);
+  for (int I = 0; I < 20000; ++I) {
+    // Sizes spread over every power of two, so that small and large durations are both drawn.
+    const int Bits = static_cast<int>(Random() % 44);
+    const Int64 Whole = Bits == 0 ? 0 : static_cast<Int64>(Random() & ((UInt64{1} << Bits) - 1));
+    const TLxDuration Value{
+        (Random() & 1) != 0, static_cast<Integer>(Random() % 1000000),
+        DurationSeconds(std::min(Whole, LastExactSecond), static_cast<Int64>(Random() % 1000))};
+    const UnicodeString Text = LxDurationToXML(Value);
+    const TLxDuration Back = LxXMLToDuration(Text);
+    ASSERT_EQ(Back.Seconds, Value.Seconds) << StringToUTF8(Text);
+    ASSERT_EQ(Back.Months, Value.Months) << StringToUTF8(Text);
+    ASSERT_EQ(Back.Negative, Value.Negative) << StringToUTF8(Text);
+  }
+  for (int I = 0; I < 20000; ++I) {
+    // Any double below 2^47 seconds, most of which hold no whole millisecond; the reader takes
+    // day counts up to 2^31 - 1, about 2^47.4 seconds.
+    const double Seconds =
+        std::ldexp(static_cast<double>(Random() >> 11), -6 - static_cast<int>(Random() % 64));
+    const UnicodeString Text = LxDurationToXML(TLxDuration{false, 0, Seconds});
+    const TLxDuration Back = LxXMLToDuration(Text);
+    ASSERT_EQ(LxDurationToXML(Back), Text) << Seconds;
+    ASSERT_EQ(LxXMLToDuration(LxDurationToXML(Back)).Seconds, Back.Seconds) << Seconds;
+  }
 }
 
 TEST_F(XMLValues, DurationFailuresNameTheirCause) {

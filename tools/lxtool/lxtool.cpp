@@ -1,5 +1,6 @@
 // lxtool: the command-line face of the library; `events` prints a reader's events, one a line,
 // and `format` writes a document back, indented or compact.
+#include <lorvane/platform/CodePages.h>
 #include <lorvane/uLxJSON.h>
 #include <lorvane/uLxSAX.h>
 #include <lorvane/uLxXMLDOM.h>
@@ -25,7 +26,7 @@ constexpr char Usage[] =
     "        U+0000..U+001F and lone surrogates as \\uXXXX (upper-case hex), nothing else.\n"
     "        A JSON value's type is its TLxJSONDataType name (\"jdtString\"); JSON names and\n"
     "        values are shown raw, as the reader delivers them, escapes still in them.\n"
-    "        The first byte above U+0020, behind a byte order mark, decides the format:\n"
+    "        The first character above U+0020, behind a byte order mark, decides the format:\n"
     "        '<' is XML, anything else (an empty file too) JSON.\n"
     "        When the text fails, the last line is FatalError, the message, the line and\n"
     "        the column as the reader's locator gives them (-1 when the failure came before\n"
@@ -45,43 +46,6 @@ constexpr char Usage[] =
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
-constexpr char Hex[] = "0123456789ABCDEF";
-
-void AppendEscapedUnit(std::string& AOut, char16_t AUnit) {
-  AOut += "\\u";
-  for (int Shift = 12; Shift >= 0; Shift -= 4)
-    AOut += Hex[(AUnit >> Shift) & 0xF];
-}
-
-/// AText as a JSON string literal, by the rule the usage text states. Runs that need no escape go
-/// through the library's UTF-8 conversion whole.
-std::string JSONString(std::u16string_view AText) {
-  std::string Out = "\"";
-  std::size_t RunStart = 0;
-  for (std::size_t I = 0; I < AText.size(); ++I) {
-    const char16_t Unit = AText[I];
-    if (Unit >= 0xD800 && Unit <= 0xDBFF && I + 1 < AText.size() && AText[I + 1] >= 0xDC00 &&
-        AText[I + 1] <= 0xDFFF) {
-      ++I;
-      continue;
-    }
-    const bool Quoted = Unit == u'"' || Unit == u'\\';
-    if (!Quoted && Unit >= 0x20 && (Unit < 0xD800 || Unit > 0xDFFF))
-      continue;
-    Out += StringToUTF8(AText.substr(RunStart, I - RunStart));
-    if (Quoted) {
-      Out += '\\';
-      Out += static_cast<char>(Unit);
-    } else {
-      AppendEscapedUnit(Out, Unit);
-    }
-    RunStart = I + 1;
-  }
-  Out += StringToUTF8(AText.substr(RunStart));
-  Out += '"';
-  return Out;
-}
-
 std::string LineAndColumn(Integer ALine, Integer AColumn) {
   std::string Tail = "\t";
   Tail += std::to_string(ALine);
@@ -96,7 +60,7 @@ void Print(const char* AName, std::initializer_list<std::u16string_view> AString
   std::string Line = AName;
   for (std::u16string_view S : AStrings) {
     Line += '\t';
-    Line += JSONString(S);
+    Line += LxStrToJSONLiteral(S);
   }
   Line += ATail;
   Line += '\n';
@@ -104,25 +68,9 @@ void Print(const char* AName, std::initializer_list<std::u16string_view> AString
 }
 
 /// Prints every XML event it receives to stdout, one line each.
-class TEventPrinter : public TLxObject,
-                      public ILxSAXContentHandler,
-                      public ILxSAXLexicalHandler,
-                      public ILxSAXErrorHandler {
-  LX_CLASS(TEventPrinter, TLxObject)
+class TEventPrinter : public TLxSAXDefaultHandler {
+  LX_CLASS(TEventPrinter, TLxSAXDefaultHandler)
   TEventPrinter() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxSAXContentHandler::IID)
-      *AObj = static_cast<ILxSAXContentHandler*>(this);
-    else if (AIID == ILxSAXLexicalHandler::IID)
-      *AObj = static_cast<ILxSAXLexicalHandler*>(this);
-    else if (AIID == ILxSAXErrorHandler::IID)
-      *AObj = static_cast<ILxSAXErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Whether the reader reported a failure (and the FatalError line is out).
   bool Failed = false;
@@ -159,11 +107,11 @@ class TEventPrinter : public TLxObject,
       if (A != AAttributes->FirstAttribute())
         Attributes += ',';
       Attributes += '[';
-      Attributes += JSONString(A->QName);
+      Attributes += LxStrToJSONLiteral(A->QName);
       Attributes += ',';
-      Attributes += JSONString(A->URI);
+      Attributes += LxStrToJSONLiteral(A->URI);
       Attributes += ',';
-      Attributes += JSONString(A->Value);
+      Attributes += LxStrToJSONLiteral(A->Value);
       Attributes += ']';
     }
     Attributes += ']';
@@ -194,22 +142,9 @@ protected:
 };
 
 /// Prints every JSON event it receives to stdout, one line each.
-class TJSONEventPrinter : public TLxObject,
-                          public ILxJSONContentHandler,
-                          public ILxJSONErrorHandler {
-  LX_CLASS(TJSONEventPrinter, TLxObject)
+class TJSONEventPrinter : public TLxJSONDefaultHandler {
+  LX_CLASS(TJSONEventPrinter, TLxJSONDefaultHandler)
   TJSONEventPrinter() { SetAutoDestroy(false); }
-
-  HRESULT QueryInterface(const TGUID& AIID, void** AObj) override {
-    if (AIID == ILxJSONContentHandler::IID)
-      *AObj = static_cast<ILxJSONContentHandler*>(this);
-    else if (AIID == ILxJSONErrorHandler::IID)
-      *AObj = static_cast<ILxJSONErrorHandler*>(this);
-    else
-      return TLxObject::QueryInterface(AIID, AObj);
-    _AddRef();
-    return S_OK;
-  }
 
   /// Whether the reader reported a failure (and the FatalError line is out).
   bool Failed = false;
@@ -254,19 +189,12 @@ private:
   }
 };
 
-/// The first byte above U+0020 behind a byte order mark, or -1 when there is none.
-int FirstSignificantByte(const TFileName& AFileName) {
+/// Whether the file holds XML, by the library's decision between the formats: the first
+/// character above U+0020 behind a byte order mark is '<'.
+bool IsXMLFile(const TFileName& AFileName) {
   TOwned<TFileStream> Stream(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
-  LxGetCodePage(Stream.get());
-  Byte Block[4096];
-  for (;;) {
-    const Int64 Count = Stream->Read(Block, sizeof Block);
-    if (Count <= 0)
-      return -1;
-    for (Int64 I = 0; I < Count; ++I)
-      if (Block[I] > 0x20)
-        return Block[I];
-  }
+  const Word CodePage = LxGetCodePage(Stream.get());
+  return PeekFirstSignificantChar(Stream.get(), CodePage) == u'<';
 }
 
 int Fail(const std::string& AMessage) {
@@ -295,7 +223,7 @@ int RunEvents(const std::string& AFileName) {
   const TFileName FileName = UTF8ToString(AFileName);
   bool IsXML = false;
   try {
-    IsXML = FirstSignificantByte(FileName) == '<';
+    IsXML = IsXMLFile(FileName);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
@@ -325,7 +253,7 @@ void DeclareUTF8(TLxDOMDocument* ADocument) {
     // A load doesn't read the declared name into the document; setting the declaration's own
     // data again does. Behind a byte order mark the name wasn't needed, and may be unknown.
     ADocument->SetProcessingInstruction(u"xml", UnicodeString(Declaration->GetData()));
-    NamesUTF8 = LxCodePage(ADocument->GetEncoding()) == 65001;
+    NamesUTF8 = LxCodePage(ADocument->GetEncoding()) == CP_UTF8;
   } catch (const EEncodingError&) {
     NamesUTF8 = false; // a name that isn't known
   }
@@ -352,7 +280,7 @@ int RunFormatXML(const TFileName& AFileName, bool AFormatted) {
     }
     DeclareUTF8(Document.get());
     // Into memory first: the writer reads back what it wrote.
-    Document->SaveToStream(Output.get(), 65001, AFormatted, /*AWriteBOM=*/false);
+    Document->SaveToStream(Output.get(), CP_UTF8, AFormatted, /*AWriteBOM=*/false);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
@@ -364,7 +292,7 @@ int RunFormatJSON(const TFileName& AFileName, bool AFormatted) {
   try {
     TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
     Document->LoadFromFile(AFileName);
-    Document->SaveToStream(Output.get(), AFormatted, Word(65001), /*AWriteBOM=*/false);
+    Document->SaveToStream(Output.get(), AFormatted, CP_UTF8, /*AWriteBOM=*/false);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
@@ -398,7 +326,7 @@ int Format(const std::vector<std::string_view>& AArgs) {
   const TFileName Name = UTF8ToString(std::string(FileName));
   bool IsXML = false;
   try {
-    IsXML = FirstSignificantByte(Name) == '<';
+    IsXML = IsXMLFile(Name);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }

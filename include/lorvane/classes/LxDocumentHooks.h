@@ -32,10 +32,11 @@ inline constexpr std::u16string_view SNoJSONDocumentSupport =
     u"JSON documents are not available: no document module has registered its hooks";
 inline constexpr std::u16string_view SNoDocumentGiven = u"No document given";
 
-void SetCreateXMLDoc(TCreateDocumentFunc AFunc);
-void SetCreateJSONDoc(TCreateDocumentFunc AFunc);
-void SetGetXMLDocValue(TGetDocumentValueFunc AFunc);
-void SetGetJSONDocValue(TGetDocumentValueFunc AFunc);
+/// Each setter gives the hook it replaces, so that a caller can put it back.
+TCreateDocumentFunc SetCreateXMLDoc(TCreateDocumentFunc AFunc);
+TCreateDocumentFunc SetCreateJSONDoc(TCreateDocumentFunc AFunc);
+TGetDocumentValueFunc SetGetXMLDocValue(TGetDocumentValueFunc AFunc);
+TGetDocumentValueFunc SetGetJSONDocValue(TGetDocumentValueFunc AFunc);
 
 /// A new document from AText through the registered hook. With no hook registered, raises
 /// ENotSupportedException SNoXMLDocumentSupport (SNoJSONDocumentSupport for JSON).

@@ -30,10 +30,6 @@ class TLxDOMAttribute : public TLxDOMNode {
   /// Renaming a declaration in an element refreshes that element's scope.
   void SetQualifiedName(const UnicodeString& Value) override;
   TLxDOMNode* CreateClone() override;
-  /// A blank, the name and the stored value in double quotes; a double quote in the value (it
-  /// can come from single quotes in the input) goes out as &quot;.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
 
   /// "xmlns" without prefix, or the prefix "xmlns", without regard to case.
   bool IsNamespace() const;
@@ -60,6 +56,9 @@ class TLxDOMAttribute : public TLxDOMNode {
   TLxDOMAttribute* NamespaceDeclaration() const noexcept { return FNamespace; }
 
 protected:
+  /// A blank, the name and the stored value in double quotes; a double quote in the value (it
+  /// can come from single quotes in the input) goes out as &quot;.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMAttribute() override = default;
   void RefreshOwnNamespaces() override;
   /// Only a link to itself stays sound outside the tree.

@@ -85,13 +85,12 @@ class TLxDOMText : public TLxDOMCharacterData {
   /// and owns it. Raises ELxDomException "A text node can't be split without a parent node."
   /// when there is no parent, changing nothing.
   TLxDOMText* SplitText(Integer AOffset);
-  /// The stored form, without line end or indentation.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
 
   TLxDOMTextImpl* DOMTextImpl() const noexcept;
 
 protected:
+  /// The stored form, without line end or indentation.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMText() override = default;
 };
 
@@ -104,13 +103,11 @@ class TLxDOMComment : public TLxDOMCharacterData {
   UnicodeString GetNodeValue() override;
   void SetNodeValue(const UnicodeString& Value) override;
 
-  /// Formatted: on its own line, indented under an element that doesn't preserve space.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
-
   TLxDOMCommentImpl* DOMCommentImpl() const noexcept;
 
 protected:
+  /// Formatted: on its own line, indented under an element that doesn't preserve space.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMComment() override = default;
 };
 
@@ -123,13 +120,11 @@ class TLxDOMCDATA : public TLxDOMText {
   UnicodeString GetNodeValue() override;
   void SetNodeValue(const UnicodeString& Value) override;
 
-  /// The stored form between the section's delimiters, without line end or indentation.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
-
   TLxDOMCDATAImpl* DOMCDATAImpl() const noexcept;
 
 protected:
+  /// The stored form between the section's delimiters, without line end or indentation.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMCDATA() override = default;
 };
 

@@ -27,8 +27,6 @@ class TLxDOMDocument : public TLxDOMNode {
   TLxDOMNode* AppendChild(TLxDOMNode* newChild) override;
   /// Raises ELxDomNotSupported: a document can't be cloned.
   TLxDOMNode* CreateClone() override;
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
   /// Forgets the root element when it leaves.
   void UnlinkChild(TLxDOMNode* AChildNode) override;
 
@@ -98,6 +96,7 @@ class TLxDOMDocument : public TLxDOMNode {
   TLxDOMLoadState GetLoadState() const noexcept { return FLoadState; }
 
 protected:
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMDocument() override = default;
 
   TLxXPathCollationClass FCollation;

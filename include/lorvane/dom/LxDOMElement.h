@@ -39,11 +39,6 @@ class TLxDOMElement : public TLxDOMNode {
   /// Nil does nothing; a node that isn't a child raises EAssertionFailed "The specified ChildNode
   /// is not a child of this element!".
   void RemoveChild(TLxDOMNode* AChildNode) override;
-  /// The element and its subtree, walked without recursion: nested elements are written by this
-  /// walk, other children by their own _SaveToStream. Formatted: child elements on lines of their
-  /// own, two blanks per level, unless space is preserved; text is never touched.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
   /// The child elements written compact or formatted; text directly inside isn't included.
   UnicodeString GetInnerXML() override;
   UnicodeString GetFormattedInnerXML() override;
@@ -180,6 +175,10 @@ class TLxDOMElement : public TLxDOMNode {
   TLxDOMAttribute* FindNamespace(const UnicodeString& ANamespaceURI);
 
 protected:
+  /// The element and its subtree, walked without recursion: nested elements are written by this
+  /// walk, other children by their own WriteXML. Formatted: child elements on lines of their
+  /// own, two blanks per level, unless space is preserved; text is never touched.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMElement() override;
   void UnlinkChild(TLxDOMNode* AChildNode) override;
   void ForgetChild(TLxDOMNode* ANode) override;
@@ -241,8 +240,8 @@ private:
   TLxDOMAttribute* DeclarationInScope(const UnicodeString& APrefix);
   /// Writes the start tag (" />" for an empty element: then false) and gives whether children
   /// and an end tag follow.
-  bool WriteStartTag(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer ALevel);
-  void WriteEndTag(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer ALevel);
+  bool WriteStartTag(TLxDOMWriter& AWriter, bool AFormatted, Integer ALevel);
+  void WriteEndTag(TLxDOMWriter& AWriter, bool AFormatted, Integer ALevel);
   UnicodeString InnerXML(bool AFormatted);
   /// Links a declaration on the element that gives it ANamespaceURI, as a load finds it.
   void LinkOwnDeclaration(TLxDOMAttribute* ADeclaration, const UnicodeString& ANamespaceURI);

@@ -12,6 +12,7 @@ class TLxDOMNodeList;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
 class TLxDOMElement;
+class TLxDOMWriter;
 
 /// A string that costs one pointer until it first holds text: few nodes ever keep a namespace
 /// URI of their own. Once made, the text stays allocated, so references to it stay valid.
@@ -52,8 +53,9 @@ class TLxDOMNode : public TLxDOMObject {
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   /// False while a face exists, else as the base answers.
   bool CanAutoDestroy() override;
-  /// Passes the document to the whole subtree.
-  void SetDOMDocument(TLxDOMObject* ADoc) override;
+  /// Passes the document to the whole subtree by one walk, which sets it on each node below as
+  /// the object base does: node kinds keep no state of their own on it.
+  void SetDOMDocument(TLxDOMObject* ADoc) final;
   /// With a document, the subtree's namespaces are resolved anew at the new place.
   void SetParentNode(TLxDOMObject* AParent) override;
   /// Clears the children, then leaves the parent: a node destroyed directly unlinks itself.
@@ -80,19 +82,21 @@ class TLxDOMNode : public TLxDOMObject {
   virtual void RefreshNamespaces();
   virtual void NormalizeTextNodes() {}
   /// Writes this node as XML text in the code page; ALevel counts the nesting, -1 outermost.
-  virtual void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                             Integer& ALevel);
+  /// All the text is in the stream when it returns. Node kinds write themselves in WriteXML.
+  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted, Integer& ALevel);
   /// Parses XML from the stream's position and adds what it holds to this node (existing
   /// children stay). A fatal error raises ELxDomSyntax "Line %d, column %d: %s" unless the
   /// fatal-error event handles it; what was built stays.
   virtual void LoadFromStream(TStream* AStream, Word AStreamCodePage);
-  /// Writes this node and its subtree as XML from the stream's position.
+  /// Writes this node and its subtree as XML from the stream's position; all the text is in the
+  /// stream when it returns.
   virtual void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted);
   /// A new free-standing node of this class with the same name (and, for kinds with a value,
   /// the stored value).
   virtual TLxDOMNode* CreateClone();
   /// Removes every child, last first: a child on which an interface is held is only detached,
-  /// any other is destroyed.
+  /// any other is destroyed. A node being destroyed destroys its whole subtree so, deepest first,
+  /// without recursion.
   virtual void Clear();
   /// A free-standing copy that the caller owns: no parent, no document, no face, no namespace
   /// state. Without AIncludeChildNodes an element's clone has no attributes either.
@@ -152,6 +156,12 @@ protected:
   /// has left its parent by then.
   ~TLxDOMNode() override;
 
+  /// This node's XML text, handed to the writer of the save that runs (which the save flushes);
+  /// ALevel counts the nesting as in _SaveToStream. Writes nothing here; each node kind overrides.
+  virtual void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel);
+  /// WriteXML of AChild: how a node kind that writes its children reaches theirs.
+  static void WriteChildXML(TLxDOMNode* AChild, TLxDOMWriter& AWriter, bool AFormatted,
+                            Integer& ALevel);
   /// This node's own part of RefreshNamespaces; the walk over the subtree calls it for every node.
   virtual void RefreshOwnNamespaces() {}
   /// Keeps a node that only interfaces own (a detached parent that a held child's face pins)
@@ -203,6 +213,9 @@ protected:
   TSparseString FNamespaceURI;
 
 private:
+  /// Takes AChild out of the children of AParent, which is being destroyed, and frees it: a step
+  /// of Clear.
+  static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
   struct TParseEvents;
   /// Rarely set, so kept out of line: a node pays one pointer for its three events.
   std::unique_ptr<TParseEvents> FParseEvents;

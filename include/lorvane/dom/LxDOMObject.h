@@ -104,12 +104,15 @@ protected:
   ~TLxDOMObjectImpl() override;
 
   TLxDOMObject* FDOMObject;
-  /// The pin: a counted reference on the data parent.
-  IPtr<IInterface> FParent;
+  /// The pin: the data parent, on whose face this face holds one count; nil without.
+  TLxDOMObject* FPinned = nullptr;
 
 private:
   void PinParent(TLxDOMObject* AParent);
   void PinAncestors();
+  /// Gives back the count that a pin holds on APinned (nil does nothing), and so on up the chain
+  /// of faces that this ends, without recursion.
+  static void ReleasePin(TLxDOMObject* APinned);
   friend class TLxDOMObject;
 };
 

@@ -1,8 +1,8 @@
 /// The loader of the document tree: a content handler that grows the tree from the events of a
-/// reader, one node per event, storing text and attribute values as they stand in the input. Two
-/// things change so that the saved text reads back as the same tree: a double quote in a value
-/// read between single quotes is stored as "&quot;", and text outside the root (which only an end
-/// tag without start tag lets through) is dropped.
+/// reader, one node per event, storing text and attribute values as the reader hands them on
+/// (references undecoded). Text outside the root, which only an end tag without start tag lets
+/// through, is dropped. A double quote in a value read between single quotes is stored as it is;
+/// the writer puts it out as "&quot;", so that the saved text reads back as the same tree.
 #pragma once
 
 #include "lorvane/dom/LxDOMNode.h"

@@ -23,14 +23,13 @@ class TLxDOMProcessingInstruction : public TLxDOMNode {
   /// The text behind the target, as it was stored: nothing is escaped or decoded.
   const UnicodeString& GetData() const noexcept { return FData; }
   void SetData(const UnicodeString& Value) { FData = Value; }
-  /// Formatted: on a line of its own unless the stream holds at most 4 bytes.
-  void _SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted,
-                     Integer& ALevel) override;
 
   /// The face, nil while no interface is held.
   TLxDOMProcessingInstructionImpl* DOMProcessingInstructionImpl() const noexcept;
 
 protected:
+  /// Formatted: on a line of its own unless the stream holds at most 4 bytes.
+  void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMProcessingInstruction() override = default;
 
   UnicodeString FData;

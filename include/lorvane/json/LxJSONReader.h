@@ -9,6 +9,10 @@
 
 namespace lorvane {
 
+namespace readerframe {
+struct TSource;
+}
+
 /// AutoDestroy is false from construction: the maker frees a reader, interface references don't.
 ///
 /// The grammar, in short: leading blanks (U+0020 only) are passed over; then, until the text
@@ -55,7 +59,7 @@ class TLxJSONReader : public TLxObject, public ILxJSONLocator, public ILxJSONRea
 
   /// The text cursor; nil outside a parse.
   TLxJSONTextParser* GetParser() const noexcept { return FParser; }
-  /// Whether the last failed parse ended on the end of the text.
+  /// Whether the last parse failed on the end of the text.
   bool GetUnexpectedEOF() const noexcept { return FUnexpectedEOF; }
 
 protected:
@@ -73,7 +77,7 @@ protected:
   Integer FColNr = -1;
 
 private:
-  void RunParse(TStream* AStream, bool AOwnsStream, Word ACodePage, const LxJSONString& APublicID);
+  void RunParse(readerframe::TSource&& ASource, const LxJSONString& APublicID);
 
   // Kept from parse to parse, so that their memory is allocated once: the kinds of the open
   // containers, and the texts of the token just read.

@@ -1,6 +1,8 @@
 /// The two routines through which every JSON string passes:
 ///   LxStrToJSON   plain text to the text between the quotes (escapes written)
 ///   LxJSONtoStr   raw text, as the reader delivers it, to plain text (escapes undone)
+/// and LxStrToJSONLiteral, a whole string literal in UTF-8 with the fewest escapes, for output
+/// that people and scripts read (lxtool's event lines).
 #pragma once
 
 #include "lorvane/json/LxJSONTypes.h"
@@ -16,6 +18,12 @@ namespace lorvane {
 UnicodeString LxStrToJSON(std::u16string_view AStr);
 /// LxStrToJSON appended to ATarget, for writers that collect text.
 void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr);
+
+/// AStr as a JSON string literal in UTF-8, the quotes included, escaped as little as JSON allows:
+/// '"' and '\' get a backslash; U+0000..U+001F and lone surrogates (which UTF-8 can't hold)
+/// become \uXXXX with upper-case digits; every other character, a surrogate pair too, stands as
+/// itself.
+RawByteString LxStrToJSONLiteral(std::u16string_view AStr);
 
 /// Undoes \n \r \t \f \b \\ \/ \" and \uXXXX (one UTF-16 unit each: a pair written as two
 /// escapes comes out as the pair, a lone half passes through); \%XX gives the byte XX as one

@@ -72,12 +72,15 @@ Word DayOfWeek(TDateTime AValue) noexcept;
 
 // --- stepping ------------------------------------------------------------------------------------
 /// Moves the moment along the time line, across midnight and across 1899-12-30 alike; the result
-/// is kept to the millisecond. A value outside years 1..9999 is moved by plain float arithmetic.
-TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays = 1) noexcept;
-TDateTime IncHour(TDateTime AValue, Int64 ANumberOfHours = 1) noexcept;
-TDateTime IncMinute(TDateTime AValue, Int64 ANumberOfMinutes = 1) noexcept;
-TDateTime IncSecond(TDateTime AValue, Int64 ANumberOfSeconds = 1) noexcept;
-TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds = 1) noexcept;
+/// is kept to the millisecond. It must lie within 106751991167 days of 1899-12-30 (the whole days
+/// that a signed 64-bit count of milliseconds holds): a step beyond, whatever its count, raises
+/// EConvertError "Invalid argument to date increment". A value outside years 1..9999 is moved by
+/// plain float arithmetic, and never raises.
+TDateTime IncDay(TDateTime AValue, Int64 ANumberOfDays = 1);
+TDateTime IncHour(TDateTime AValue, Int64 ANumberOfHours = 1);
+TDateTime IncMinute(TDateTime AValue, Int64 ANumberOfMinutes = 1);
+TDateTime IncSecond(TDateTime AValue, Int64 ANumberOfSeconds = 1);
+TDateTime IncMilliSecond(TDateTime AValue, Int64 ANumberOfMilliSeconds = 1);
 
 // --- the present moment and the local zone -------------------------------------------------------
 // -------------------------------------------------------- The local zone is the C library's: set

@@ -108,6 +108,9 @@ public:
   void Free();
 
   /// Objects alive in this process; tests use it to prove that nothing leaks or dies early.
+  /// Only builds of the library configured to count (the LORVANE_COUNT_INSTANCES option, off by
+  /// default) keep the count, since it costs an atomic update per object made and freed; other
+  /// builds answer -1.
   static Int64 LiveInstances() noexcept;
 
 protected:
@@ -237,18 +240,22 @@ private:
   I* FIntf = nullptr;
 };
 
-/// Whether AIntf supports the interface AIID; with AObj given, it receives a counted reference.
-inline bool Supports(IInterface* AIntf, const TGUID& AIID, void** AObj = nullptr) {
+/// Whether AIntf supports the interface AIID; *AObj receives the counted reference (nil if not).
+/// There is no form without AObj: an untyped answer can't be released safely, since an
+/// interface's IInterface sits at an offset that only its type knows. Use Supports<I>(AIntf).
+inline bool Supports(IInterface* AIntf, const TGUID& AIID, void** AObj) {
+  *AObj = nullptr;
   if (!AIntf)
     return false;
-  void* Obj = nullptr;
-  if (AIntf->QueryInterface(AIID, &Obj) != S_OK || !Obj)
+  if (AIntf->QueryInterface(AIID, AObj) != S_OK || !*AObj) {
+    *AObj = nullptr;
     return false;
-  if (AObj)
-    *AObj = Obj;
-  else
-    static_cast<IInterface*>(Obj)->_Release();
+  }
   return true;
+}
+/// Whether AIntf supports I; the answer's reference is released through I.
+template <class I> bool Supports(IInterface* AIntf) {
+  return static_cast<bool>(IPtr<I>::From(AIntf));
 }
 template <class I, class J> bool Supports(J* AIntf, IPtr<I>& AResult) {
   AResult = IPtr<I>::From(AIntf);
@@ -256,6 +263,47 @@ template <class I, class J> bool Supports(J* AIntf, IPtr<I>& AResult) {
 }
 template <class I, class J> bool Supports(const IPtr<J>& AIntf, IPtr<I>& AResult) {
   return Supports(AIntf.Get(), AResult);
+}
+
+/// The answer of a QueryInterface that knows no more interfaces: *AObj nil and E_NOINTERFACE.
+inline HRESULT RefuseInterface(void** AObj) noexcept {
+  *AObj = nullptr;
+  return E_NOINTERFACE;
+}
+
+namespace detail {
+// The first of Is whose IID is AIID receives ASelf in *AObj. A static_cast from the concrete
+// class: interfaces derive virtually from IInterface, so each one sits at its own offset.
+template <class... Is, class TSelf>
+bool PlaceInterface(TSelf* ASelf, const TGUID& AIID, void** AObj) noexcept {
+  static_assert(sizeof...(Is) > 0, "name at least one interface");
+  static_assert((std::is_base_of_v<IInterface, Is> && ...), "only interfaces can be answered");
+  return ((AIID == Is::IID && (*AObj = static_cast<Is*>(ASelf), true)) || ...);
+}
+} // namespace detail
+
+/// The body of a QueryInterface that answers the interfaces Is of ASelf (its `this`): for the IID
+/// of one of them *AObj receives ASelf as that interface, one reference is taken with _AddRef and
+/// the answer is S_OK; any other IID is passed to AOthers, which answers as the inherited
+/// QueryInterface does (a refusal leaves *AObj nil there, RefuseInterface at the root).
+///
+///     return AnswerInterfaces<ILxDOMText>(this, AIID, AObj,
+///                                         [&] { return inherited::QueryInterface(AIID, AObj); });
+template <class... Is, class TSelf, class TOthers>
+HRESULT AnswerInterfaces(TSelf* ASelf, const TGUID& AIID, void** AObj, TOthers&& AOthers) {
+  if (!detail::PlaceInterface<Is...>(ASelf, AIID, AObj))
+    return std::forward<TOthers>(AOthers)();
+  ASelf->_AddRef();
+  return S_OK;
+}
+
+/// AnswerInterfaces for a class that hands out uncounted references (a TComponent, whose owner
+/// decides its lifetime): no reference is taken.
+template <class... Is, class TSelf, class TOthers>
+HRESULT AnswerUncountedInterfaces(TSelf* ASelf, const TGUID& AIID, void** AObj, TOthers&& AOthers) {
+  if (!detail::PlaceInterface<Is...>(ASelf, AIID, AObj))
+    return std::forward<TOthers>(AOthers)();
+  return S_OK;
 }
 
 // --- sets

@@ -71,6 +71,67 @@ constexpr TVarType varByRef = 0x4000;
 
 enum TVariantRelationship { vrEqual, vrLessThan, vrGreaterThan, vrNotEqual };
 
+/// The family of a type code: what a Variant of that code holds, as its conversions, arithmetic
+/// and comparison treat it. Code that handles Variants by family derives its own coarser view
+/// from this, so that the list of codes is kept in one place.
+enum class TVarKind : Byte {
+  vkEmpty,    ///< varEmpty
+  vkNull,     ///< varNull
+  vkSigned,   ///< varShortInt, varSmallint, varInteger, varInt64
+  vkUnsigned, ///< varByte, varWord, varLongWord, varUInt64
+  vkSingle,   ///< varSingle
+  vkDouble,   ///< varDouble
+  vkCurrency, ///< varCurrency
+  vkDate,     ///< varDate
+  vkBoolean,  ///< varBoolean
+  vkText,     ///< varOleStr, varUString
+  vkBytes,    ///< varString
+  /// varUnknown (an interface), and every code without a family of its own: varDispatch,
+  /// varError, varVariant, varDecimal, varByRef combinations and codes with no name. No Variant
+  /// holds one of the latter (VarAsType refuses them).
+  vkUnknown,
+  vkArray ///< any code with varArray set, whatever its element code
+};
+
+/// The family of the code AVarType.
+constexpr TVarKind VarKindOf(TVarType AVarType) noexcept {
+  if (AVarType & varArray)
+    return TVarKind::vkArray;
+  switch (AVarType) {
+  case varEmpty:
+    return TVarKind::vkEmpty;
+  case varNull:
+    return TVarKind::vkNull;
+  case varSmallint:
+  case varInteger:
+  case varShortInt:
+  case varInt64:
+    return TVarKind::vkSigned;
+  case varByte:
+  case varWord:
+  case varLongWord:
+  case varUInt64:
+    return TVarKind::vkUnsigned;
+  case varSingle:
+    return TVarKind::vkSingle;
+  case varDouble:
+    return TVarKind::vkDouble;
+  case varCurrency:
+    return TVarKind::vkCurrency;
+  case varDate:
+    return TVarKind::vkDate;
+  case varBoolean:
+    return TVarKind::vkBoolean;
+  case varOleStr:
+  case varUString:
+    return TVarKind::vkText;
+  case varString:
+    return TVarKind::vkBytes;
+  default:
+    return TVarKind::vkUnknown;
+  }
+}
+
 /// An array type code that no array can have, or a code no Variant can take.
 class EVariantBadVarTypeError : public EVariantError {
 public:
@@ -223,6 +284,8 @@ Variant Null() noexcept;
 Variant Unassigned() noexcept;
 
 inline TVarType VarType(const Variant& AValue) noexcept { return AValue.FType; }
+/// The family of the value's code, as VarKindOf gives it.
+inline TVarKind VarKind(const Variant& AValue) noexcept { return VarKindOf(VarType(AValue)); }
 bool VarIsNull(const Variant& AValue) noexcept;
 bool VarIsEmpty(const Variant& AValue) noexcept;
 /// Empty, or an interface Variant holding nil.

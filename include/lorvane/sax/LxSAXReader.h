@@ -7,10 +7,15 @@
 
 namespace lorvane {
 
+namespace readerframe {
+struct TSource;
+}
+
 /// AutoDestroy is false from construction: an owner frees a reader, interface references don't.
 /// The locator reports the line and column where the construct being parsed began once a parse
 /// has ended in ELxTextParserEOF, the parser's own during a parse, and -1 otherwise; GetPosition
-/// gives the parser's byte offset during a parse and -1 outside one.
+/// gives the parser's byte offset during a parse and -1 outside one. The string and buffer forms
+/// read the caller's text in place.
 class TLxSAXReader : public TLxObject, public ILxSAXLocator, public ILxSAXXMLReader {
   LX_CLASS(TLxSAXReader, TLxObject)
   TLxSAXReader();
@@ -72,8 +77,7 @@ protected:
   void TakeStart();
 
 private:
-  void RunParse(TStream* AStream, bool AStreamOwner, bool AReadBOM, Word ACodePage,
-                const LxXMLString& APublicID);
+  void RunParse(readerframe::TSource&& ASource, const LxXMLString& APublicID);
 };
 
 /// The XML format: a tolerant, flat scanner that keeps a depth counter and no stack of open
@@ -111,7 +115,10 @@ private:
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;
-  TLxXMLParser* FXMLParser = nullptr;        // FParser in its own type
+  TLxXMLParser* FXMLParser = nullptr; // FParser in its own type
+  // The handlers the running parse delivers to, held by InternalParse.
+  ILxSAXContentHandler* FContent = nullptr;
+  ILxSAXLexicalHandler* FLexical = nullptr;
   TLxSAXXMAttributes* FAttributes = nullptr; // the list of the element being started
   // Token strings reused from tag to tag, so that their memory is allocated once.
   LxXMLString FPrefix, FLocalName, FQName, FText, FAttributePrefix;

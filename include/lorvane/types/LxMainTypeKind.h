@@ -17,7 +17,7 @@ enum TLxMainTypeKind : Byte {
   lmkArray = 6
 };
 
-/// Whole numbers of any width are lmkInteger, Currency and Decimal count as lmkFloat, every text
+/// Whole numbers of any width are lmkInteger, Currency counts as lmkFloat, every text
 /// form is lmkString; Empty, Null and interfaces are lmkNone; any array is lmkArray.
 TLxMainTypeKind VarMainTypeKind(const Variant& AValue) noexcept;
 

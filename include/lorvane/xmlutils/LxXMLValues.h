@@ -132,9 +132,14 @@ UnicodeString LxDateTimeToXML(TDateTime AValue, TLxXMLDateTimeFormat AFormat);
 
 /// "P", or "-P" when Negative, then years Y, months M, days D, and behind "T" hours H, minutes M
 /// and seconds S with up to three decimals ("PT1.5S"); zero parts are left out, the zero duration
-/// is "P0Y". Milliseconds are truncated, forgiving the float error of the sum (1.005 seconds stay
-/// 1.005, not 1.004). Seconds that are not finite or beyond 2^63 milliseconds raise EConvertError
-/// "LxDurationToXML; The seconds of the duration are out of range!".
+/// is "P0Y". The seconds round to the nearest millisecond (1.0006 is "PT1.001S", and 1 + 0.005,
+/// a hair below 1.005 in binary, is "PT1.005S"), at any size. Below 2^43 seconds (about 101
+/// million days) a double holds every millisecond, and a duration whose seconds are whole
+/// milliseconds, as LxEncodeDuration and LxXMLToDuration make them, reads back from its text
+/// exactly; above, the text of a value reads back to that value (while its day count stays within
+/// what LxXMLToDuration reads, 2147483647). Seconds that are not finite or
+/// beyond 2^63 milliseconds raise EConvertError "LxDurationToXML; The seconds of the duration are
+/// out of range!".
 UnicodeString LxDurationToXML(const TLxDuration& AValue);
 
 // --- from text -----------------------------------------------------------------------------------
