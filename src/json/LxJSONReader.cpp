@@ -332,13 +332,21 @@ Integer TLxJSONReader::GetColNr() {
 void TLxJSONReader::RunParse(readerframe::TSource&& ASource, const LxJSONString& APublicID) {
   FPublicID = APublicID;
   readerframe::Run(
-      std::move(ASource), FParser, FUnexpectedEOF,
+      std::move(ASource), FParser, [this] { ResetParseState(); },
       [](const readerframe::TSource& S) {
         // A file's byte order mark names its encoding; the cursor starts behind it.
         const Word CodePage = S.FromFile ? LxGetCodePage(S.Stream) : S.CodePage;
         return New<TLxJSONTextParser>(S.Stream, /*AStreamOwner=*/false, CodePage);
       },
       [this] { InternalParse(); });
+}
+
+void TLxJSONReader::ResetParseState() {
+  FUnexpectedEOF = false;
+  FLineNr = -1;
+  FColNr = -1;
+  // A parse that failed inside arrays or objects leaves their kinds here.
+  FOpen.clear();
 }
 
 void TLxJSONReader::ParseStream(TStream* AStream, Word ACodePage, const LxJSONString& APublicID) {

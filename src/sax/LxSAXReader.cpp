@@ -41,12 +41,19 @@ void TLxSAXReader::TakeStart() {
     FParser->GetPinnedLineCol(FLineNr, FColNr);
 }
 
+void TLxSAXReader::ResetParseState() {
+  FUnexpectedEOF = false;
+  FLineNr = -1;
+  FColNr = -1;
+  FEmptyAttributes->Clear();
+}
+
 Variant TLxSAXReader::GetProperty(const LxXMLString&) { return Null(); }
 
 void TLxSAXReader::RunParse(readerframe::TSource&& ASource, const LxXMLString& APublicID) {
   FPublicID = APublicID;
   readerframe::Run(
-      std::move(ASource), FParser, FUnexpectedEOF,
+      std::move(ASource), FParser, [this] { ResetParseState(); },
       [this](const readerframe::TSource& S) {
         return CreateParser(S.Stream, /*AStreamOwner=*/false, /*AReadBOM=*/S.FromFile, S.CodePage);
       },
@@ -94,6 +101,17 @@ const TLxCharSet TargetEnd{' ', '?'};
 TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
 
 TLxSAXXMLReader::~TLxSAXXMLReader() { lorvane::Free(FAttributes); }
+
+void TLxSAXXMLReader::ResetParseState() {
+  TLxSAXReader::ResetParseState();
+  // Bindings left by a parse that stopped inside an element (a failure, or a text that ended
+  // with elements open) belong to that text only; they are dropped without events.
+  FNamespaceList.Clear();
+  if (FAttributes)
+    FAttributes->Clear();
+  FContent = nullptr;
+  FLexical = nullptr;
+}
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
                                              Word AStreamCodePage) {
