@@ -332,17 +332,17 @@ Integer TLxJSONReader::GetColNr() {
 void TLxJSONReader::RunParse(readerframe::TSource&& ASource, const LxJSONString& APublicID) {
   FPublicID = APublicID;
   readerframe::Run(
-      std::move(ASource), FParser, [this] { ResetParseState(); },
+      std::move(ASource), FParser, FUnexpectedEOF,
       [](const readerframe::TSource& S) {
         // A file's byte order mark names its encoding; the cursor starts behind it.
         const Word CodePage = S.FromFile ? LxGetCodePage(S.Stream) : S.CodePage;
         return New<TLxJSONTextParser>(S.Stream, /*AStreamOwner=*/false, CodePage);
       },
-      [this] { InternalParse(); });
+      [this] { InternalParse(); }, [this] { ResetParseState(); });
 }
 
 void TLxJSONReader::ResetParseState() {
-  FUnexpectedEOF = false;
+  // The end-of-text flag is the frame's to clear.
   FLineNr = -1;
   FColNr = -1;
   // A parse that failed inside arrays or objects leaves their kinds here.

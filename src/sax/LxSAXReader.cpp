@@ -42,7 +42,7 @@ void TLxSAXReader::TakeStart() {
 }
 
 void TLxSAXReader::ResetParseState() {
-  FUnexpectedEOF = false;
+  // The end-of-text flag is the frame's to clear.
   FLineNr = -1;
   FColNr = -1;
   FEmptyAttributes->Clear();
@@ -53,11 +53,11 @@ Variant TLxSAXReader::GetProperty(const LxXMLString&) { return Null(); }
 void TLxSAXReader::RunParse(readerframe::TSource&& ASource, const LxXMLString& APublicID) {
   FPublicID = APublicID;
   readerframe::Run(
-      std::move(ASource), FParser, [this] { ResetParseState(); },
+      std::move(ASource), FParser, FUnexpectedEOF,
       [this](const readerframe::TSource& S) {
         return CreateParser(S.Stream, /*AStreamOwner=*/false, /*AReadBOM=*/S.FromFile, S.CodePage);
       },
-      [this] { InternalParse(); });
+      [this] { InternalParse(); }, [this] { ResetParseState(); });
 }
 
 void TLxSAXReader::ParseStream(TStream* AStream, Word AStreamCodePage,

@@ -67,7 +67,7 @@ protected:
 
   /// Runs the grammar over FParser, which the parse forms set up and take down around it.
   virtual void InternalParse();
-  /// Puts every piece of per-parse state back to what a new reader has; the frame calls it at
+  /// Puts the per-parse state back to what a new reader has; the frame calls it at
   /// the start of each parse. A descendant with state of its own calls the inherited one.
   virtual void ResetParseState();
 

@@ -59,7 +59,7 @@ protected:
                                       Word AStreamCodePage) = 0;
   /// Runs the format over FParser.
   virtual void InternalParse() = 0;
-  /// Puts every piece of per-parse state back to what a new reader has; the frame calls it at
+  /// Puts the per-parse state back to what a new reader has; the frame calls it at
   /// the start of each parse. A descendant with state of its own calls the inherited one.
   virtual void ResetParseState();
 
