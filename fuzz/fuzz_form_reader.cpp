@@ -4,31 +4,11 @@
 
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
+#include "support/DocumentedFailures.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
-
-namespace lorvane {
-namespace {
-
-/// The documented failures of reading a form; anything else escapes and is a finding.
-template <class F> void Guarded(F&& AAction) {
-  try {
-    AAction();
-  } catch (const ELxException&) {
-  } catch (const EConvertError&) {
-  } catch (const Exception& E) {
-    const UnicodeString& M = E.Message();
-    if (M != u"Invalid objecttype" && M != u"Invalid UTF8 Encoding detected" &&
-        M.rfind(u"The parser expected to read a \"[\" character", 0) != 0 &&
-        M != u"The specified encoding is not supported!")
-      throw;
-  }
-}
-
-} // namespace
-} // namespace lorvane
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
   using namespace lorvane;
@@ -37,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
   // The first byte picks the code page the rest is given in.
   constexpr Word CodePages[] = {CP_UTF8, 0, CP_UTF16LE};
   const Word CodePage = CodePages[AData[0] % std::size(CodePages)];
-  Guarded([&] {
+  documented::Guarded(documented::TEntry::FormDocumentLoad, [&] {
     TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
     TOwned<TLxMemoryStream> Stream(
         New<TLxMemoryStream>(static_cast<const void*>(AData + 1), static_cast<Int64>(ASize - 1)));

@@ -6,6 +6,7 @@
 
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
+#include "support/DocumentedFailures.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -93,20 +94,6 @@ private:
 
 constexpr Word CodePages[] = {0, CP_UTF8, CP_UTF16LE, 1252, 932};
 
-/// The documented failures of reading JSON; anything else escapes and is a finding.
-template <class F> void Guarded(F&& AAction) {
-  try {
-    AAction();
-  } catch (const ELxException&) {
-  } catch (const EConvertError&) {
-  } catch (const EInvalidCast&) {
-  } catch (const Exception& E) {
-    const UnicodeString& M = E.Message();
-    if (M != u"The specified encoding is not supported!" && M != u"Invalid objecttype")
-      throw;
-  }
-}
-
 } // namespace
 } // namespace lorvane
 
@@ -123,21 +110,24 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
   TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
   Reader->SetContentHandler(Handler.get());
   Reader->SetErrorHandler(Handler.get());
-  Guarded([&] { Reader->ParseBuffer(Text, static_cast<Cardinal>(Size), CodePage); });
+  using documented::Guarded;
+  using documented::TEntry;
+  Guarded(TEntry::JSONReader,
+          [&] { Reader->ParseBuffer(Text, static_cast<Cardinal>(Size), CodePage); });
   Handler->Reset();
-  Guarded([&] {
+  Guarded(TEntry::JSONReader, [&] {
     TOwned<TPieceStream> Stream(New<TPieceStream>(Text, Size, 1 + (Choice >> 5)));
     Reader->ParseStream(Stream.get(), CodePage);
   });
   Reader.reset(); // it holds interfaces on the handler
 
   TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
-  Guarded([&] {
+  Guarded(TEntry::JSONDocumentLoad, [&] {
     TOwned<TLxMemoryStream> Stream(
         New<TLxMemoryStream>(static_cast<const void*>(Text), static_cast<Int64>(Size)));
     Document->LoadFromStream(Stream.get(), CodePage, false);
   });
-  Guarded([&] {
+  Guarded(TEntry::JSONDocumentLoad, [&] {
     const LxJSONString Compact = Document->GetAsJSON();
     const LxJSONString Formatted = Document->GetFormattedJSON();
     TOwned<TLxJSONDocument> Again(New<TLxJSONDocument>());

@@ -338,7 +338,15 @@ void TLxJSONReader::RunParse(readerframe::TSource&& ASource, const LxJSONString&
         const Word CodePage = S.FromFile ? LxGetCodePage(S.Stream) : S.CodePage;
         return New<TLxJSONTextParser>(S.Stream, /*AStreamOwner=*/false, CodePage);
       },
-      [this] { InternalParse(); });
+      [this] { InternalParse(); }, [this] { ResetParseState(); });
+}
+
+void TLxJSONReader::ResetParseState() {
+  // The end-of-text flag is the frame's to clear.
+  FLineNr = -1;
+  FColNr = -1;
+  // A parse that failed inside arrays or objects leaves their kinds here.
+  FOpen.clear();
 }
 
 void TLxJSONReader::ParseStream(TStream* AStream, Word ACodePage, const LxJSONString& APublicID) {

@@ -41,6 +41,13 @@ void TLxSAXReader::TakeStart() {
     FParser->GetPinnedLineCol(FLineNr, FColNr);
 }
 
+void TLxSAXReader::ResetParseState() {
+  // The end-of-text flag is the frame's to clear.
+  FLineNr = -1;
+  FColNr = -1;
+  FEmptyAttributes->Clear();
+}
+
 Variant TLxSAXReader::GetProperty(const LxXMLString&) { return Null(); }
 
 void TLxSAXReader::RunParse(readerframe::TSource&& ASource, const LxXMLString& APublicID) {
@@ -50,7 +57,7 @@ void TLxSAXReader::RunParse(readerframe::TSource&& ASource, const LxXMLString& A
       [this](const readerframe::TSource& S) {
         return CreateParser(S.Stream, /*AStreamOwner=*/false, /*AReadBOM=*/S.FromFile, S.CodePage);
       },
-      [this] { InternalParse(); });
+      [this] { InternalParse(); }, [this] { ResetParseState(); });
 }
 
 void TLxSAXReader::ParseStream(TStream* AStream, Word AStreamCodePage,
@@ -94,6 +101,17 @@ const TLxCharSet TargetEnd{' ', '?'};
 TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
 
 TLxSAXXMLReader::~TLxSAXXMLReader() { lorvane::Free(FAttributes); }
+
+void TLxSAXXMLReader::ResetParseState() {
+  TLxSAXReader::ResetParseState();
+  // Bindings left by a parse that stopped inside an element (a failure, or a text that ended
+  // with elements open) belong to that text only; they are dropped without events.
+  FNamespaceList.Clear();
+  if (FAttributes)
+    FAttributes->Clear();
+  FContent = nullptr;
+  FLexical = nullptr;
+}
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
                                              Word AStreamCodePage) {

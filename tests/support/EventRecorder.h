@@ -43,9 +43,12 @@ class TEventRecorder : public TLxSAXDefaultHandler {
   void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
                     const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
     std::string Attributes;
-    for (PLxSAXXMAttribute A = AAttributes->FirstAttribute(); A; A = A->Next)
-      Attributes +=
-          (Attributes.empty() ? "" : ",") + U(A->QName) + "=" + U(A->URI) + "|" + U(A->Value);
+    // Appended piece by piece: "literal" + std::string&& sets off a false -Wrestrict in GCC 12.
+    for (PLxSAXXMAttribute A = AAttributes->FirstAttribute(); A; A = A->Next) {
+      if (!Attributes.empty())
+        Attributes += ',';
+      Attributes.append(U(A->QName)).append("=").append(U(A->URI)).append("|").append(U(A->Value));
+    }
     Line("startElement(" + U(AURI) + "|" + U(ALocalName) + "|" + U(AQName) + "|[" + Attributes +
          "])");
   }

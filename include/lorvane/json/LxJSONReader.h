@@ -67,6 +67,9 @@ protected:
 
   /// Runs the grammar over FParser, which the parse forms set up and take down around it.
   virtual void InternalParse();
+  /// Puts the per-parse state back to what a new reader has; the frame calls it at
+  /// the start of each parse. A descendant with state of its own calls the inherited one.
+  virtual void ResetParseState();
 
   LxJSONString FPublicID;
   IPtr<ILxJSONContentHandler> FContentHandler;

@@ -59,6 +59,9 @@ protected:
                                       Word AStreamCodePage) = 0;
   /// Runs the format over FParser.
   virtual void InternalParse() = 0;
+  /// Puts the per-parse state back to what a new reader has; the frame calls it at
+  /// the start of each parse. A descendant with state of its own calls the inherited one.
+  virtual void ResetParseState();
 
   LxXMLString FPublicID;
   Integer FLineNr = -1;
@@ -96,6 +99,7 @@ protected:
   TLxTextParser* CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
                               Word AStreamCodePage) override;
   void InternalParse() override;
+  void ResetParseState() override;
 
 private:
   /// On a '<' in content: a comment, CDATA section or processing instruction is parsed and true

@@ -55,12 +55,21 @@ inline TSource OfBytes(std::string_view ABytes, Word ACodePage) {
   return OfBuffer(ABytes.data(), static_cast<Int64>(ABytes.size()), ACodePage);
 }
 
-/// Runs one parse. AMakeCursor(ASource) makes the text cursor, which stands in ACursor while
-/// ARun runs and is freed on every way out, as is a stream the source owns. AEndedEarly, which
-/// tells the locator about the last parse only, is cleared first.
-template <class TCursor, class TMake, class TRun>
-void Run(TSource ASource, TCursor*& ACursor, bool& AEndedEarly, TMake AMakeCursor, TRun ARun) {
+/// A reader without per-parse state of its own.
+struct TNothingToReset {
+  void operator()() const noexcept {}
+};
+
+/// Runs one parse. AEndedEarly, which tells the locator about the last parse only, is cleared
+/// first, and AReset() then puts the rest of the reader's per-parse state back to what a new
+/// reader has, so that nothing a former parse left, also one that failed midway, reaches this
+/// one. AMakeCursor(ASource) then makes the text cursor, which stands in ACursor while ARun runs
+/// and is freed on every way out, as is a stream the source owns.
+template <class TCursor, class TMake, class TRun, class TReset = TNothingToReset>
+void Run(TSource ASource, TCursor*& ACursor, bool& AEndedEarly, TMake AMakeCursor, TRun ARun,
+         TReset AReset = {}) {
   AEndedEarly = false;
+  AReset();
   ACursor = AMakeCursor(ASource);
   struct TRelease {
     TCursor*& Cursor;

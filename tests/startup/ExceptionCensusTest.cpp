@@ -1,0 +1,168 @@
+// The exception census: for each public reading entry point, one hostile input per failure that
+// the shared table (support/DocumentedFailures.h) lists for it. Each input must raise exactly that
+// failure, which the table must accept for its entry point; and every listed failure must have an
+// input here, so that the table says neither more nor less than the readers do.
+#include "lorvane/json/LxFormURLEncodedJSONReader.h"
+#include "lorvane/platform/CodePages.h"
+#include "lorvane/uLxJSON.h"
+#include "lorvane/uLxSAX.h"
+#include "lorvane/uLxXMLDOM.h"
+#include "lorvane/uLxXMLUtils.h"
+#include "support/DocumentedFailures.h"
+#include "support/EventRecorder.h"
+#include "support/JSONEventRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace lorvane {
+namespace {
+
+using documented::TEntry;
+using documented::TFailure;
+
+/// Code page 0: the text's own declaration names its encoding.
+void ReadXML(std::string_view AText) {
+  TOwned<test::TEventRecorder> Recorder(New<test::TEventRecorder>());
+  TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+  Recorder->Attach(Reader.get());
+  Reader->ParseBuffer(AText.data(), static_cast<Cardinal>(AText.size()), 0);
+}
+
+template <class TReader> void ReadJSON(std::string_view AText, Word ACodePage = CP_UTF8) {
+  TOwned<test::TJSONEventRecorder> Recorder(New<test::TJSONEventRecorder>());
+  TOwned<TReader> Reader(New<TReader>());
+  Recorder->Attach(Reader.get());
+  Reader->ParseBuffer(AText.data(), static_cast<Cardinal>(AText.size()), ACodePage);
+}
+
+void LoadXMLDocument(std::u16string_view AText) {
+  TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+  Document->LoadXML(UnicodeString(AText));
+}
+
+void LoadJSONDocument(std::string_view AText, Word ACodePage, bool AForm) {
+  TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
+  TOwned<TLxMemoryStream> Stream(
+      New<TLxMemoryStream>(static_cast<const void*>(AText.data()), Int64(AText.size())));
+  Document->LoadFromStream(Stream.get(), ACodePage, AForm);
+}
+
+struct HostileCase {
+  TEntry Entry;
+  TFailure Expected;
+  const char* What;
+  std::function<void()> Action;
+};
+
+std::vector<HostileCase> MakeCases() {
+  using F = TFailure;
+  using E = TEntry;
+  return {
+      {E::XMLReader, F::XMLParseError, "a second root", [] { ReadXML("<a/><b/>"); }},
+      {E::XMLReader, F::TextEnded, "a text ending in a tag", [] { ReadXML("<a b='1'"); }},
+      {E::XMLReader, F::EncodingError, "an unknown encoding declared",
+       [] { ReadXML("<?xml version=\"1.0\" encoding=\"bogus-enc\"?><r/>"); }},
+
+      {E::JSONReader, F::JSONParseError, "a wrong keyword letter",
+       [] { ReadJSON<TLxJSONReader>("[tru]"); }},
+      {E::JSONReader, F::TextEnded, "a text ending in an array",
+       [] { ReadJSON<TLxJSONReader>("[1"); }},
+      {E::JSONReader, F::EncodingNotSupported, "one byte, read as UTF-32",
+       [] { ReadJSON<TLxJSONReader>("1", 0); }},
+
+      {E::FormReader, F::TextEnded, "a text ending in a bracket",
+       [] { ReadJSON<TLxFormURLEncodedJSONReader>("a[x"); }},
+      {E::FormReader, F::ConvertError, "bad hex digits",
+       [] { ReadJSON<TLxFormURLEncodedJSONReader>("a=%zz"); }},
+      {E::FormReader, F::EncodingNotSupported, "one byte, read as UTF-32",
+       [] { ReadJSON<TLxFormURLEncodedJSONReader>("a", 0); }},
+      {E::FormReader, F::InvalidUTF8, "a UTF-8 sequence cut short",
+       [] { ReadJSON<TLxFormURLEncodedJSONReader>("a=%E2x"); }},
+      {E::FormReader, F::BracketExpected, "a closing bracket without an opening one",
+       [] { ReadJSON<TLxFormURLEncodedJSONReader>("a]x=1"); }},
+
+      {E::XMLDocumentLoad, F::DOMSyntax, "a text ending in a tag",
+       [] { LoadXMLDocument(u"<a b='1'"); }},
+
+      {E::JSONDocumentLoad, F::JSONParseError, "a wrong keyword letter",
+       [] { LoadJSONDocument("[tru]", CP_UTF8, false); }},
+      {E::JSONDocumentLoad, F::TextEnded, "a text ending in an array",
+       [] { LoadJSONDocument("[1", CP_UTF8, false); }},
+      {E::JSONDocumentLoad, F::JSONException, "a simple value for a document",
+       [] { LoadJSONDocument("12", CP_UTF8, false); }},
+      {E::JSONDocumentLoad, F::ConvertError, "a bad \\u escape",
+       [] { LoadJSONDocument("[\"\\uzzzz\"]", CP_UTF8, false); }},
+      {E::JSONDocumentLoad, F::EncodingNotSupported, "one byte, read as UTF-32",
+       [] { LoadJSONDocument("[", 0, false); }},
+
+      {E::FormDocumentLoad, F::TextEnded, "a text ending in a bracket",
+       [] { LoadJSONDocument("a[x", CP_UTF8, true); }},
+      {E::FormDocumentLoad, F::ConvertError, "bad hex digits",
+       [] { LoadJSONDocument("a=%zz", CP_UTF8, true); }},
+      {E::FormDocumentLoad, F::EncodingNotSupported, "one byte, read as UTF-32",
+       [] { LoadJSONDocument("a", 0, true); }},
+      {E::FormDocumentLoad, F::InvalidUTF8, "a UTF-8 sequence cut short",
+       [] { LoadJSONDocument("a=%E2x", CP_UTF8, true); }},
+      {E::FormDocumentLoad, F::BracketExpected, "a closing bracket without an opening one",
+       [] { LoadJSONDocument("a]x=1", CP_UTF8, true); }},
+      {E::FormDocumentLoad, F::InvalidObjectType, "an object key, then an array key, of one name",
+       [] { LoadJSONDocument("a[x]=1&a[]=2&a=3&a[0][1][]=4", CP_UTF8, true); }},
+
+      {E::XMLValueText, F::ConvertError, "an integer that isn't one", [] { LxXMLToInt(u"1x"); }},
+      {E::XMLValueText, F::DurationText, "a duration without P", [] { LxXMLToDuration(u"1D"); }},
+      {E::XMLValueText, F::NoTimeZone, "a date and time without a zone where one is asked for",
+       [] { LxXMLToDateTime(u"2020-01-02T03:04:05", tzfUTC); }},
+  };
+}
+
+TEST(ExceptionCensus, EachHostileInputRaisesItsListedFailureAndNothingElse) {
+  for (const HostileCase& C : MakeCases()) {
+    SCOPED_TRACE(std::string(documented::FailuresOf(C.Entry).Name) + ": " + C.What);
+    try {
+      C.Action();
+      ADD_FAILURE() << "nothing raised";
+    } catch (const std::exception& Raised) {
+      const auto* Own = dynamic_cast<const Exception*>(&Raised);
+      const std::string Said = Own ? StringToUTF8(Own->Message()) : Raised.what();
+      EXPECT_EQ(documented::Classify(Raised), C.Expected) << typeid(Raised).name() << ": " << Said;
+      EXPECT_TRUE(documented::IsDocumented(C.Entry, Raised))
+          << typeid(Raised).name() << ": " << Said;
+    }
+  }
+}
+
+TEST(ExceptionCensus, EveryListedFailureHasAHostileInputAndNoOtherIs) {
+  std::set<std::pair<TEntry, TFailure>> Exercised;
+  for (const HostileCase& C : MakeCases())
+    Exercised.insert({C.Entry, C.Expected});
+  std::set<std::pair<TEntry, TFailure>> Listed;
+  for (const auto& Entry : documented::Census)
+    for (TFailure F : Entry.Failures)
+      Listed.insert({Entry.Entry, F});
+  EXPECT_EQ(Exercised, Listed);
+}
+
+TEST(ExceptionCensus, FailuresOutsideTheListAreRefused) {
+  using documented::IsDocumented;
+  // A failure documented for one entry point is news from another, and a stream failure or a
+  // plain Exception with another message is documented nowhere.
+  EXPECT_FALSE(IsDocumented(TEntry::XMLReader, ELxJSONParseError(u"x", 2)));
+  EXPECT_FALSE(IsDocumented(TEntry::XMLDocumentLoad, ELxXMLParseError(u"x", 1)));
+  EXPECT_FALSE(IsDocumented(TEntry::JSONReader, EConvertError(u"x")));
+  EXPECT_FALSE(IsDocumented(TEntry::JSONReader, EReadError(u"x")));
+  EXPECT_FALSE(IsDocumented(TEntry::FormReader, Exception(u"Invalid UTF8 Encoding")));
+  EXPECT_FALSE(IsDocumented(TEntry::FormReader, std::bad_alloc()));
+  // The plain messages belong to the plain class only.
+  EXPECT_FALSE(
+      IsDocumented(TEntry::JSONReader, EReadError(u"The specified encoding is not supported!")));
+  EXPECT_TRUE(
+      IsDocumented(TEntry::JSONReader, Exception(u"The specified encoding is not supported!")));
+}
+
+} // namespace
+} // namespace lorvane
