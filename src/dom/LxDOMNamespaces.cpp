@@ -233,7 +233,9 @@ void TLxDOMElement::DropDeclaration(TLxDOMAttribute* ADeclaration) {
 
 void TLxDOMElement::ForgetOutsideDeclarations() {
   // A subtree that leaves its tree gets no refresh; links into the tree it left must not be
-  // followed once those ancestors are gone. What stays is each element's own declaration.
+  // followed once those ancestors are gone. What stays is each element's own declaration. The
+  // links are compared, never followed: while a tree is torn down, the declaration a link names
+  // may already be freed.
   std::vector<TLxDOMElement*> Pending{this};
   while (!Pending.empty()) {
     TLxDOMElement* Element = Pending.back();
@@ -241,11 +243,15 @@ void TLxDOMElement::ForgetOutsideDeclarations() {
     if (Element->FNamespaces)
       Element->FNamespaces->Clear();
     Element->FScopeOwner = nullptr;
-    if (Element->FNamespace && Element->FNamespace->ParentObject() != Element)
+    auto IsOwn = [Element](const TLxDOMAttribute* ADeclaration) {
+      return Element->AnyOf(TChildKind::Attribute,
+                            [&](TLxDOMNode* ANode) { return ANode == ADeclaration; });
+    };
+    if (Element->FNamespace && !IsOwn(Element->FNamespace))
       Element->FNamespace = nullptr;
     Element->AnyOf(TChildKind::Attribute, [&](TLxDOMNode* ANode) {
       auto* Attribute = static_cast<TLxDOMAttribute*>(ANode);
-      if (Attribute->FNamespace && Attribute->FNamespace->ParentObject() != Element)
+      if (Attribute->FNamespace && !IsOwn(Attribute->FNamespace))
         Attribute->FNamespace = nullptr;
       return false;
     });
