@@ -15,7 +15,7 @@ namespace {
 
 // One specifier as the format string spells it: "%" [index ":"] ["-"] [width] ["." precision]
 // type.
-struct TFormatSpec {
+struct TPlaceholder {
   int ArgIndex = 0;
   bool Left = false;
   int Width = 0;
@@ -30,8 +30,9 @@ public:
   explicit TFormatReader(std::u16string_view AFormat) noexcept : FFormat(AFormat) {}
 
   /// Appends the literal text up to the next specifier to AOut ("%%" gives one '%') and reads
-  /// that specifier into ASpec; false once the format is used up. A specifier cut short raises.
-  bool Next(UnicodeString& AOut, TFormatSpec& ASpec) {
+  /// that specifier into APlaceholder; false once the format is used up. A specifier cut short
+  /// raises.
+  bool Next(UnicodeString& AOut, TPlaceholder& APlaceholder) {
     const std::size_t N = FFormat.size();
     for (;;) {
       const std::size_t Percent = FFormat.find(u'%', FPos);
@@ -49,7 +50,7 @@ public:
       AOut += u'%';
       ++FPos;
     }
-    ASpec = TFormatSpec();
+    APlaceholder = TPlaceholder();
     int Number = 0;
     const std::size_t SpecStart = FPos;
     if (ReadNumber(Number) && FPos < N && FFormat[FPos] == u':')
@@ -57,19 +58,19 @@ public:
     else
       FPos = SpecStart;
     if (FPos < N && FFormat[FPos] == u'-')
-      ASpec.Left = true, ++FPos;
-    ReadNumber(ASpec.Width);
+      APlaceholder.Left = true, ++FPos;
+    ReadNumber(APlaceholder.Width);
     if (FPos < N && FFormat[FPos] == u'.') {
       ++FPos;
-      ReadNumber(ASpec.Precision);
+      ReadNumber(APlaceholder.Precision);
     }
     if (FPos >= N)
       RaiseFormatError(FFormat);
     // The letter case of the type doesn't matter, but for %X.
-    ASpec.Type = FFormat[FPos] | 0x20;
-    ASpec.UpperHex = FFormat[FPos] == u'X';
+    APlaceholder.Type = FFormat[FPos] | 0x20;
+    APlaceholder.UpperHex = FFormat[FPos] == u'X';
     ++FPos;
-    ASpec.ArgIndex = FNextArg++;
+    APlaceholder.ArgIndex = FNextArg++;
     return true;
   }
 
@@ -105,41 +106,42 @@ UnicodeString FormatFloatSpec(char16_t AType, double AValue, int APrecision) {
 
 // The text of one argument by its specifier, before padding to the width; an argument of a
 // kind the type doesn't take raises.
-UnicodeString RenderArgument(const TFormatSpec& ASpec, const TVarRec& AArg,
+UnicodeString RenderArgument(const TPlaceholder& APlaceholder, const TVarRec& AArg,
                              std::u16string_view AFormat) {
   using K = TVarRec::TKind;
   UnicodeString Text;
-  switch (ASpec.Type) {
+  switch (APlaceholder.Type) {
   case u'd':
   case u'u':
     if (AArg.Kind() == K::vtInteger)
-      Text = IntToStr(ASpec.Type == u'u'
+      Text = IntToStr(APlaceholder.Type == u'u'
                           ? static_cast<Int64>(static_cast<UInt64>(AArg.AsInt()) & 0xFFFFFFFFull)
                           : AArg.AsInt());
     else if (AArg.Kind() == K::vtUnsigned)
       Text = UIntToStr(AArg.AsUInt());
     else
       RaiseFormatError(AFormat);
-    if (ASpec.Precision > static_cast<int>(Text.size())) {
+    if (APlaceholder.Precision > static_cast<int>(Text.size())) {
       const bool Negative = !Text.empty() && Text[0] == u'-';
-      Text.insert(Negative ? 1 : 0, ASpec.Precision - Text.size() + (Negative ? 1 : 0), u'0');
+      Text.insert(Negative ? 1 : 0, APlaceholder.Precision - Text.size() + (Negative ? 1 : 0),
+                  u'0');
     }
     return Text;
   case u'x':
     if (AArg.Kind() != K::vtInteger && AArg.Kind() != K::vtUnsigned)
       RaiseFormatError(AFormat);
-    Text = IntToHex(AArg.AsUInt(), ASpec.Precision < 0 ? 0 : ASpec.Precision);
-    return ASpec.UpperHex ? Text : LowerCase(Text);
+    Text = IntToHex(AArg.AsUInt(), APlaceholder.Precision < 0 ? 0 : APlaceholder.Precision);
+    return APlaceholder.UpperHex ? Text : LowerCase(Text);
   case u'e':
   case u'f':
   case u'g':
     if (AArg.Kind() != K::vtExtended)
       RaiseFormatError(AFormat);
-    return FormatFloatSpec(ASpec.Type, AArg.AsFloat(),
-                           ASpec.Precision >= 0 ? ASpec.Precision
-                           : ASpec.Type == u'g' ? 15
-                           : ASpec.Type == u'e' ? 14
-                                                : 2);
+    return FormatFloatSpec(APlaceholder.Type, AArg.AsFloat(),
+                           APlaceholder.Precision >= 0 ? APlaceholder.Precision
+                           : APlaceholder.Type == u'g' ? 15
+                           : APlaceholder.Type == u'e' ? 14
+                                                       : 2);
   case u's':
     switch (AArg.Kind()) {
     case K::vtString:
@@ -154,8 +156,8 @@ UnicodeString RenderArgument(const TFormatSpec& ASpec, const TVarRec& AArg,
     default:
       RaiseFormatError(AFormat);
     }
-    if (ASpec.Precision >= 0 && ASpec.Precision < static_cast<int>(Text.size()))
-      Text.resize(ASpec.Precision);
+    if (APlaceholder.Precision >= 0 && APlaceholder.Precision < static_cast<int>(Text.size()))
+      Text.resize(APlaceholder.Precision);
     return Text;
   default:
     RaiseFormatError(AFormat);
@@ -178,11 +180,12 @@ UnicodeString Format(std::u16string_view AFormat, const TVarRec* AArgs, Integer 
   UnicodeString Out;
   Out.reserve(AFormat.size() + 16);
   TFormatReader Reader(AFormat);
-  TFormatSpec Spec;
-  while (Reader.Next(Out, Spec)) {
-    if (Spec.ArgIndex > AArgsHigh)
+  TPlaceholder Placeholder;
+  while (Reader.Next(Out, Placeholder)) {
+    if (Placeholder.ArgIndex > AArgsHigh)
       RaiseFormatError(AFormat);
-    AppendPadded(Out, RenderArgument(Spec, AArgs[Spec.ArgIndex], AFormat), Spec.Width, Spec.Left);
+    AppendPadded(Out, RenderArgument(Placeholder, AArgs[Placeholder.ArgIndex], AFormat),
+                 Placeholder.Width, Placeholder.Left);
   }
   return Out;
 }

@@ -128,7 +128,9 @@ struct TCutter {
 };
 
 // Set when this thread's cache is gone: memory asked for or freed later in the thread's life (by
-// other thread-local or static objects) is cut from a shared block or goes straight back.
+// other thread-local or static objects) is cut from a shared block or goes straight back. Per
+// thread, like the cache itself: allocations come from any code on any thread, with no object in
+// common that could carry the state.
 thread_local bool CacheGone = false;
 
 struct TShared {
@@ -165,6 +167,8 @@ struct TThreadCache {
   }
 };
 
+// One cache per thread so that allocating and freeing take no lock; nothing explicit owns it,
+// since the callers are values made anywhere in the library.
 thread_local TThreadCache Cache;
 
 } // namespace
