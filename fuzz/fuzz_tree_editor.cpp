@@ -6,6 +6,7 @@
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/uLxXMLDOM.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -513,9 +514,48 @@ private:
     return Stream->GetAString();
   }
 
-  /// Saved, reloaded and saved again, a document gives the same text: edits leave no state that
-  /// the text doesn't show. Only a document with one element and nothing but comments and
-  /// instructions beside it has a text that can come back.
+  /// The saved text without its namespace declarations (` xmlns="..."`, ` xmlns:p="..."`, any
+  /// letter case). Attribute values are always written in double quotes and never hold one.
+  static std::string WithoutDeclarations(std::string_view AText) {
+    std::string Result;
+    Result.reserve(AText.size());
+    size_t I = 0;
+    while (I < AText.size()) {
+      const bool Declaration =
+          AText[I] == ' ' && AText.size() - I > 6 &&
+          std::equal(AText.begin() + static_cast<std::ptrdiff_t>(I) + 1,
+                     AText.begin() + static_cast<std::ptrdiff_t>(I) + 6, "xmlns",
+                     [](char A, char B) { return (A | 0x20) == B; }) &&
+          (AText[I + 6] == '=' || AText[I + 6] == ':');
+      const size_t ValueStart = Declaration ? AText.find("=\"", I) : std::string_view::npos;
+      const size_t ValueEnd =
+          ValueStart == std::string_view::npos ? ValueStart : AText.find('"', ValueStart + 2);
+      if (ValueEnd == std::string_view::npos) {
+        Result += AText[I++];
+        continue;
+      }
+      I = ValueEnd + 1;
+    }
+    return Result;
+  }
+
+  static IPtr<ILxDOMDocument> Reloaded(const std::string& AText) {
+    IPtr<ILxDOMDocument> Document = LxCreateDOM(u"");
+    bool Loaded = false;
+    Guarded([&] {
+      TOwned<TLxMemoryStream> Stream(New<TLxMemoryStream>(static_cast<const void*>(AText.data()),
+                                                          static_cast<Int64>(AText.size())));
+      static_cast<TLxDOMDocument*>(NodeOf(Document.Get()))->LoadFromStream(Stream.get(), 65001);
+      Loaded = true;
+    });
+    return Loaded ? Document : IPtr<ILxDOMDocument>();
+  }
+
+  /// Saved and reloaded, a document keeps every node: edits leave no state that the text doesn't
+  /// show. The load may add declarations, where the tree's namespace rules part from the text's
+  /// (an unprefixed element without namespace below a default declaration, a URI declared under
+  /// two prefixes in scope); a second round then adds nothing more. Only a document with one
+  /// element and nothing but comments and instructions beside it has a text that can come back.
   static void RoundTrip(TLxDOMDocument* ADocument) {
     Integer Roots = 0;
     for (Integer I = 0; I < ADocument->NodeCount(); ++I)
@@ -532,14 +572,6 @@ private:
           static_cast<TLxDOMText*>(Node)->GetStoredValue().find_first_not_of(u" \t\r\n") ==
               UnicodeString::npos)
         return;
-      // A prefix declared with an empty URI isn't namespace-well-formed: the load then reads it
-      // as the declaration of "" and declares elements without namespace anew (xmlns="").
-      if (Node->GetNodeType() == ntAttribute) {
-        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
-        if (Attribute->IsNamespace() && !Attribute->GetPrefix().empty() &&
-            Attribute->GetStoredValue().empty())
-          return;
-      }
       for (Integer I = 0; I < Node->NodeCount(); ++I)
         Pending.push_back(Node->ChildNodes()->GetItem(I));
     }
@@ -549,19 +581,20 @@ private:
     } catch (const EConvertError&) {
       return;
     }
-    IPtr<ILxDOMDocument> Again = LxCreateDOM(u"");
-    auto* Reloaded = static_cast<TLxDOMDocument*>(NodeOf(Again.Get()));
-    bool Loaded = true;
-    Guarded([&] {
-      TOwned<TLxMemoryStream> Stream(New<TLxMemoryStream>(static_cast<const void*>(First.data()),
-                                                          static_cast<Int64>(First.size())));
-      Loaded = false;
-      Reloaded->LoadFromStream(Stream.get(), 65001);
-      Loaded = true;
-    });
-    if (Loaded && Saved(Reloaded) != First) {
-      std::fprintf(stderr, "saved: %s\nagain: %s\n", First.c_str(), Saved(Reloaded).c_str());
+    IPtr<ILxDOMDocument> Again = Reloaded(First);
+    if (!Again)
+      return;
+    const std::string Second = Saved(static_cast<TLxDOMDocument*>(NodeOf(Again.Get())));
+    if (Second == First)
+      return;
+    if (WithoutDeclarations(Second) != WithoutDeclarations(First)) {
+      std::fprintf(stderr, "saved: %s\nagain: %s\n", First.c_str(), Second.c_str());
       Fail("the saved text doesn't come back");
+    }
+    IPtr<ILxDOMDocument> Third = Reloaded(Second);
+    if (Third && Saved(static_cast<TLxDOMDocument*>(NodeOf(Third.Get()))) != Second) {
+      std::fprintf(stderr, "saved: %s\nagain: %s\n", First.c_str(), Second.c_str());
+      Fail("the declarations a load adds don't settle");
     }
   }
 

@@ -200,6 +200,17 @@ TEST_F(DomDocument, NamespacesOfALoadedTreeResolveByPrefix) {
   EXPECT_EQ(Added->GetNamespaceURI(), u"u");
 }
 
+TEST_F(DomDocument, ALoadDeclaresTheDefaultURIOnAnElementThatMetItUnderAnotherPrefix) {
+  // The reader gives the inner r the default URI "u", which its own xmlns:x also declares; the
+  // load keeps that URI, and the outermost declaration of "u" in scope has a prefix that r lacks.
+  Load(u"<r xmlns:p=\"u\" xmlns=\"u\"><q:a><r xmlns:x=\"u\"><a/></r></q:a></r>");
+  EXPECT_EQ(FDocument->GetXML(), u"<r xmlns:p=\"u\" xmlns=\"u\"><q:a><r xmlns:x=\"u\" "
+                                 u"xmlns=\"u\"><a /></r></q:a></r>");
+  // Loaded once more, the text stays as it is.
+  const UnicodeString Once = FDocument->GetXML();
+  EXPECT_EQ(Load(Once)->GetXML(), Once);
+}
+
 TEST_F(DomDocument, InnerXMLIsTheChildElementsOnly) {
   Load(u"<a>text<b>1</b><!--c--><c/></a>");
   TLxDOMElement* Root = FDocument->GetRootNode();
