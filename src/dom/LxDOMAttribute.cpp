@@ -110,7 +110,7 @@ void TLxDOMAttribute::SetQualifiedName(const UnicodeString& Value) {
 void TLxDOMAttribute::SetParentNode(TLxDOMObject* AParent) {
   const bool HadParent = FParent != nullptr;
   if (!FDestroying && HadParent && !AParent) {
-    FNamespaceURI = GetNamespaceURI();
+    FNamespaceURI = KeptOnLeaving([&] { return GetNamespaceURI(); }, UnicodeString());
     FNamespaceSet = true;
     // The declaration belongs to the tree being left; only a link to itself stays sound.
     if (FNamespace != this)

@@ -136,15 +136,16 @@ void TLxDOMElement::SetParentNode(TLxDOMObject* AParent) {
   }
   const bool HadParent = FParent != nullptr;
   // The values that may fail to decode are read before anything changes.
-  if (FNamespace) {
-    FNamespaceURI = FNamespace->GetNodeValue();
-    FNamespaceSet = true;
-  } else if (HadParent && !AParent) {
-    FNamespaceURI = GetNamespaceURI();
+  if (FNamespace || (HadParent && !AParent)) {
+    FNamespaceURI =
+        KeptOnLeaving([&] { return FNamespace ? FNamespace->GetNodeValue() : GetNamespaceURI(); },
+                      UnicodeString());
     FNamespaceSet = true;
   }
   TLxDOMAttribute* Space = OwnSpaceAttribute();
-  const bool Preserve = Space && SameText(Space->GetNodeValue(), u"preserve");
+  const bool Preserve =
+      Space &&
+      KeptOnLeaving([&] { return SameText(Space->GetNodeValue(), u"preserve"); }, FPreserveSpace);
   inherited::SetParentNode(AParent);
   if (HadParent && !AParent)
     ForgetOutsideDeclarations();

@@ -177,6 +177,20 @@ TEST_F(DomTreeEdits, ADeclarationFreedBesideOneThatDoesNotDecodeStillLeaves) {
   EXPECT_EQ(FDocument->GetXML(), u"<r xmlns:p=\"&#;\"><q:c q:a=\"1\" /></r>");
 }
 
+TEST_F(DomTreeEdits, HeldChildrenLeaveTheirDestroyedParentEvenWhereTheirPlaceDoesNotDecode) {
+  // A destruction can't stop halfway: each held child keeps what decodes of its place.
+  Load(u"<r xmlns:p=\"&#;\" p:a=\"1\"><p:c/></r>");
+  TLxDOMElement* R = Root();
+  IPtr<ILxDOMNode> A = DOMInterface<ILxDOMNode>(R->FindAttribute(u"p:a"));
+  IPtr<ILxDOMElement> C = DOMInterface<ILxDOMElement>(R->FirstElement());
+  R->Free();
+  EXPECT_EQ(FDocument->NodeCount(), 0);
+  EXPECT_EQ(C->ParentNode(), nullptr);
+  EXPECT_EQ(C->GetNamespaceURI(), u"");
+  EXPECT_EQ(A->GetNamespaceURI(), u"");
+  EXPECT_EQ(C->GetXML(), u"<p:c />");
+}
+
 TEST_F(DomTreeEdits, AHeldElementWhoseDestructionIsRefusedKeepsNoLinkToWhatWasFreed) {
   Load(u"<p:r xmlns:p=\"u\"><p:a/>t</p:r>");
   TLxDOMElement* A = Root()->FirstElement();

@@ -184,6 +184,17 @@ protected:
   /// "xml:space": the values that resolving namespaces there reads. One that doesn't decode
   /// raises EConvertError here, before an edit changes the tree, rather than halfway through it.
   void CheckNamespaceValues(TLxDOMNode* ASubtree);
+  /// What ARead gives for a node that leaves its parent. A parent that is being destroyed can't
+  /// stop halfway: there a value that doesn't decode gives AFallback instead of raising.
+  template <class T, class F> T KeptOnLeaving(F&& ARead, T AFallback) const {
+    if (!FParent || !FParent->Destroying())
+      return ARead();
+    try {
+      return ARead();
+    } catch (const EConvertError&) {
+      return AFallback;
+    }
+  }
   /// Takes ANode out of this node's lists; changes nothing else and raises nothing.
   virtual void ForgetChild(TLxDOMNode* ANode);
   /// Drops the links of this node's subtree into the tree it leaves; raises nothing.
