@@ -7,6 +7,7 @@
 #include "lorvane/uLxCore.h"
 #include "lorvane/uLxJSON.h"
 #include "lorvane/uLxXMLUtils.h"
+#include "support/DocumentedFailures.h"
 
 #include "lorvane/platform/CodePages.h"
 #include "lorvane/platform/DateUtils.h"
@@ -37,18 +38,13 @@ void Require(bool ACondition, const char* AWhat) {
   }
 }
 
-/// The documented failures of the conversions; anything else escapes and is a finding. The
+/// The documented failures of the conversions pass; anything else escapes and is a finding. The
 /// result of AAction, or nothing when it failed as documented.
 template <class F> auto Attempt(F&& AAction) -> std::optional<decltype(AAction())> {
   try {
     return AAction();
-  } catch (const EConvertError&) {
-  } catch (const EEncodingError&) {
-    // unknown code page names and numbers
-  } catch (const Exception& E) {
-    const UnicodeString& M = E.Message();
-    if (M != u"The XMLDateTime value did not contain timezone information!" &&
-        M.rfind(u"LxXMLToDuration; ", 0) != 0)
+  } catch (const std::exception& E) {
+    if (!documented::IsDocumented(documented::TEntry::ValueConversions, E))
       throw;
   }
   return std::nullopt;

@@ -113,10 +113,14 @@ std::vector<HostileCase> MakeCases() {
       {E::FormDocumentLoad, F::InvalidObjectType, "an object key, then an array key, of one name",
        [] { LoadJSONDocument("a[x]=1&a[]=2&a=3&a[0][1][]=4", CP_UTF8, true); }},
 
-      {E::XMLValueText, F::ConvertError, "an integer that isn't one", [] { LxXMLToInt(u"1x"); }},
-      {E::XMLValueText, F::DurationText, "a duration without P", [] { LxXMLToDuration(u"1D"); }},
-      {E::XMLValueText, F::NoTimeZone, "a date and time without a zone where one is asked for",
+      {E::ValueConversions, F::ConvertError, "an integer that isn't one",
+       [] { LxXMLToInt(u"1x"); }},
+      {E::ValueConversions, F::DurationText, "a duration without P",
+       [] { LxXMLToDuration(u"1D"); }},
+      {E::ValueConversions, F::NoTimeZone, "a date and time without a zone where one is asked for",
        [] { LxXMLToDateTime(u"2020-01-02T03:04:05", tzfUTC); }},
+      {E::ValueConversions, F::EncodingError, "a code page name nobody knows",
+       [] { LxCodePage(u"no-such-encoding"); }},
   };
 }
 

@@ -80,7 +80,8 @@ enum class TEntry {
   XMLDocumentLoad,  // TLxDOMDocument: LoadXML, LoadFromStream
   JSONDocumentLoad, // TLxJSONDocument: SetAsJSON, LoadFromStream
   FormDocumentLoad, // TLxJSONDocument::LoadFromStream of a form post
-  XMLValueText,     // the strict text-to-value conversions, LxXMLTo<T>(text)
+  ValueConversions, // text to value: LxXMLTo<T>, the JSON date forms, StrTo<T>, Base64, code
+                    // page names and numbers, the Inc... date steps
 };
 
 struct TEntryFailures {
@@ -111,9 +112,10 @@ inline const TEntryFailures Census[] = {
      "form post document load",
      {TFailure::TextEnded, TFailure::ConvertError, TFailure::EncodingNotSupported,
       TFailure::InvalidUTF8, TFailure::BracketExpected, TFailure::InvalidObjectType}},
-    {TEntry::XMLValueText,
-     "XML value text",
-     {TFailure::ConvertError, TFailure::DurationText, TFailure::NoTimeZone}},
+    {TEntry::ValueConversions,
+     "value conversions",
+     {TFailure::ConvertError, TFailure::DurationText, TFailure::NoTimeZone,
+      TFailure::EncodingError}},
 };
 
 inline const TEntryFailures& FailuresOf(TEntry AEntry) {
