@@ -1,7 +1,10 @@
 // The reader frame (sources, locator, failure road) and the XML format's flat parse loop.
 #include "lorvane/sax/LxSAXReader.h"
 
+#include "core/internal/RawScan.h"
 #include "core/internal/ReaderFrame.h"
+
+#include <cstring>
 
 namespace lorvane {
 
@@ -96,6 +99,25 @@ const TLxCharSet ValueStart{'\'', '"', '>', '<'};
 const TLxCharSet AfterValue = TLxCharSet{'\'', '"'} + ControlsAndBlank;
 const TLxCharSet TargetEnd{' ', '?'};
 
+// The in-place scan of a tag takes names of these bytes only (ASCII, no delimiter of a name);
+// any other byte ends the name, and all but the delimiters hand the tag to the scan by
+// characters.
+const TLxCharSet NameBytes = TLxCharSet::Range(0, 0x7F) - ElementNameEnd;
+
+constexpr bool IsASCIINameStart(Byte AByte) noexcept {
+  return (AByte >= 'A' && AByte <= 'Z') || (AByte >= 'a' && AByte <= 'z') || AByte == '_';
+}
+
+const Byte* SkipNameBytes(const Byte* AFrom, const Byte* ATo) noexcept {
+  while (AFrom < ATo && NameBytes.Contains(*AFrom))
+    ++AFrom;
+  return AFrom;
+}
+
+constexpr Byte AttributeNameStops[] = {'=', ':', '>', '<'};
+constexpr Byte AttributeLocalNameStops[] = {'=', '>', '<'};
+constexpr Byte ValueStartStops[] = {'\'', '"', '>', '<'};
+
 } // namespace
 
 TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
@@ -111,6 +133,8 @@ void TLxSAXXMLReader::ResetParseState() {
     FAttributes->Clear();
   FContent = nullptr;
   FLexical = nullptr;
+  FRawAttributes.clear();
+  FAfterRawAttributes = nullptr;
 }
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
@@ -131,6 +155,7 @@ void TLxSAXXMLReader::InternalParse() {
   FContent = Content.Get();
   FLexical = Lexical.Get();
   TLxXMLParser* P = FXMLParser;
+  FScanInPlace = P->GetCharacterSetType() == csUTF8;
   Integer Depth = 0;
   readerframe::ReportingFailures(
       FUnexpectedEOF,
@@ -175,6 +200,12 @@ void TLxSAXXMLReader::InternalParse() {
 
 bool TLxSAXXMLReader::ParseMarkupBesideElements() {
   TLxXMLParser* P = FXMLParser;
+  if (FScanInPlace && P->RawReadEnd() - P->RawCursor() >= 2) {
+    // No byte but '!' and '?' themselves decodes to either in UTF-8.
+    const Byte Next = P->RawCursor()[1];
+    if (Next != '!' && Next != '?')
+      return false;
+  }
   const WideChar Next = P->PeekChar()[0];
   if (Next == u'!') {
     P->NextChar();
@@ -383,19 +414,127 @@ void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer A
     P->SkipWhile(spNotEqual, Quote);
     P->SelectInto(A->Value, tpMark1, tpCurrent, true);
     A->AttrType = TLxSAXAttributeType::CDATA;
-    if (A->QName.size() == 5 && SameText(A->QName, u"xmlns")) {
-      A->URI.clear();
-      FNamespaceList.AddURI(ALevel, LxXMLString(), A->Value);
-    } else if (FAttributePrefix.size() == 5 && SameText(FAttributePrefix, u"xmlns")) {
-      A->URI.clear();
-      FNamespaceList.AddURI(ALevel, A->LocalName, A->Value);
-    } else {
-      A->URI = FNamespaceList.URIOf(FAttributePrefix);
-    }
+    ResolveAttribute(A, ALevel);
     P->SkipSet(spInSet, AfterValue);
     if (P->_GetEOF() || P->RawEquals(P->FGt) || P->RawEquals(P->FSlash))
       return;
   }
+}
+
+void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, Integer ALevel) {
+  if (AAttribute->QName.size() == 5 && SameText(AAttribute->QName, u"xmlns")) {
+    AAttribute->URI.clear();
+    FNamespaceList.AddURI(ALevel, LxXMLString(), AAttribute->Value);
+  } else if (FAttributePrefix.size() == 5 && SameText(FAttributePrefix, u"xmlns")) {
+    AAttribute->URI.clear();
+    FNamespaceList.AddURI(ALevel, AAttribute->LocalName, AAttribute->Value);
+  } else {
+    AAttribute->URI = FNamespaceList.URIOf(FAttributePrefix);
+  }
+}
+
+bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
+  TLxXMLParser* P = FXMLParser;
+  const Byte* const End = P->RawReadEnd();
+  const Byte* At = P->RawCursor();
+  if (End - At < 2 || *At != '<')
+    return false;
+  const bool EndTag = *++At == '/';
+  if (EndTag && ++At == End)
+    return false;
+  // The names: a colon, '<' or a byte from 0x80 on needs the checks of the scan by characters.
+  if (!IsASCIINameStart(*At))
+    return false;
+  const Byte* const Name = At;
+  const Byte* Colon = nullptr;
+  At = SkipNameBytes(At, End);
+  if (At != End && *At == ':') {
+    Colon = At++;
+    if (At == End || !IsASCIINameStart(*At))
+      return false;
+    At = SkipNameBytes(At, End);
+    if (At != End && *At == ':')
+      return false;
+  }
+  if (At == End || *At >= 0x80 || *At == '<')
+    return false;
+  const Byte* const NameEnd = At;
+  while (At != End && *At == ' ')
+    ++At;
+  if (At == End || (EndTag && *At != '>'))
+    return false;
+  // The attributes, each up to the character behind its value and the blanks after it.
+  FRawAttributes.clear();
+  if (!EndTag) {
+    while (*At != '/' && *At != '>') {
+      TRawAttribute R{At, nullptr, At, nullptr, nullptr, nullptr};
+      const Byte* Stop = rawscan::FindAnyOf(At, End, AttributeNameStops, 4);
+      if (Stop == End || *Stop == '<' || *Stop == '>')
+        return false;
+      if (*Stop == ':') {
+        R.Colon = Stop;
+        while (Stop != End && *Stop == ':')
+          ++Stop;
+        R.LocalName = Stop;
+        Stop = rawscan::FindAnyOf(Stop, End, AttributeLocalNameStops, 3);
+        if (Stop == End || *Stop != '=')
+          return false;
+      }
+      R.NameEnd = Stop;
+      Stop = rawscan::FindAnyOf(Stop, End, ValueStartStops, 4);
+      if (Stop == End || *Stop == '<' || *Stop == '>')
+        return false;
+      R.Value = Stop + 1;
+      R.ValueEnd = static_cast<const Byte*>(
+          std::memchr(R.Value, *Stop, static_cast<std::size_t>(End - R.Value)));
+      if (!R.ValueEnd)
+        return false;
+      At = R.ValueEnd;
+      while (At != End && AfterValue.Contains(*At))
+        ++At;
+      if (At == End)
+        return false;
+      FRawAttributes.push_back(R);
+    }
+  }
+  FAfterRawAttributes = At;
+  AEndTag = EndTag;
+  FPrefix.clear();
+  if (Colon) {
+    FPrefix.assign(Name, Colon);
+    FLocalName.assign(Colon + 1, NameEnd);
+  } else {
+    FLocalName.assign(Name, NameEnd);
+  }
+  FQName.assign(Name, NameEnd);
+  P->SetRawCursor(FRawAttributes.empty() ? At : FRawAttributes.front().Name);
+  return true;
+}
+
+void TLxSAXXMLReader::TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer ALevel) {
+  TLxXMLParser* P = FXMLParser;
+  MarkStart();
+  for (const TRawAttribute& R : FRawAttributes) {
+    PLxSAXXMAttribute A = AAttributes->Append();
+    if (R.Colon) {
+      P->DecodeInto(FAttributePrefix, R.Name, static_cast<std::size_t>(R.Colon - R.Name));
+      P->DecodeInto(A->LocalName, R.LocalName, static_cast<std::size_t>(R.NameEnd - R.LocalName));
+      TrimInPlace(A->LocalName);
+      P->DecodeInto(A->QName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(A->QName);
+    } else {
+      FAttributePrefix.clear();
+      P->DecodeInto(A->LocalName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(A->LocalName);
+      A->QName = A->LocalName;
+    }
+    P->DecodeInto(A->Value, R.Value, static_cast<std::size_t>(R.ValueEnd - R.Value));
+    A->AttrType = TLxSAXAttributeType::CDATA;
+    // A declaration's handler sees the cursor on the closing quote, as in ParseAtrributes.
+    P->SetRawCursor(R.ValueEnd);
+    ResolveAttribute(A, ALevel);
+  }
+  P->SetRawCursor(FAfterRawAttributes);
 }
 
 void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
@@ -446,14 +585,13 @@ void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
   }
 }
 
-void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
+void TLxSAXXMLReader::ScanTagNames(bool& AEndTag) {
   TLxXMLParser* P = FXMLParser;
-  MarkStart();
   if (!P->RawEquals(P->FLt))
     P->CheckCurrChar(P->FLt, true);
   P->NextChar();
-  const bool EndTag = P->RawEquals(P->FSlash);
-  if (EndTag)
+  AEndTag = P->RawEquals(P->FSlash);
+  if (AEndTag)
     P->MoveNext();
   P->CheckValidNameStartChar();
   P->SetMark(tpMark1);
@@ -480,10 +618,19 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     FQName = FLocalName;
     P->ClearMark(tpMark2);
   }
+  P->SkipWhile(spEqual, P->FSpace);
+}
+
+void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
+  TLxXMLParser* P = FXMLParser;
+  MarkStart();
+  bool EndTag = false;
+  const bool InPlace = FScanInPlace && ScanTagInPlace(EndTag);
+  if (!InPlace)
+    ScanTagNames(EndTag);
   const LxXMLString& Prefix = FPrefix;
   const LxXMLString& LocalName = FLocalName;
   const LxXMLString& QName = FQName;
-  P->SkipWhile(spEqual, P->FSpace);
 
   if (EndTag) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
@@ -508,7 +655,10 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
       if (!FAttributes)
         FAttributes = New<TLxSAXXMAttributes>();
       Attributes = Used.List = FAttributes;
-      ParseAtrributes(Attributes, ALevel);
+      if (InPlace)
+        TakeRawAttributes(Attributes, ALevel);
+      else
+        ParseAtrributes(Attributes, ALevel);
     }
     if (P->RawEquals(P->FSlash)) {
       const LxXMLString& URI = FNamespaceList.URIOf(Prefix);

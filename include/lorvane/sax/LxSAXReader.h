@@ -116,6 +116,20 @@ private:
   void ParseTag(Integer& ALevel);
   void ParseAfterRoot(Integer& ALevel);
   void ParseTextBehindTag();
+  /// The common tag (ASCII names, every attribute quoted, the whole tag read already) scanned in
+  /// the raw window of a UTF-8 text: its names go to FPrefix, FLocalName and FQName, where its
+  /// attributes lie to FRawAttributes, and the cursor to where the scan by characters would
+  /// stand before the attributes. Anything else, failures included, leaves everything as it was
+  /// and gives false: the scan by characters takes the tag.
+  bool ScanTagInPlace(bool& AEndTag);
+  /// The names of a tag by characters, up to the blanks behind them.
+  void ScanTagNames(bool& AEndTag);
+  /// The attributes that ScanTagInPlace found, into the list, with the same declarations and
+  /// cursor moves as ParseAtrributes.
+  void TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
+  /// A declaration in an attribute is added to the namespace list; another attribute gets the
+  /// URI of its prefix.
+  void ResolveAttribute(PLxSAXXMAttribute AAttribute, Integer ALevel);
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;
@@ -126,6 +140,18 @@ private:
   TLxSAXXMAttributes* FAttributes = nullptr; // the list of the element being started
   // Token strings reused from tag to tag, so that their memory is allocated once.
   LxXMLString FPrefix, FLocalName, FQName, FText, FAttributePrefix;
+  /// Where the parts of one attribute lie in the raw window; Colon is nil without a prefix.
+  struct TRawAttribute {
+    const Byte* Name;
+    const Byte* Colon;
+    const Byte* LocalName;
+    const Byte* NameEnd;
+    const Byte* Value;
+    const Byte* ValueEnd;
+  };
+  std::vector<TRawAttribute> FRawAttributes;
+  const Byte* FAfterRawAttributes = nullptr;
+  bool FScanInPlace = false; // the text is UTF-8
 };
 
 } // namespace lorvane
