@@ -114,6 +114,18 @@ const Byte* SkipNameBytes(const Byte* AFrom, const Byte* ATo) noexcept {
   return AFrom;
 }
 
+// The name cache: entries per kind (a power of two), and the longest raw name it keeps.
+constexpr std::size_t NameCacheSlots = 64;
+constexpr std::size_t LongestCachedName = 64;
+
+// ASCII bytes as UTF-16, into a string that keeps its capacity.
+void AssignASCII(LxXMLString& ATarget, const Byte* AFrom, const Byte* ATo) {
+  ATarget.resize(static_cast<std::size_t>(ATo - AFrom));
+  char16_t* Out = ATarget.data();
+  for (const Byte* P = AFrom; P != ATo; ++P)
+    *Out++ = *P;
+}
+
 constexpr Byte AttributeNameStops[] = {'=', ':', '>', '<'};
 constexpr Byte AttributeLocalNameStops[] = {'=', '>', '<'};
 constexpr Byte ValueStartStops[] = {'\'', '"', '>', '<'};
@@ -135,6 +147,8 @@ void TLxSAXXMLReader::ResetParseState() {
   FLexical = nullptr;
   FRawAttributes.clear();
   FAfterRawAttributes = nullptr;
+  for (TNameEntry& Entry : FNameCache)
+    Entry.Raw.clear();
 }
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
@@ -414,23 +428,39 @@ void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer A
     P->SkipWhile(spNotEqual, Quote);
     P->SelectInto(A->Value, tpMark1, tpCurrent, true);
     A->AttrType = TLxSAXAttributeType::CDATA;
-    ResolveAttribute(A, ALevel);
+    ResolveAttribute(A, FAttributePrefix, ALevel);
     P->SkipSet(spInSet, AfterValue);
     if (P->_GetEOF() || P->RawEquals(P->FGt) || P->RawEquals(P->FSlash))
       return;
   }
 }
 
-void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, Integer ALevel) {
+void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXMLString& APrefix,
+                                       Integer ALevel) {
   if (AAttribute->QName.size() == 5 && SameText(AAttribute->QName, u"xmlns")) {
     AAttribute->URI.clear();
     FNamespaceList.AddURI(ALevel, LxXMLString(), AAttribute->Value);
-  } else if (FAttributePrefix.size() == 5 && SameText(FAttributePrefix, u"xmlns")) {
+  } else if (APrefix.size() == 5 && SameText(APrefix, u"xmlns")) {
     AAttribute->URI.clear();
     FNamespaceList.AddURI(ALevel, AAttribute->LocalName, AAttribute->Value);
   } else {
-    AAttribute->URI = FNamespaceList.URIOf(FAttributePrefix);
+    AAttribute->URI = FNamespaceList.URIOf(APrefix);
   }
+}
+
+TLxSAXXMLReader::TNameEntry* TLxSAXXMLReader::CachedName(bool AAttribute, const Byte* AFrom,
+                                                         const Byte* ATo, bool& AFound) {
+  const std::size_t Length = static_cast<std::size_t>(ATo - AFrom);
+  if (Length == 0 || Length > LongestCachedName)
+    return nullptr;
+  if (FNameCache.empty())
+    FNameCache.resize(2 * NameCacheSlots);
+  const std::size_t Hash = Length * 7 + AFrom[0] * 3 + AFrom[Length / 2] * 5 + ATo[-1];
+  TNameEntry& Entry = FNameCache[(AAttribute ? NameCacheSlots : 0) + (Hash & (NameCacheSlots - 1))];
+  AFound = Entry.Raw.size() == Length && std::memcmp(Entry.Raw.data(), AFrom, Length) == 0;
+  if (!AFound)
+    Entry.Raw.assign(reinterpret_cast<const char*>(AFrom), Length);
+  return &Entry;
 }
 
 bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
@@ -499,14 +529,24 @@ bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
   }
   FAfterRawAttributes = At;
   AEndTag = EndTag;
-  FPrefix.clear();
-  if (Colon) {
-    FPrefix.assign(Name, Colon);
-    FLocalName.assign(Colon + 1, NameEnd);
-  } else {
-    FLocalName.assign(Name, NameEnd);
+  bool Found = false;
+  TNameEntry* Entry = CachedName(false, Name, NameEnd, Found);
+  LxXMLString* Prefix = Entry ? &Entry->Prefix : &FPrefix;
+  LxXMLString* LocalName = Entry ? &Entry->LocalName : &FLocalName;
+  LxXMLString* QName = Entry ? &Entry->QName : &FQName;
+  if (!Found) {
+    Prefix->clear();
+    if (Colon) {
+      AssignASCII(*Prefix, Name, Colon);
+      AssignASCII(*LocalName, Colon + 1, NameEnd);
+    } else {
+      AssignASCII(*LocalName, Name, NameEnd);
+    }
+    AssignASCII(*QName, Name, NameEnd);
   }
-  FQName.assign(Name, NameEnd);
+  FTagPrefix = Prefix;
+  FTagLocalName = LocalName;
+  FTagQName = QName;
   P->SetRawCursor(FRawAttributes.empty() ? At : FRawAttributes.front().Name);
   return true;
 }
@@ -516,7 +556,26 @@ void TLxSAXXMLReader::TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer
   MarkStart();
   for (const TRawAttribute& R : FRawAttributes) {
     PLxSAXXMAttribute A = AAttributes->Append();
-    if (R.Colon) {
+    bool Found = false;
+    TNameEntry* Entry = CachedName(true, R.Name, R.NameEnd, Found);
+    if (Entry && !Found) {
+      if (R.Colon) {
+        P->DecodeInto(Entry->Prefix, R.Name, static_cast<std::size_t>(R.Colon - R.Name));
+        P->DecodeInto(Entry->LocalName, R.LocalName,
+                      static_cast<std::size_t>(R.NameEnd - R.LocalName));
+        TrimInPlace(Entry->LocalName);
+      } else {
+        Entry->Prefix.clear();
+        P->DecodeInto(Entry->LocalName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+        TrimInPlace(Entry->LocalName);
+      }
+      P->DecodeInto(Entry->QName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(Entry->QName);
+    }
+    if (Entry) {
+      A->LocalName = Entry->LocalName;
+      A->QName = Entry->QName;
+    } else if (R.Colon) {
       P->DecodeInto(FAttributePrefix, R.Name, static_cast<std::size_t>(R.Colon - R.Name));
       P->DecodeInto(A->LocalName, R.LocalName, static_cast<std::size_t>(R.NameEnd - R.LocalName));
       TrimInPlace(A->LocalName);
@@ -532,7 +591,7 @@ void TLxSAXXMLReader::TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer
     A->AttrType = TLxSAXAttributeType::CDATA;
     // A declaration's handler sees the cursor on the closing quote, as in ParseAtrributes.
     P->SetRawCursor(R.ValueEnd);
-    ResolveAttribute(A, ALevel);
+    ResolveAttribute(A, Entry ? Entry->Prefix : FAttributePrefix, ALevel);
   }
   P->SetRawCursor(FAfterRawAttributes);
 }
@@ -628,9 +687,9 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
   const bool InPlace = FScanInPlace && ScanTagInPlace(EndTag);
   if (!InPlace)
     ScanTagNames(EndTag);
-  const LxXMLString& Prefix = FPrefix;
-  const LxXMLString& LocalName = FLocalName;
-  const LxXMLString& QName = FQName;
+  const LxXMLString& Prefix = InPlace ? *FTagPrefix : FPrefix;
+  const LxXMLString& LocalName = InPlace ? *FTagLocalName : FLocalName;
+  const LxXMLString& QName = InPlace ? *FTagQName : FQName;
 
   if (EndTag) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);

@@ -248,8 +248,18 @@ TEST(XmlReader, Utf8TagsReadInPlaceGiveWhatTheCharacterScanGives) {
                                u"<a/>",
                                u"<ab/>"})
     Texts.emplace_back(Text);
+  // More names than the name cache keeps, many of them alike, each coming back later: every
+  // entry is replaced and hit, and names that share their ends must not be taken for each other.
+  LxXMLString Many = u"<r xmlns:p='u'>";
+  for (int Round = 0; Round < 3; ++Round)
+    for (int I = 0; I < 150; I += 1 + Round) {
+      const LxXMLString N = UTF8ToString(std::to_string(I));
+      Many += u"<e" + N + u" p:a" + N + u"='" + N + u"' a" + N + u"x='1'\n b" + N + u"=''><p:e" +
+              N + u"/></e" + N + u">";
+    }
+  Texts.push_back(Many + u"</r>");
   for (const LxXMLString& Text : Texts) {
-    SCOPED_TRACE(StringToUTF8(Text));
+    SCOPED_TRACE(StringToUTF8(Text).substr(0, 80));
     const RawByteString Utf8 = StringToUTF8(Text);
     EXPECT_EQ(Run([&](TLxSAXXMLReader* R) { R->Parse(Utf8, CP_UTF8); }, false),
               Run([&](TLxSAXXMLReader* R) { R->Parse(Text); }, false));

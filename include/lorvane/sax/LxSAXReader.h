@@ -2,6 +2,9 @@
 /// a string and runs a format's parse loop, and TLxSAXXMLReader, the XML format.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "lorvane/sax/LxSAXAttributes.h"
 #include "lorvane/sax/LxXMLParser.h"
 
@@ -129,7 +132,19 @@ private:
   void TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
   /// A declaration in an attribute is added to the namespace list; another attribute gets the
   /// URI of its prefix.
-  void ResolveAttribute(PLxSAXXMAttribute AAttribute, Integer ALevel);
+  void ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXMLString& APrefix, Integer ALevel);
+
+  /// The names that the raw bytes of one tag or attribute name give, kept so that the same bytes
+  /// are not decoded again (most documents use a few names many times). Prefix is the text
+  /// before the first colon as ParseTag or ParseAtrributes takes it.
+  struct TNameEntry {
+    std::string Raw;
+    LxXMLString Prefix, LocalName, QName;
+  };
+  /// The entry for the raw name [AFrom, ATo) among the element names (AAttribute false) or the
+  /// attribute names; AFound says whether it holds the names already, else its Raw is set and
+  /// the caller fills in the names. Nil for a name too long or empty, which isn't kept.
+  TNameEntry* CachedName(bool AAttribute, const Byte* AFrom, const Byte* ATo, bool& AFound);
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;
@@ -150,6 +165,13 @@ private:
     const Byte* ValueEnd;
   };
   std::vector<TRawAttribute> FRawAttributes;
+  // Element names in the first half, attribute names in the second; emptied for each parse, so
+  // its memory is bounded by its size and the longest name it keeps.
+  std::vector<TNameEntry> FNameCache;
+  // The names of the tag being parsed: in the cache, or in FPrefix, FLocalName and FQName.
+  const LxXMLString* FTagPrefix = &FPrefix;
+  const LxXMLString* FTagLocalName = &FLocalName;
+  const LxXMLString* FTagQName = &FQName;
   const Byte* FAfterRawAttributes = nullptr;
   bool FScanInPlace = false; // the text is UTF-8
 };
