@@ -343,6 +343,8 @@ void TLxSAXXMLReader::ParseCDATA() {
 void TLxSAXXMLReader::ParseCharacters() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
+  if (FScanInPlace && ParseCharactersInPlace())
+    return;
   P->SetMark(tpMark1);
   // The run reaches the next '<' (its first character is never one) and is white space when no
   // character in it is above U+0020: two skips give what a walk character by character gives.
@@ -372,6 +374,30 @@ void TLxSAXXMLReader::ParseCharacters() {
   }
   P->ClearMark(tpMark1);
   P->ClearMark(tpMark2);
+}
+
+bool TLxSAXXMLReader::ParseCharactersInPlace() {
+  // A run that ends at a '<' in the raw window: the run is white space when no byte of it is
+  // above 0x20 (no byte of a UTF-8 sequence is), and the cursor stands on the '<' during the
+  // event, as after the skips by characters.
+  TLxXMLParser* P = FXMLParser;
+  const Byte* const From = P->RawCursor();
+  const Byte* const End = P->RawReadEnd();
+  if (From == End)
+    return false;
+  const auto* Lt = static_cast<const Byte*>(std::memchr(From, '<', std::size_t(End - From)));
+  if (!Lt || Lt == From)
+    return false;
+  const Byte* Text = From;
+  while (Text != Lt && *Text <= 0x20)
+    ++Text;
+  P->SetRawCursor(Lt);
+  P->DecodeInto(FText, From, std::size_t(Lt - From));
+  if (Text == Lt)
+    FContent->IgnorableWhitespace(FText);
+  else
+    FContent->Characters(FText);
+  return true;
 }
 
 namespace {

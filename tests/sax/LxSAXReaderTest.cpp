@@ -196,6 +196,10 @@ TEST(XmlReader, Utf8TagsReadInPlaceGiveWhatTheCharacterScanGives) {
       Place();
       TEventRecorder::Characters(AText);
     }
+    void IgnorableWhitespace(const LxXMLString& AText) override {
+      Place();
+      TEventRecorder::IgnorableWhitespace(AText);
+    }
   };
   // Run gives the transcript with places, the failure and the locator after it.
   auto Run = [](auto AParse, bool AWithPosition = true) {

@@ -113,6 +113,9 @@ private:
   void ParseDTD();
   void ParseCDATA();
   void ParseCharacters();
+  /// A run of character data in the raw window of a UTF-8 text, up to the '<' behind it; false
+  /// with nothing done where the window holds no '<'.
+  bool ParseCharactersInPlace();
   void ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
   void ParseElement(Integer& ALevel);
   /// One tag, start, empty or end, up to its closing '>'.
