@@ -114,9 +114,23 @@ const Byte* SkipNameBytes(const Byte* AFrom, const Byte* ATo) noexcept {
   return AFrom;
 }
 
-// The name cache: entries per kind (a power of two), and the longest raw name it keeps.
+// The name cache: entries per kind (a power of two).
 constexpr std::size_t NameCacheSlots = 64;
-constexpr std::size_t LongestCachedName = 64;
+
+// Names are short: a plain loop beats a call to memcmp.
+bool SameBytes(const Byte* A, const Byte* B, std::size_t ALength) noexcept {
+  for (; ALength >= 8; A += 8, B += 8, ALength -= 8) {
+    UInt64 X, Y;
+    std::memcpy(&X, A, 8);
+    std::memcpy(&Y, B, 8);
+    if (X != Y)
+      return false;
+  }
+  for (; ALength > 0; --ALength)
+    if (*A++ != *B++)
+      return false;
+  return true;
+}
 
 // ASCII bytes as UTF-16, into a string that keeps its capacity.
 void AssignASCII(LxXMLString& ATarget, const Byte* AFrom, const Byte* ATo) {
@@ -148,7 +162,7 @@ void TLxSAXXMLReader::ResetParseState() {
   FRawAttributes.clear();
   FAfterRawAttributes = nullptr;
   for (TNameEntry& Entry : FNameCache)
-    Entry.Raw.clear();
+    Entry.Length = 0;
 }
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
@@ -170,6 +184,8 @@ void TLxSAXXMLReader::InternalParse() {
   FLexical = Lexical.Get();
   TLxXMLParser* P = FXMLParser;
   FScanInPlace = P->GetCharacterSetType() == csUTF8;
+  if (FScanInPlace && FNameCache.empty())
+    FNameCache.resize(2 * NameCacheSlots);
   Integer Depth = 0;
   readerframe::ReportingFailures(
       FUnexpectedEOF,
@@ -477,15 +493,15 @@ void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXML
 TLxSAXXMLReader::TNameEntry* TLxSAXXMLReader::CachedName(bool AAttribute, const Byte* AFrom,
                                                          const Byte* ATo, bool& AFound) {
   const std::size_t Length = static_cast<std::size_t>(ATo - AFrom);
-  if (Length == 0 || Length > LongestCachedName)
+  if (Length == 0 || Length > TNameEntry::Longest)
     return nullptr;
-  if (FNameCache.empty())
-    FNameCache.resize(2 * NameCacheSlots);
   const std::size_t Hash = Length * 7 + AFrom[0] * 3 + AFrom[Length / 2] * 5 + ATo[-1];
   TNameEntry& Entry = FNameCache[(AAttribute ? NameCacheSlots : 0) + (Hash & (NameCacheSlots - 1))];
-  AFound = Entry.Raw.size() == Length && std::memcmp(Entry.Raw.data(), AFrom, Length) == 0;
-  if (!AFound)
-    Entry.Raw.assign(reinterpret_cast<const char*>(AFrom), Length);
+  AFound = Entry.Length == Length && SameBytes(Entry.Raw, AFrom, Length);
+  if (!AFound) {
+    std::memcpy(Entry.Raw, AFrom, Length);
+    Entry.Length = Length;
+  }
   return &Entry;
 }
 
@@ -626,7 +642,12 @@ void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
   TLxXMLParser* P = FXMLParser;
   ParseTag(ALevel);
   if (ALevel != 0) {
-    P->MoveNext();
+    // Over the '>' that ends the tag; a raw step where it is in the window.
+    const Byte* At = P->RawCursor();
+    if (FScanInPlace && At != P->RawReadEnd() && *At == '>')
+      P->SetRawCursor(At + 1);
+    else
+      P->MoveNext();
   } else {
     P->NextChar();
     ParseAfterRoot(ALevel);
@@ -755,7 +776,8 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
       FContent->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
     }
   }
-  P->SkipWhile(spNotEqual, P->FGt);
+  if (!P->RawEquals(P->FGt))
+    P->SkipWhile(spNotEqual, P->FGt);
 }
 
 } // namespace lorvane

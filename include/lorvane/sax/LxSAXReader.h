@@ -141,12 +141,15 @@ private:
   /// are not decoded again (most documents use a few names many times). Prefix is the text
   /// before the first colon as ParseTag or ParseAtrributes takes it.
   struct TNameEntry {
-    std::string Raw;
+    static constexpr std::size_t Longest = 64; // longer names aren't kept
+    std::size_t Length = 0;                    // of Raw; 0 for an unused entry
+    Byte Raw[Longest];
     LxXMLString Prefix, LocalName, QName;
   };
   /// The entry for the raw name [AFrom, ATo) among the element names (AAttribute false) or the
   /// attribute names; AFound says whether it holds the names already, else its Raw is set and
-  /// the caller fills in the names. Nil for a name too long or empty, which isn't kept.
+  /// the caller fills in the names. Nil for a name too long or empty, which isn't kept. The
+  /// cache is made at the start of a UTF-8 parse.
   TNameEntry* CachedName(bool AAttribute, const Byte* AFrom, const Byte* ATo, bool& AFound);
 
   bool FCheckSingleRootElm = true;
