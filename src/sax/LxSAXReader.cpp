@@ -117,17 +117,25 @@ const Byte* SkipNameBytes(const Byte* AFrom, const Byte* ATo) noexcept {
 // The name cache: entries per kind (a power of two).
 constexpr std::size_t NameCacheSlots = 64;
 
-// Names are short: a plain loop beats a call to memcmp.
+// Names are short: whole words, the last one overlapping the one before, beat a call to
+// memcmp and a loop over bytes.
 bool SameBytes(const Byte* A, const Byte* B, std::size_t ALength) noexcept {
-  for (; ALength >= 8; A += 8, B += 8, ALength -= 8) {
-    UInt64 X, Y;
-    std::memcpy(&X, A, 8);
-    std::memcpy(&Y, B, 8);
-    if (X != Y)
-      return false;
+  auto Same = [](const Byte* X, const Byte* Y, auto AWord) {
+    std::memcpy(&AWord, X, sizeof AWord);
+    decltype(AWord) Other;
+    std::memcpy(&Other, Y, sizeof Other);
+    return AWord == Other;
+  };
+  if (ALength >= 8) {
+    for (std::size_t I = 0; I + 8 < ALength; I += 8)
+      if (!Same(A + I, B + I, UInt64{}))
+        return false;
+    return Same(A + ALength - 8, B + ALength - 8, UInt64{});
   }
-  for (; ALength > 0; --ALength)
-    if (*A++ != *B++)
+  if (ALength >= 4)
+    return Same(A, B, Cardinal{}) && Same(A + ALength - 4, B + ALength - 4, Cardinal{});
+  for (std::size_t I = 0; I < ALength; ++I)
+    if (A[I] != B[I])
       return false;
   return true;
 }
