@@ -4,6 +4,7 @@
 #include "core/internal/RawScan.h"
 #include "core/internal/ReaderFrame.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace lorvane {
@@ -148,8 +149,6 @@ void AssignASCII(LxXMLString& ATarget, const Byte* AFrom, const Byte* ATo) {
     *Out++ = *P;
 }
 
-constexpr Byte AttributeNameStops[] = {'=', ':', '>', '<'};
-constexpr Byte AttributeLocalNameStops[] = {'=', '>', '<'};
 constexpr Byte ValueStartStops[] = {'\'', '"', '>', '<'};
 
 } // namespace
@@ -548,7 +547,10 @@ bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
   if (!EndTag) {
     while (*At != '/' && *At != '>') {
       TRawAttribute R{At, nullptr, At, nullptr, nullptr, nullptr};
-      const Byte* Stop = rawscan::FindAnyOf(At, End, AttributeNameStops, 4);
+      // Names and most values are a few bytes: plain loops, with no set-up of vector compares.
+      const Byte* Stop = At;
+      while (Stop != End && !AttributeNameEnd.Contains(*Stop))
+        ++Stop;
       if (Stop == End || *Stop == '<' || *Stop == '>')
         return false;
       if (*Stop == ':') {
@@ -556,17 +558,25 @@ bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
         while (Stop != End && *Stop == ':')
           ++Stop;
         R.LocalName = Stop;
-        Stop = rawscan::FindAnyOf(Stop, End, AttributeLocalNameStops, 3);
+        while (Stop != End && !AttributeLocalNameEnd.Contains(*Stop))
+          ++Stop;
         if (Stop == End || *Stop != '=')
           return false;
       }
       R.NameEnd = Stop;
-      Stop = rawscan::FindAnyOf(Stop, End, ValueStartStops, 4);
+      if (End - Stop >= 2 && (Stop[1] == '"' || Stop[1] == '\''))
+        ++Stop; // the quote right behind the '='
+      else
+        Stop = rawscan::FindAnyOf(Stop, End, ValueStartStops, 4);
       if (Stop == End || *Stop == '<' || *Stop == '>')
         return false;
       R.Value = Stop + 1;
-      R.ValueEnd = static_cast<const Byte*>(
-          std::memchr(R.Value, *Stop, static_cast<std::size_t>(End - R.Value)));
+      const Byte* Short = std::min(End, R.Value + 16);
+      for (R.ValueEnd = R.Value; R.ValueEnd != Short && *R.ValueEnd != *Stop; ++R.ValueEnd) {
+      }
+      if (R.ValueEnd == Short)
+        R.ValueEnd = static_cast<const Byte*>(
+            std::memchr(Short, *Stop, static_cast<std::size_t>(End - Short)));
       if (!R.ValueEnd)
         return false;
       At = R.ValueEnd;
@@ -745,10 +755,16 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
   const LxXMLString& Prefix = InPlace ? *FTagPrefix : FPrefix;
   const LxXMLString& LocalName = InPlace ? *FTagLocalName : FLocalName;
   const LxXMLString& QName = InPlace ? *FTagQName : FQName;
+  // Where the scan in place stopped: the '>' of an end tag, or the '/' or '>' behind the
+  // attributes; the handlers don't move the cursor.
+  const Byte Stop = InPlace ? *FAfterRawAttributes : 0;
+  auto At = [&](Byte AStop, const void* ADelimiter) {
+    return InPlace ? Stop == AStop : P->RawEquals(ADelimiter);
+  };
 
   if (EndTag) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
-    if (!P->RawEquals(P->FGt))
+    if (!At('>', P->FGt))
       P->CheckCurrChar(P->FGt, true);
     FContent->EndElement(URI, LocalName, QName);
     FNamespaceList.RemoveLevel(ALevel);
@@ -765,7 +781,7 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
       }
     } Used;
     TLxSAXXMAttributes* Attributes = FEmptyAttributes;
-    if (!P->RawEquals(P->FSlash) && !P->RawEquals(P->FGt)) {
+    if (InPlace ? !FRawAttributes.empty() : !At('/', P->FSlash) && !At('>', P->FGt)) {
       if (!FAttributes)
         FAttributes = New<TLxSAXXMAttributes>();
       Attributes = Used.List = FAttributes;
@@ -774,17 +790,17 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
       else
         ParseAtrributes(Attributes, ALevel);
     }
-    if (P->RawEquals(P->FSlash)) {
+    if (At('/', P->FSlash)) {
       const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
       FContent->StartElement(URI, LocalName, QName, Attributes);
       FContent->EndElement(URI, LocalName, QName);
       FNamespaceList.RemoveLevel(ALevel);
       --ALevel;
-    } else if (P->RawEquals(P->FGt)) {
+    } else if (At('>', P->FGt)) {
       FContent->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
     }
   }
-  if (!P->RawEquals(P->FGt))
+  if (!At('>', P->FGt))
     P->SkipWhile(spNotEqual, P->FGt);
 }
 
