@@ -492,8 +492,10 @@ void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXML
   } else if (APrefix.size() == 5 && SameText(APrefix, u"xmlns")) {
     AAttribute->URI.clear();
     FNamespaceList.AddURI(ALevel, AAttribute->LocalName, AAttribute->Value);
+  } else if (const LxXMLString& URI = FNamespaceList.URIOf(APrefix); URI.empty()) {
+    AAttribute->URI.clear(); // inline, where an assignment is a call
   } else {
-    AAttribute->URI = FNamespaceList.URIOf(APrefix);
+    AAttribute->URI = URI;
   }
 }
 
