@@ -3,9 +3,9 @@
 // file, skipped with a note where it is missing), beside expat and libxml2's SAX2 reader on the
 // same bytes.
 //
-// `bench_xml_reader --once=READER [--doc=records|mime]` parses a 2 MB records document (or the
-// MIME database) once with one reader (lorvane, expat or libxml2) and runs no benchmark: for
-// callgrind, whose counts are exactly repeatable, e.g.
+// `bench_xml_reader --once=READER [--doc=records|records16|mime]` parses a 2 MB records document
+// (in UTF-8, or UTF-16LE with records16, or the MIME database) once with one reader (lorvane, expat
+// or libxml2) and runs no benchmark: for callgrind, whose counts are exactly repeatable, e.g.
 //   valgrind --tool=callgrind --toggle-collect='*ParseWith*' bench_xml_reader --once=lorvane
 #include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxSAX.h"
@@ -194,6 +194,8 @@ void Measure(benchmark::State& AState, const Document& ADoc, TParse AParse) {
 /// One parse of one document by one reader, for callgrind; 0 when the reader read it.
 int ParseOnce(const std::string& AReader, const std::string& ADoc) {
   Document Doc{ADoc, ADoc == "mime" ? MimeDatabase() : RecordsDocument(2u << 20), CP_UTF8, false};
+  if (ADoc == "records16")
+    Doc = {ADoc, ToUtf16LE(Doc.Bytes), CP_UTF16LE, true};
   if (Doc.Bytes.empty()) {
     std::printf("note: %s is missing\n", MimeDatabasePath);
     return 1;
