@@ -220,10 +220,19 @@ void TLxSAXXMLReader::InternalParse() {
         if (!P->RawEquals(P->FLt))
           P->CheckCurrChar(P->FLt, true);
         while (!P->_GetEOF()) {
-          if (!P->RawEquals(P->FLt))
+          // In the raw window of a UTF-8 text the next construct shows in its first two bytes.
+          if (const Byte* At = P->RawCursor(); FScanInPlace && P->RawReadEnd() - At >= 2) {
+            if (*At != '<')
+              ParseCharacters();
+            else if (At[1] != '!' && At[1] != '?')
+              ParseElement(Depth);
+            else
+              ParseMarkupBesideElements();
+          } else if (!P->RawEquals(P->FLt)) {
             ParseCharacters();
-          else if (!ParseMarkupBesideElements())
+          } else if (!ParseMarkupBesideElements()) {
             ParseElement(Depth);
+          }
         }
         FContent->EndDocument();
       },
@@ -677,8 +686,12 @@ void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
 
 void TLxSAXXMLReader::ParseTextBehindTag() {
   TLxXMLParser* P = FXMLParser;
-  if (!P->_GetEOF() && !P->RawEquals(P->FLt))
+  if (const Byte* At = P->RawCursor(); FScanInPlace && At != P->RawReadEnd()) {
+    if (*At != '<')
+      ParseCharacters();
+  } else if (!P->_GetEOF() && !P->RawEquals(P->FLt)) {
     ParseCharacters();
+  }
 }
 
 void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
