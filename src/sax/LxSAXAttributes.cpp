@@ -147,21 +147,21 @@ void TLxSAXNamespaceList::AddURI(Integer ALevel, const LxXMLString& APrefix,
 }
 
 PLxSAXNamespace TLxSAXNamespaceList::GetNamespace(const LxXMLString& APrefix) {
+  // Lengths first: most prefixes differ in length, and SameText is a call.
   for (auto It = FList.rbegin(); It != FList.rend(); ++It)
-    if (SameText(It->Prefix, APrefix))
+    if (It->Prefix.size() == APrefix.size() && SameText(It->Prefix, APrefix))
       return &*It;
   return nullptr;
 }
 
-const LxXMLString& TLxSAXNamespaceList::URIOf(const LxXMLString& APrefix) {
-  static const LxXMLString None;
+const LxXMLString& TLxSAXNamespaceList::BoundURIOf(const LxXMLString& APrefix) {
   PLxSAXNamespace Found = GetNamespace(APrefix);
-  return Found ? Found->URI : None;
+  return Found ? Found->URI : NoURI;
 }
 
 LxXMLString TLxSAXNamespaceList::GetURI(const LxXMLString& APrefix) { return URIOf(APrefix); }
 
-void TLxSAXNamespaceList::RemoveLevel(Integer ALevel) {
+void TLxSAXNamespaceList::RemoveBoundLevel(Integer ALevel) {
   // The whole list is walked: after a failed parse, bindings of deeper levels can stand below
   // newer ones of a lower level.
   for (std::size_t I = FList.size(); I-- > 0;) {

@@ -1,7 +1,11 @@
 // The reader frame (sources, locator, failure road) and the XML format's flat parse loop.
 #include "lorvane/sax/LxSAXReader.h"
 
+#include "core/internal/RawScan.h"
 #include "core/internal/ReaderFrame.h"
+
+#include <algorithm>
+#include <cstring>
 
 namespace lorvane {
 
@@ -96,6 +100,57 @@ const TLxCharSet ValueStart{'\'', '"', '>', '<'};
 const TLxCharSet AfterValue = TLxCharSet{'\'', '"'} + ControlsAndBlank;
 const TLxCharSet TargetEnd{' ', '?'};
 
+// The in-place scan of a tag takes names of these bytes only (ASCII, no delimiter of a name);
+// any other byte ends the name, and all but the delimiters hand the tag to the scan by
+// characters.
+const TLxCharSet NameBytes = TLxCharSet::Range(0, 0x7F) - ElementNameEnd;
+
+constexpr bool IsASCIINameStart(Byte AByte) noexcept {
+  return (AByte >= 'A' && AByte <= 'Z') || (AByte >= 'a' && AByte <= 'z') || AByte == '_';
+}
+
+const Byte* SkipNameBytes(const Byte* AFrom, const Byte* ATo) noexcept {
+  while (AFrom < ATo && NameBytes.Contains(*AFrom))
+    ++AFrom;
+  return AFrom;
+}
+
+// The name cache: entries per kind (a power of two).
+constexpr std::size_t NameCacheSlots = 64;
+
+// Names are short: whole words, the last one overlapping the one before, beat a call to
+// memcmp and a loop over bytes.
+bool SameBytes(const Byte* A, const Byte* B, std::size_t ALength) noexcept {
+  auto Same = [](const Byte* X, const Byte* Y, auto AWord) {
+    std::memcpy(&AWord, X, sizeof AWord);
+    decltype(AWord) Other;
+    std::memcpy(&Other, Y, sizeof Other);
+    return AWord == Other;
+  };
+  if (ALength >= 8) {
+    for (std::size_t I = 0; I + 8 < ALength; I += 8)
+      if (!Same(A + I, B + I, UInt64{}))
+        return false;
+    return Same(A + ALength - 8, B + ALength - 8, UInt64{});
+  }
+  if (ALength >= 4)
+    return Same(A, B, Cardinal{}) && Same(A + ALength - 4, B + ALength - 4, Cardinal{});
+  for (std::size_t I = 0; I < ALength; ++I)
+    if (A[I] != B[I])
+      return false;
+  return true;
+}
+
+// ASCII bytes as UTF-16, into a string that keeps its capacity.
+void AssignASCII(LxXMLString& ATarget, const Byte* AFrom, const Byte* ATo) {
+  ATarget.resize(static_cast<std::size_t>(ATo - AFrom));
+  char16_t* Out = ATarget.data();
+  for (const Byte* P = AFrom; P != ATo; ++P)
+    *Out++ = *P;
+}
+
+constexpr Byte ValueStartStops[] = {'\'', '"', '>', '<'};
+
 } // namespace
 
 TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
@@ -111,6 +166,10 @@ void TLxSAXXMLReader::ResetParseState() {
     FAttributes->Clear();
   FContent = nullptr;
   FLexical = nullptr;
+  FRawAttributes.clear();
+  FAfterRawAttributes = nullptr;
+  for (TNameEntry& Entry : FNameCache)
+    Entry.Length = 0;
 }
 
 TLxTextParser* TLxSAXXMLReader::CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
@@ -131,6 +190,9 @@ void TLxSAXXMLReader::InternalParse() {
   FContent = Content.Get();
   FLexical = Lexical.Get();
   TLxXMLParser* P = FXMLParser;
+  FScanInPlace = P->GetCharacterSetType() == csUTF8;
+  if (FScanInPlace && FNameCache.empty())
+    FNameCache.resize(2 * NameCacheSlots);
   Integer Depth = 0;
   readerframe::ReportingFailures(
       FUnexpectedEOF,
@@ -158,10 +220,19 @@ void TLxSAXXMLReader::InternalParse() {
         if (!P->RawEquals(P->FLt))
           P->CheckCurrChar(P->FLt, true);
         while (!P->_GetEOF()) {
-          if (!P->RawEquals(P->FLt))
+          // In the raw window of a UTF-8 text the next construct shows in its first two bytes.
+          if (const Byte* At = P->RawCursor(); FScanInPlace && P->RawReadEnd() - At >= 2) {
+            if (*At != '<')
+              ParseCharacters();
+            else if (At[1] != '!' && At[1] != '?')
+              ParseElement(Depth);
+            else
+              ParseMarkupBesideElements();
+          } else if (!P->RawEquals(P->FLt)) {
             ParseCharacters();
-          else if (!ParseMarkupBesideElements())
+          } else if (!ParseMarkupBesideElements()) {
             ParseElement(Depth);
+          }
         }
         FContent->EndDocument();
       },
@@ -175,6 +246,12 @@ void TLxSAXXMLReader::InternalParse() {
 
 bool TLxSAXXMLReader::ParseMarkupBesideElements() {
   TLxXMLParser* P = FXMLParser;
+  if (FScanInPlace && P->RawReadEnd() - P->RawCursor() >= 2) {
+    // No byte but '!' and '?' themselves decodes to either in UTF-8.
+    const Byte Next = P->RawCursor()[1];
+    if (Next != '!' && Next != '?')
+      return false;
+  }
   const WideChar Next = P->PeekChar()[0];
   if (Next == u'!') {
     P->NextChar();
@@ -298,6 +375,8 @@ void TLxSAXXMLReader::ParseCDATA() {
 void TLxSAXXMLReader::ParseCharacters() {
   TLxXMLParser* P = FXMLParser;
   MarkStart();
+  if (FScanInPlace && ParseCharactersInPlace())
+    return;
   P->SetMark(tpMark1);
   // The run reaches the next '<' (its first character is never one) and is white space when no
   // character in it is above U+0020: two skips give what a walk character by character gives.
@@ -327,6 +406,30 @@ void TLxSAXXMLReader::ParseCharacters() {
   }
   P->ClearMark(tpMark1);
   P->ClearMark(tpMark2);
+}
+
+bool TLxSAXXMLReader::ParseCharactersInPlace() {
+  // A run that ends at a '<' in the raw window: the run is white space when no byte of it is
+  // above 0x20 (no byte of a UTF-8 sequence is), and the cursor stands on the '<' during the
+  // event, as after the skips by characters.
+  TLxXMLParser* P = FXMLParser;
+  const Byte* const From = P->RawCursor();
+  const Byte* const End = P->RawReadEnd();
+  if (From == End)
+    return false;
+  const auto* Lt = static_cast<const Byte*>(std::memchr(From, '<', std::size_t(End - From)));
+  if (!Lt || Lt == From)
+    return false;
+  const Byte* Text = From;
+  while (Text != Lt && *Text <= 0x20)
+    ++Text;
+  P->SetRawCursor(Lt);
+  P->DecodeInto(FText, From, std::size_t(Lt - From));
+  if (Text == Lt)
+    FContent->IgnorableWhitespace(FText);
+  else
+    FContent->Characters(FText);
+  return true;
 }
 
 namespace {
@@ -383,26 +486,197 @@ void TLxSAXXMLReader::ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer A
     P->SkipWhile(spNotEqual, Quote);
     P->SelectInto(A->Value, tpMark1, tpCurrent, true);
     A->AttrType = TLxSAXAttributeType::CDATA;
-    if (A->QName.size() == 5 && SameText(A->QName, u"xmlns")) {
-      A->URI.clear();
-      FNamespaceList.AddURI(ALevel, LxXMLString(), A->Value);
-    } else if (FAttributePrefix.size() == 5 && SameText(FAttributePrefix, u"xmlns")) {
-      A->URI.clear();
-      FNamespaceList.AddURI(ALevel, A->LocalName, A->Value);
-    } else {
-      A->URI = FNamespaceList.URIOf(FAttributePrefix);
-    }
+    ResolveAttribute(A, FAttributePrefix, ALevel);
     P->SkipSet(spInSet, AfterValue);
     if (P->_GetEOF() || P->RawEquals(P->FGt) || P->RawEquals(P->FSlash))
       return;
   }
 }
 
+void TLxSAXXMLReader::ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXMLString& APrefix,
+                                       Integer ALevel) {
+  if (AAttribute->QName.size() == 5 && SameText(AAttribute->QName, u"xmlns")) {
+    AAttribute->URI.clear();
+    FNamespaceList.AddURI(ALevel, LxXMLString(), AAttribute->Value);
+  } else if (APrefix.size() == 5 && SameText(APrefix, u"xmlns")) {
+    AAttribute->URI.clear();
+    FNamespaceList.AddURI(ALevel, AAttribute->LocalName, AAttribute->Value);
+  } else if (const LxXMLString& URI = FNamespaceList.URIOf(APrefix); URI.empty()) {
+    AAttribute->URI.clear(); // inline, where an assignment is a call
+  } else {
+    AAttribute->URI = URI;
+  }
+}
+
+TLxSAXXMLReader::TNameEntry* TLxSAXXMLReader::CachedName(bool AAttribute, const Byte* AFrom,
+                                                         const Byte* ATo, bool& AFound) {
+  const std::size_t Length = static_cast<std::size_t>(ATo - AFrom);
+  if (Length == 0 || Length > TNameEntry::Longest)
+    return nullptr;
+  const std::size_t Hash = Length * 7 + AFrom[0] * 3 + AFrom[Length / 2] * 5 + ATo[-1];
+  TNameEntry& Entry = FNameCache[(AAttribute ? NameCacheSlots : 0) + (Hash & (NameCacheSlots - 1))];
+  AFound = Entry.Length == Length && SameBytes(Entry.Raw, AFrom, Length);
+  if (!AFound) {
+    std::memcpy(Entry.Raw, AFrom, Length);
+    Entry.Length = Length;
+  }
+  return &Entry;
+}
+
+bool TLxSAXXMLReader::ScanTagInPlace(bool& AEndTag) {
+  TLxXMLParser* P = FXMLParser;
+  const Byte* const End = P->RawReadEnd();
+  const Byte* At = P->RawCursor();
+  if (End - At < 2 || *At != '<')
+    return false;
+  const bool EndTag = *++At == '/';
+  if (EndTag && ++At == End)
+    return false;
+  // The names: a colon, '<' or a byte from 0x80 on needs the checks of the scan by characters.
+  if (!IsASCIINameStart(*At))
+    return false;
+  const Byte* const Name = At;
+  const Byte* Colon = nullptr;
+  At = SkipNameBytes(At, End);
+  if (At != End && *At == ':') {
+    Colon = At++;
+    if (At == End || !IsASCIINameStart(*At))
+      return false;
+    At = SkipNameBytes(At, End);
+    if (At != End && *At == ':')
+      return false;
+  }
+  if (At == End || *At >= 0x80 || *At == '<')
+    return false;
+  const Byte* const NameEnd = At;
+  while (At != End && *At == ' ')
+    ++At;
+  if (At == End || (EndTag && *At != '>'))
+    return false;
+  // The attributes, each up to the character behind its value and the blanks after it.
+  FRawAttributes.clear();
+  if (!EndTag) {
+    while (*At != '/' && *At != '>') {
+      TRawAttribute R{At, nullptr, At, nullptr, nullptr, nullptr};
+      // Names and most values are a few bytes: plain loops, with no set-up of vector compares.
+      const Byte* Stop = At;
+      while (Stop != End && !AttributeNameEnd.Contains(*Stop))
+        ++Stop;
+      if (Stop == End || *Stop == '<' || *Stop == '>')
+        return false;
+      if (*Stop == ':') {
+        R.Colon = Stop;
+        while (Stop != End && *Stop == ':')
+          ++Stop;
+        R.LocalName = Stop;
+        while (Stop != End && !AttributeLocalNameEnd.Contains(*Stop))
+          ++Stop;
+        if (Stop == End || *Stop != '=')
+          return false;
+      }
+      R.NameEnd = Stop;
+      if (End - Stop >= 2 && (Stop[1] == '"' || Stop[1] == '\''))
+        ++Stop; // the quote right behind the '='
+      else
+        Stop = rawscan::FindAnyOf(Stop, End, ValueStartStops, 4);
+      if (Stop == End || *Stop == '<' || *Stop == '>')
+        return false;
+      R.Value = Stop + 1;
+      const Byte* Short = std::min(End, R.Value + 16);
+      for (R.ValueEnd = R.Value; R.ValueEnd != Short && *R.ValueEnd != *Stop; ++R.ValueEnd) {
+      }
+      if (R.ValueEnd == Short)
+        R.ValueEnd = static_cast<const Byte*>(
+            std::memchr(Short, *Stop, static_cast<std::size_t>(End - Short)));
+      if (!R.ValueEnd)
+        return false;
+      At = R.ValueEnd;
+      while (At != End && AfterValue.Contains(*At))
+        ++At;
+      if (At == End)
+        return false;
+      FRawAttributes.push_back(R);
+    }
+  }
+  FAfterRawAttributes = At;
+  AEndTag = EndTag;
+  bool Found = false;
+  TNameEntry* Entry = CachedName(false, Name, NameEnd, Found);
+  LxXMLString* Prefix = Entry ? &Entry->Prefix : &FPrefix;
+  LxXMLString* LocalName = Entry ? &Entry->LocalName : &FLocalName;
+  LxXMLString* QName = Entry ? &Entry->QName : &FQName;
+  if (!Found) {
+    Prefix->clear();
+    if (Colon) {
+      AssignASCII(*Prefix, Name, Colon);
+      AssignASCII(*LocalName, Colon + 1, NameEnd);
+    } else {
+      AssignASCII(*LocalName, Name, NameEnd);
+    }
+    AssignASCII(*QName, Name, NameEnd);
+  }
+  FTagPrefix = Prefix;
+  FTagLocalName = LocalName;
+  FTagQName = QName;
+  P->SetRawCursor(FRawAttributes.empty() ? At : FRawAttributes.front().Name);
+  return true;
+}
+
+void TLxSAXXMLReader::TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer ALevel) {
+  TLxXMLParser* P = FXMLParser;
+  MarkStart();
+  for (const TRawAttribute& R : FRawAttributes) {
+    PLxSAXXMAttribute A = AAttributes->Append();
+    bool Found = false;
+    TNameEntry* Entry = CachedName(true, R.Name, R.NameEnd, Found);
+    if (Entry && !Found) {
+      if (R.Colon) {
+        P->DecodeInto(Entry->Prefix, R.Name, static_cast<std::size_t>(R.Colon - R.Name));
+        P->DecodeInto(Entry->LocalName, R.LocalName,
+                      static_cast<std::size_t>(R.NameEnd - R.LocalName));
+        TrimInPlace(Entry->LocalName);
+      } else {
+        Entry->Prefix.clear();
+        P->DecodeInto(Entry->LocalName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+        TrimInPlace(Entry->LocalName);
+      }
+      P->DecodeInto(Entry->QName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(Entry->QName);
+    }
+    if (Entry) {
+      A->LocalName = Entry->LocalName;
+      A->QName = Entry->QName;
+    } else if (R.Colon) {
+      P->DecodeInto(FAttributePrefix, R.Name, static_cast<std::size_t>(R.Colon - R.Name));
+      P->DecodeInto(A->LocalName, R.LocalName, static_cast<std::size_t>(R.NameEnd - R.LocalName));
+      TrimInPlace(A->LocalName);
+      P->DecodeInto(A->QName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(A->QName);
+    } else {
+      FAttributePrefix.clear();
+      P->DecodeInto(A->LocalName, R.Name, static_cast<std::size_t>(R.NameEnd - R.Name));
+      TrimInPlace(A->LocalName);
+      A->QName = A->LocalName;
+    }
+    P->DecodeInto(A->Value, R.Value, static_cast<std::size_t>(R.ValueEnd - R.Value));
+    A->AttrType = TLxSAXAttributeType::CDATA;
+    // A declaration's handler sees the cursor on the closing quote, as in ParseAtrributes.
+    P->SetRawCursor(R.ValueEnd);
+    ResolveAttribute(A, Entry ? Entry->Prefix : FAttributePrefix, ALevel);
+  }
+  P->SetRawCursor(FAfterRawAttributes);
+}
+
 void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
   TLxXMLParser* P = FXMLParser;
   ParseTag(ALevel);
   if (ALevel != 0) {
-    P->MoveNext();
+    // Over the '>' that ends the tag; a raw step where it is in the window.
+    const Byte* At = P->RawCursor();
+    if (FScanInPlace && At != P->RawReadEnd() && *At == '>')
+      P->SetRawCursor(At + 1);
+    else
+      P->MoveNext();
   } else {
     P->NextChar();
     ParseAfterRoot(ALevel);
@@ -412,8 +686,12 @@ void TLxSAXXMLReader::ParseElement(Integer& ALevel) {
 
 void TLxSAXXMLReader::ParseTextBehindTag() {
   TLxXMLParser* P = FXMLParser;
-  if (!P->_GetEOF() && !P->RawEquals(P->FLt))
+  if (const Byte* At = P->RawCursor(); FScanInPlace && At != P->RawReadEnd()) {
+    if (*At != '<')
+      ParseCharacters();
+  } else if (!P->_GetEOF() && !P->RawEquals(P->FLt)) {
     ParseCharacters();
+  }
 }
 
 void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
@@ -446,14 +724,13 @@ void TLxSAXXMLReader::ParseAfterRoot(Integer& ALevel) {
   }
 }
 
-void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
+void TLxSAXXMLReader::ScanTagNames(bool& AEndTag) {
   TLxXMLParser* P = FXMLParser;
-  MarkStart();
   if (!P->RawEquals(P->FLt))
     P->CheckCurrChar(P->FLt, true);
   P->NextChar();
-  const bool EndTag = P->RawEquals(P->FSlash);
-  if (EndTag)
+  AEndTag = P->RawEquals(P->FSlash);
+  if (AEndTag)
     P->MoveNext();
   P->CheckValidNameStartChar();
   P->SetMark(tpMark1);
@@ -480,14 +757,29 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
     FQName = FLocalName;
     P->ClearMark(tpMark2);
   }
-  const LxXMLString& Prefix = FPrefix;
-  const LxXMLString& LocalName = FLocalName;
-  const LxXMLString& QName = FQName;
   P->SkipWhile(spEqual, P->FSpace);
+}
+
+void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
+  TLxXMLParser* P = FXMLParser;
+  MarkStart();
+  bool EndTag = false;
+  const bool InPlace = FScanInPlace && ScanTagInPlace(EndTag);
+  if (!InPlace)
+    ScanTagNames(EndTag);
+  const LxXMLString& Prefix = InPlace ? *FTagPrefix : FPrefix;
+  const LxXMLString& LocalName = InPlace ? *FTagLocalName : FLocalName;
+  const LxXMLString& QName = InPlace ? *FTagQName : FQName;
+  // Where the scan in place stopped: the '>' of an end tag, or the '/' or '>' behind the
+  // attributes; the handlers don't move the cursor.
+  const Byte Stop = InPlace ? *FAfterRawAttributes : 0;
+  auto At = [&](Byte AStop, const void* ADelimiter) {
+    return InPlace ? Stop == AStop : P->RawEquals(ADelimiter);
+  };
 
   if (EndTag) {
     const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
-    if (!P->RawEquals(P->FGt))
+    if (!At('>', P->FGt))
       P->CheckCurrChar(P->FGt, true);
     FContent->EndElement(URI, LocalName, QName);
     FNamespaceList.RemoveLevel(ALevel);
@@ -504,23 +796,27 @@ void TLxSAXXMLReader::ParseTag(Integer& ALevel) {
       }
     } Used;
     TLxSAXXMAttributes* Attributes = FEmptyAttributes;
-    if (!P->RawEquals(P->FSlash) && !P->RawEquals(P->FGt)) {
+    if (InPlace ? !FRawAttributes.empty() : !At('/', P->FSlash) && !At('>', P->FGt)) {
       if (!FAttributes)
         FAttributes = New<TLxSAXXMAttributes>();
       Attributes = Used.List = FAttributes;
-      ParseAtrributes(Attributes, ALevel);
+      if (InPlace)
+        TakeRawAttributes(Attributes, ALevel);
+      else
+        ParseAtrributes(Attributes, ALevel);
     }
-    if (P->RawEquals(P->FSlash)) {
+    if (At('/', P->FSlash)) {
       const LxXMLString& URI = FNamespaceList.URIOf(Prefix);
       FContent->StartElement(URI, LocalName, QName, Attributes);
       FContent->EndElement(URI, LocalName, QName);
       FNamespaceList.RemoveLevel(ALevel);
       --ALevel;
-    } else if (P->RawEquals(P->FGt)) {
+    } else if (At('>', P->FGt)) {
       FContent->StartElement(FNamespaceList.GetURI(Prefix), LocalName, QName, Attributes);
     }
   }
-  P->SkipWhile(spNotEqual, P->FGt);
+  if (!At('>', P->FGt))
+    P->SkipWhile(spNotEqual, P->FGt);
 }
 
 } // namespace lorvane

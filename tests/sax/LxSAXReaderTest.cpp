@@ -1,12 +1,15 @@
 // The XML reader: event transcripts of what it accepts, each failure with its code, message and
 // locator, the parse forms, and documents deep or long enough to expose recursion.
+#include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxSAX.h"
 #include "support/EventRecorder.h"
 #include "support/TestHelpers.h"
+#include "support/TestStreams.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 namespace lorvane {
 namespace {
@@ -37,57 +40,58 @@ struct AcceptedCase {
   const char* Events; // without the startDocument/endDocument frame
 };
 
+const AcceptedCase AcceptedCases[] = {
+    {u"<a><b/>x</a>", true,
+     "startElement(|a|a|[])\nstartElement(|b|b|[])\nendElement(|b|b)\ncharacters(x)\n"
+     "endElement(|a|a)\n"},
+    {u"junk without markup <a/>", true, "startElement(|a|a|[])\nendElement(|a|a)\n"},
+    {u"<a>   </a>  \r\n", true,
+     "startElement(|a|a|[])\nignorableWhitespace(   )\nendElement(|a|a)\n"},
+    {u"<a> x </a>", true, "startElement(|a|a|[])\ncharacters( x )\nendElement(|a|a)\n"},
+    {u"<a><!-- c -->x?y</a>", true,
+     "startElement(|a|a|[])\ncomment( c )\ncharacters(x?y)\nendElement(|a|a)\n"},
+    {u"<a>&amp;</a>", true, "startElement(|a|a|[])\ncharacters(&amp;)\nendElement(|a|a)\n"},
+    {u"<a v='<>\"'/>", true, "startElement(|a|a|[v=|<>\"])\nendElement(|a|a)\n"},
+    {u"<a b='1' >", true, "startElement(|a|a|[b=|1])\n"},
+    {u"<a\n b='1'/>", true,
+     "startElement(|a|a|[b=|1])\nendElement(|a|a)\n"}, // the trim takes the line break
+    {u"<a></b>", true, "startElement(|a|a|[])\nendElement(|b|b)\n"},
+    {u"<a/><b/>x", false,
+     "startElement(|a|a|[])\nendElement(|a|a)\nstartElement(|b|b|[])\nendElement(|b|b)\n"
+     "characters(x)\nignorableWhitespace()\n"},
+    {u"<a/><!--c--><?p d?><![CDATA[z]]>", true,
+     "startElement(|a|a|[])\nendElement(|a|a)\ncomment(c)\nprocessingInstruction(p|d)\n"
+     "startCDATA\ncharacters(z)\nendCDATA\n"},
+    {u"<a>", true, "startElement(|a|a|[])\n"},
+    {u"<?pi a?b?><a/>", true,
+     "processingInstruction(pi|a)\nstartElement(|a|a|[])\nendElement(|a|a)\n"},
+    {u"<?xml version=\"1.0\"?>\n<!DOCTYPE a [<!ENTITY e \"<x>\">]>\n< noise<a/>", true,
+     "processingInstruction(xml|version=\"1.0\")\nstartDTD\nendDTD\nstartElement(|a|a|[])\n"
+     "endElement(|a|a)\n"},
+    {u"<a><![CDATA[]]><![CDATA[<&>]]></a>", true,
+     "startElement(|a|a|[])\nstartCDATA\ncharacters()\nendCDATA\nstartCDATA\n"
+     "characters(<&>)\nendCDATA\nendElement(|a|a)\n"},
+    {u"<p:a xmlns:p='u1' xmlns='u2' p:x='1' y='2'><b xmlns:P='u3'/></p:a>", true,
+     "startPrefixMapping(p|u1)\nstartPrefixMapping(|u2)\n"
+     "startElement(u1|a|p:a|[xmlns:p=|u1,xmlns=|u2,p:x=u1|1,y=u2|2])\n"
+     "startPrefixMapping(P|u3)\nstartElement(u2|b|b|[xmlns:P=|u3])\nendElement(u2|b|b)\n"
+     "endPrefixMapping(P)\nendElement(u1|a|p:a)\nendPrefixMapping()\nendPrefixMapping(p)\n"},
+    {u"<a q:x='1' xmlns:q='u'><q:b/></a>", true,
+     "startPrefixMapping(q|u)\nstartElement(|a|a|[q:x=|1,xmlns:q=|u])\n"
+     "startElement(u|b|q:b|[])\nendElement(u|b|q:b)\nendElement(|a|a)\nendPrefixMapping(q)\n"},
+    {u"<a xmlns='u'><b xmlns=''><c/></b></a>", true,
+     "startPrefixMapping(|u)\nstartElement(u|a|a|[xmlns=|u])\nstartPrefixMapping(|)\n"
+     "startElement(|b|b|[xmlns=|])\nstartElement(|c|c|[])\nendElement(|c|c)\n"
+     "endElement(|b|b)\nendPrefixMapping()\nendElement(u|a|a)\nendPrefixMapping()\n"},
+    {u"<a:b:c/>", true, "startElement(|b:c|a:b:c|[])\nendElement(|b:c|a:b:c)\n"},
+    {u"<a/>\r\n <!--x-->\t", true, "startElement(|a|a|[])\nendElement(|a|a)\ncomment(x)\n"},
+    {u"<r/><a><!--x-->  <c/></a>", false,
+     "startElement(|r|r|[])\nendElement(|r|r)\nstartElement(|a|a|[])\ncomment(x)\n"
+     "startElement(|c|c|[])\nendElement(|c|c)\nendElement(|a|a)\n"},
+};
+
 TEST(XmlReader, AcceptedDocumentsGiveTheirTranscripts) {
-  const AcceptedCase Cases[] = {
-      {u"<a><b/>x</a>", true,
-       "startElement(|a|a|[])\nstartElement(|b|b|[])\nendElement(|b|b)\ncharacters(x)\n"
-       "endElement(|a|a)\n"},
-      {u"junk without markup <a/>", true, "startElement(|a|a|[])\nendElement(|a|a)\n"},
-      {u"<a>   </a>  \r\n", true,
-       "startElement(|a|a|[])\nignorableWhitespace(   )\nendElement(|a|a)\n"},
-      {u"<a> x </a>", true, "startElement(|a|a|[])\ncharacters( x )\nendElement(|a|a)\n"},
-      {u"<a><!-- c -->x?y</a>", true,
-       "startElement(|a|a|[])\ncomment( c )\ncharacters(x?y)\nendElement(|a|a)\n"},
-      {u"<a>&amp;</a>", true, "startElement(|a|a|[])\ncharacters(&amp;)\nendElement(|a|a)\n"},
-      {u"<a v='<>\"'/>", true, "startElement(|a|a|[v=|<>\"])\nendElement(|a|a)\n"},
-      {u"<a b='1' >", true, "startElement(|a|a|[b=|1])\n"},
-      {u"<a\n b='1'/>", true,
-       "startElement(|a|a|[b=|1])\nendElement(|a|a)\n"}, // the trim takes the line break
-      {u"<a></b>", true, "startElement(|a|a|[])\nendElement(|b|b)\n"},
-      {u"<a/><b/>x", false,
-       "startElement(|a|a|[])\nendElement(|a|a)\nstartElement(|b|b|[])\nendElement(|b|b)\n"
-       "characters(x)\nignorableWhitespace()\n"},
-      {u"<a/><!--c--><?p d?><![CDATA[z]]>", true,
-       "startElement(|a|a|[])\nendElement(|a|a)\ncomment(c)\nprocessingInstruction(p|d)\n"
-       "startCDATA\ncharacters(z)\nendCDATA\n"},
-      {u"<a>", true, "startElement(|a|a|[])\n"},
-      {u"<?pi a?b?><a/>", true,
-       "processingInstruction(pi|a)\nstartElement(|a|a|[])\nendElement(|a|a)\n"},
-      {u"<?xml version=\"1.0\"?>\n<!DOCTYPE a [<!ENTITY e \"<x>\">]>\n< noise<a/>", true,
-       "processingInstruction(xml|version=\"1.0\")\nstartDTD\nendDTD\nstartElement(|a|a|[])\n"
-       "endElement(|a|a)\n"},
-      {u"<a><![CDATA[]]><![CDATA[<&>]]></a>", true,
-       "startElement(|a|a|[])\nstartCDATA\ncharacters()\nendCDATA\nstartCDATA\n"
-       "characters(<&>)\nendCDATA\nendElement(|a|a)\n"},
-      {u"<p:a xmlns:p='u1' xmlns='u2' p:x='1' y='2'><b xmlns:P='u3'/></p:a>", true,
-       "startPrefixMapping(p|u1)\nstartPrefixMapping(|u2)\n"
-       "startElement(u1|a|p:a|[xmlns:p=|u1,xmlns=|u2,p:x=u1|1,y=u2|2])\n"
-       "startPrefixMapping(P|u3)\nstartElement(u2|b|b|[xmlns:P=|u3])\nendElement(u2|b|b)\n"
-       "endPrefixMapping(P)\nendElement(u1|a|p:a)\nendPrefixMapping()\nendPrefixMapping(p)\n"},
-      {u"<a q:x='1' xmlns:q='u'><q:b/></a>", true,
-       "startPrefixMapping(q|u)\nstartElement(|a|a|[q:x=|1,xmlns:q=|u])\n"
-       "startElement(u|b|q:b|[])\nendElement(u|b|q:b)\nendElement(|a|a)\nendPrefixMapping(q)\n"},
-      {u"<a xmlns='u'><b xmlns=''><c/></b></a>", true,
-       "startPrefixMapping(|u)\nstartElement(u|a|a|[xmlns=|u])\nstartPrefixMapping(|)\n"
-       "startElement(|b|b|[xmlns=|])\nstartElement(|c|c|[])\nendElement(|c|c)\n"
-       "endElement(|b|b)\nendPrefixMapping()\nendElement(u|a|a)\nendPrefixMapping()\n"},
-      {u"<a:b:c/>", true, "startElement(|b:c|a:b:c|[])\nendElement(|b:c|a:b:c)\n"},
-      {u"<a/>\r\n <!--x-->\t", true, "startElement(|a|a|[])\nendElement(|a|a)\ncomment(x)\n"},
-      {u"<r/><a><!--x-->  <c/></a>", false,
-       "startElement(|r|r|[])\nendElement(|r|r)\nstartElement(|a|a|[])\ncomment(x)\n"
-       "startElement(|c|c|[])\nendElement(|c|c)\nendElement(|a|a)\n"},
-  };
-  for (const AcceptedCase& C : Cases)
+  for (const AcceptedCase& C : AcceptedCases)
     EXPECT_EQ(Transcript(C.XML, C.SingleRoot),
               "startDocument\n" + std::string(C.Events) + "endDocument\n")
         << StringToUTF8(C.XML);
@@ -101,41 +105,42 @@ struct FailureCase {
   Integer Line, Col;
 };
 
+const FailureCase FailureCases[] = {
+    {u"", true, 2, u"The document is not wellformed!\r\n\"<\" expected, but \"\" found!", 1, 1},
+    {u"<?xml version='1.0'?>", true, 2,
+     u"The document is not wellformed!\r\n\"<\" expected, but \"\" found!", 1, 1},
+    {u"<a<b/>", true, 8,
+     u"The document is not wellformed!\r\nAn element was not closed correctly (Row: 1, Col: "
+     u"1).",
+     1, 1},
+    {u"<1a/>", true, 3, u"The current character \"1\" is not a valid NameStartChar!", 1, 1},
+    {u"<a>\n  <:b/></a>", true, 3,
+     u"The current character \":\" is only a valid NameStartChar when NameSpaces are not "
+     u"supported!",
+     2, 3},
+    {u"<a b>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
+    {u"<a b=1>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
+    {u"<a\n>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
+    {u"<a></a x>", true, 2, u"The document is not wellformed!\r\n\">\" expected, but \"x\" found!",
+     1, 4},
+    {u"<!ELEMENT x><a/>", true, 5, u"\"DOCTYPE\" expected, but \"ELEMENT\" found", 1, 1},
+    {u"<a><!x></a>", true, 6, u"![CDATA[ expected, but \"!x></a>\" found", 1, 5},
+    {u"<a/><b/>", true, 9,
+     u"The document is not wellformed!\r\nA XML document may not contain multiple root "
+     u"elements.",
+     1, 1},
+    {u"<a/>x", true, 12,
+     u"The document is not wellformed!\r\nAn invalid token was detected at the root level of "
+     u"the document.",
+     1, 1},
+    {u"<a>\n x", true, 0, u"Unexpected end of the text", 1, 4},
+    {u"<a><!-- open", true, 0, u"Unexpected end of the text", 1, 5},
+    {u"<a><![CDATA[ open", true, 0, u"Unexpected end of the text", 1, 5},
+    {u"<a b='1'", true, 0, u"Unexpected end of the text", 1, 4},
+};
+
 TEST(XmlReader, FailuresCarryCodeMessageAndPlace) {
-  const FailureCase Cases[] = {
-      {u"", true, 2, u"The document is not wellformed!\r\n\"<\" expected, but \"\" found!", 1, 1},
-      {u"<?xml version='1.0'?>", true, 2,
-       u"The document is not wellformed!\r\n\"<\" expected, but \"\" found!", 1, 1},
-      {u"<a<b/>", true, 8,
-       u"The document is not wellformed!\r\nAn element was not closed correctly (Row: 1, Col: "
-       u"1).",
-       1, 1},
-      {u"<1a/>", true, 3, u"The current character \"1\" is not a valid NameStartChar!", 1, 1},
-      {u"<a>\n  <:b/></a>", true, 3,
-       u"The current character \":\" is only a valid NameStartChar when NameSpaces are not "
-       u"supported!",
-       2, 3},
-      {u"<a b>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
-      {u"<a b=1>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
-      {u"<a\n>", true, 7, u"The document is not wellformed!\r\nMissing attribute value.", 1, 1},
-      {u"<a></a x>", true, 2,
-       u"The document is not wellformed!\r\n\">\" expected, but \"x\" found!", 1, 4},
-      {u"<!ELEMENT x><a/>", true, 5, u"\"DOCTYPE\" expected, but \"ELEMENT\" found", 1, 1},
-      {u"<a><!x></a>", true, 6, u"![CDATA[ expected, but \"!x></a>\" found", 1, 5},
-      {u"<a/><b/>", true, 9,
-       u"The document is not wellformed!\r\nA XML document may not contain multiple root "
-       u"elements.",
-       1, 1},
-      {u"<a/>x", true, 12,
-       u"The document is not wellformed!\r\nAn invalid token was detected at the root level of "
-       u"the document.",
-       1, 1},
-      {u"<a>\n x", true, 0, u"Unexpected end of the text", 1, 4},
-      {u"<a><!-- open", true, 0, u"Unexpected end of the text", 1, 5},
-      {u"<a><![CDATA[ open", true, 0, u"Unexpected end of the text", 1, 5},
-      {u"<a b='1'", true, 0, u"Unexpected end of the text", 1, 4},
-  };
-  for (const FailureCase& C : Cases) {
+  for (const FailureCase& C : FailureCases) {
     SCOPED_TRACE(StringToUTF8(C.XML));
     ReaderWithRecorder R(C.SingleRoot);
     try {
@@ -156,6 +161,118 @@ TEST(XmlReader, FailuresCarryCodeMessageAndPlace) {
       EXPECT_EQ(R.Reader->GetColNr(), C.Col);
     }
     EXPECT_EQ(R.Recorder->Transcript.find("endDocument"), std::string::npos);
+  }
+}
+
+TEST(XmlReader, Utf8TagsReadInPlaceGiveWhatTheCharacterScanGives) {
+  // UTF-8 tags are scanned in the raw text where they are ordinary and by characters where they
+  // aren't; UTF-16 always goes by characters. Every event, the locator at it, and every failure
+  // must be the same, also when a tag straddles the blocks of a stream (where it goes by
+  // characters).
+  struct TPlacedRecorder : public TEventRecorder {
+    TLxSAXReader* Reader = nullptr;
+    bool WithPosition = false; // byte offsets compare only between texts of one encoding
+    void Place() {
+      Transcript += std::to_string(Reader->GetLineNr()) + ":" + std::to_string(Reader->GetColNr());
+      if (WithPosition)
+        Transcript += "@" + std::to_string(Reader->GetPosition());
+      Transcript += " ";
+    }
+    void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                      const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
+      Place();
+      TEventRecorder::StartElement(AURI, ALocalName, AQName, AAttributes);
+    }
+    void EndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                    const LxXMLString& AQName) override {
+      Place();
+      TEventRecorder::EndElement(AURI, ALocalName, AQName);
+    }
+    void StartPrefixMapping(const LxXMLString& APrefix, const LxXMLString& AURI) override {
+      Place();
+      TEventRecorder::StartPrefixMapping(APrefix, AURI);
+    }
+    void Characters(const LxXMLString& AText) override {
+      Place();
+      TEventRecorder::Characters(AText);
+    }
+    void IgnorableWhitespace(const LxXMLString& AText) override {
+      Place();
+      TEventRecorder::IgnorableWhitespace(AText);
+    }
+  };
+  // Run gives the transcript with places, the failure and the locator after it.
+  auto Run = [](auto AParse, bool AWithPosition = true) {
+    TOwned<TPlacedRecorder> Recorder(New<TPlacedRecorder>());
+    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    Recorder->Reader = Reader.get();
+    Recorder->WithPosition = AWithPosition;
+    Recorder->Attach(Reader.get());
+    std::string Failure;
+    try {
+      AParse(Reader.get());
+    } catch (const Exception& E) {
+      Failure = StringToUTF8(E.Message()) + " at " + std::to_string(Reader->GetLineNr()) + ":" +
+                std::to_string(Reader->GetColNr());
+    }
+    return Recorder->Transcript + Failure;
+  };
+  std::vector<LxXMLString> Texts;
+  for (const AcceptedCase& C : AcceptedCases)
+    if (C.SingleRoot)
+      Texts.emplace_back(C.XML);
+  for (const FailureCase& C : FailureCases)
+    if (C.SingleRoot)
+      Texts.emplace_back(C.XML);
+  // The edges of the in-place scan: blanks inside attribute names, colons, bytes from 0x80 on
+  // in names and values, a name or value that reaches the end of the text.
+  for (const char16_t* Text : {u"<a\tb='1'\r\n c = \"2\"\t/>",
+                               u"<a  b='1'c='2'  ></a  >",
+                               u"<a b::c='1' xmlns:b='u'/>",
+                               u"<p:a xmlns:p='u'>\n<p:b p:c='\u00e9' XMLNS='v'>\u65e5</p:b></p:a>",
+                               u"<\u00e9l \u00e0='1'/>",
+                               u"<a \u00e0:b='1'/>",
+                               u"<a b='1' \u00e0='2'/>",
+                               u"<a:\u00e9/>",
+                               u"<a:1/>",
+                               u"<a::b/>",
+                               u"<a:b:/>",
+                               u"<a b='1'/ >",
+                               u"<a b='1'x>",
+                               u"<a b='1' c>",
+                               u"<a b='1' c='>",
+                               u"<a b",
+                               u"<a:",
+                               u"<a ",
+                               u"</",
+                               u"<a></a",
+                               u"<a></a ",
+                               u"<a>\n</a\n>",
+                               u"<a xmlns:='u' :b='1'/>",
+                               u"<a/>",
+                               u"<ab/>"})
+    Texts.emplace_back(Text);
+  // More names than the name cache keeps, many of them alike, each coming back later: every
+  // entry is replaced and hit, and names that share their ends must not be taken for each other.
+  LxXMLString Many = u"<r xmlns:p='u'>";
+  for (int Round = 0; Round < 3; ++Round)
+    for (int I = 0; I < 150; I += 1 + Round) {
+      const LxXMLString N = UTF8ToString(std::to_string(I));
+      Many += u"<e" + N + u" p:a" + N + u"='" + N + u"' a" + N + u"x='1'\n b" + N + u"=''><p:e" +
+              N + u"/></e" + N + u">";
+    }
+  Texts.push_back(Many + u"</r>");
+  for (const LxXMLString& Text : Texts) {
+    SCOPED_TRACE(StringToUTF8(Text).substr(0, 80));
+    const RawByteString Utf8 = StringToUTF8(Text);
+    EXPECT_EQ(Run([&](TLxSAXXMLReader* R) { R->Parse(Utf8, CP_UTF8); }, false),
+              Run([&](TLxSAXXMLReader* R) { R->Parse(Text); }, false));
+    const std::string Expected = Run([&](TLxSAXXMLReader* R) { R->Parse(Utf8, CP_UTF8); });
+    for (Int64 Chunk : {1, 2, 3, 5, 8}) {
+      TOwned<test::TChunkedStream> Stream(New<test::TChunkedStream>(Utf8, Chunk));
+      EXPECT_EQ(Run([&](TLxSAXXMLReader* R) { R->ParseStream(Stream.get(), CP_UTF8); }), Expected)
+          << "in blocks of " << Chunk;
+    }
   }
 }
 

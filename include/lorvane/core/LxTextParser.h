@@ -186,6 +186,9 @@ protected:
   const Byte* RawReadEnd() const noexcept { return FEnd; }
   void SetRawCursor(const Byte* AAt) noexcept { FCur = AAt; }
   bool ReadMoreRaw() { return Refill(); }
+  /// The text of ALength raw bytes at AFrom (inside the raw window) into ATarget, as a selection
+  /// of them gives it; ATarget keeps its capacity.
+  void DecodeInto(UnicodeString& ATarget, const Byte* AFrom, std::size_t ALength) const;
 
   /// Whether the raw current character equals the one at ACharPtr, in the width of the source
   /// (one byte, or one 16-bit unit in csWide); false at the end. The width is fixed for a parse,
@@ -243,7 +246,6 @@ private:
   void CountLinesUpTo(Int64 AOffset);
   [[noreturn]] void RaiseEOF();
   [[noreturn]] static void RaiseNotAMark();
-  void DecodeInto(UnicodeString& ATarget, const Byte* AFrom, std::size_t ALength) const;
 
   // Source window: FData[0] is byte FDataOffset of the text; FEnd ends what has been read.
   const Byte* FData = nullptr;

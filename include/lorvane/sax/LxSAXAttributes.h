@@ -90,14 +90,24 @@ public:
   /// Its URI; empty when there is none.
   LxXMLString GetURI(const LxXMLString& APrefix);
   /// The same without a copy; valid until the list changes.
-  const LxXMLString& URIOf(const LxXMLString& APrefix);
+  const LxXMLString& URIOf(const LxXMLString& APrefix) {
+    // Most documents bind nothing, or little: the empty list answers at once.
+    return FList.empty() ? NoURI : BoundURIOf(APrefix);
+  }
   /// Ends every binding of ALevel or deeper, newest first, each with EndPrefixMapping.
-  void RemoveLevel(Integer ALevel);
+  void RemoveLevel(Integer ALevel) {
+    if (!FList.empty())
+      RemoveBoundLevel(ALevel);
+  }
   /// Drops all bindings without events.
   void Clear();
   Integer Count() const noexcept { return static_cast<Integer>(FList.size()); }
 
 private:
+  static inline const LxXMLString NoURI{};
+  const LxXMLString& BoundURIOf(const LxXMLString& APrefix);
+  void RemoveBoundLevel(Integer ALevel);
+
   TLxSAXXMLReader* FOwner;
   std::vector<TLxSAXNamespace> FList;
 };

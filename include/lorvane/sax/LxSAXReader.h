@@ -2,6 +2,9 @@
 /// a string and runs a format's parse loop, and TLxSAXXMLReader, the XML format.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "lorvane/sax/LxSAXAttributes.h"
 #include "lorvane/sax/LxXMLParser.h"
 
@@ -110,12 +113,44 @@ private:
   void ParseDTD();
   void ParseCDATA();
   void ParseCharacters();
+  /// A run of character data in the raw window of a UTF-8 text, up to the '<' behind it; false
+  /// with nothing done where the window holds no '<'.
+  bool ParseCharactersInPlace();
   void ParseAtrributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
   void ParseElement(Integer& ALevel);
   /// One tag, start, empty or end, up to its closing '>'.
   void ParseTag(Integer& ALevel);
   void ParseAfterRoot(Integer& ALevel);
   void ParseTextBehindTag();
+  /// The common tag (ASCII names, every attribute quoted, the whole tag read already) scanned in
+  /// the raw window of a UTF-8 text: its names go to FPrefix, FLocalName and FQName, where its
+  /// attributes lie to FRawAttributes, and the cursor to where the scan by characters would
+  /// stand before the attributes. Anything else, failures included, leaves everything as it was
+  /// and gives false: the scan by characters takes the tag.
+  bool ScanTagInPlace(bool& AEndTag);
+  /// The names of a tag by characters, up to the blanks behind them.
+  void ScanTagNames(bool& AEndTag);
+  /// The attributes that ScanTagInPlace found, into the list, with the same declarations and
+  /// cursor moves as ParseAtrributes.
+  void TakeRawAttributes(TLxSAXXMAttributes* AAttributes, Integer ALevel);
+  /// A declaration in an attribute is added to the namespace list; another attribute gets the
+  /// URI of its prefix.
+  void ResolveAttribute(PLxSAXXMAttribute AAttribute, const LxXMLString& APrefix, Integer ALevel);
+
+  /// The names that the raw bytes of one tag or attribute name give, kept so that the same bytes
+  /// are not decoded again (most documents use a few names many times). Prefix is the text
+  /// before the first colon as ParseTag or ParseAtrributes takes it.
+  struct TNameEntry {
+    static constexpr std::size_t Longest = 64; // longer names aren't kept
+    std::size_t Length = 0;                    // of Raw; 0 for an unused entry
+    Byte Raw[Longest];
+    LxXMLString Prefix, LocalName, QName;
+  };
+  /// The entry for the raw name [AFrom, ATo) among the element names (AAttribute false) or the
+  /// attribute names; AFound says whether it holds the names already, else its Raw is set and
+  /// the caller fills in the names. Nil for a name too long or empty, which isn't kept. The
+  /// cache is made at the start of a UTF-8 parse.
+  TNameEntry* CachedName(bool AAttribute, const Byte* AFrom, const Byte* ATo, bool& AFound);
 
   bool FCheckSingleRootElm = true;
   TLxSAXNamespaceList FNamespaceList;
@@ -126,6 +161,25 @@ private:
   TLxSAXXMAttributes* FAttributes = nullptr; // the list of the element being started
   // Token strings reused from tag to tag, so that their memory is allocated once.
   LxXMLString FPrefix, FLocalName, FQName, FText, FAttributePrefix;
+  /// Where the parts of one attribute lie in the raw window; Colon is nil without a prefix.
+  struct TRawAttribute {
+    const Byte* Name;
+    const Byte* Colon;
+    const Byte* LocalName;
+    const Byte* NameEnd;
+    const Byte* Value;
+    const Byte* ValueEnd;
+  };
+  std::vector<TRawAttribute> FRawAttributes;
+  // Element names in the first half, attribute names in the second; emptied for each parse, so
+  // its memory is bounded by its size and the longest name it keeps.
+  std::vector<TNameEntry> FNameCache;
+  // The names of the tag being parsed: in the cache, or in FPrefix, FLocalName and FQName.
+  const LxXMLString* FTagPrefix = &FPrefix;
+  const LxXMLString* FTagLocalName = &FLocalName;
+  const LxXMLString* FTagQName = &FQName;
+  const Byte* FAfterRawAttributes = nullptr;
+  bool FScanInPlace = false; // the text is UTF-8
 };
 
 } // namespace lorvane

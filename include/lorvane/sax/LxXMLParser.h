@@ -82,6 +82,11 @@ class TLxXMLParser : public TLxTextParser {
   using TLxTextParser::SkipWhile;
   /// The comparison of CheckCurrChar without raising, inlined for the reader's loop.
   using TLxTextParser::RawEquals;
+  /// The raw window, for the reader's scan of a whole tag in place (see TLxTextParser).
+  using TLxTextParser::DecodeInto;
+  using TLxTextParser::RawCursor;
+  using TLxTextParser::RawReadEnd;
+  using TLxTextParser::SetRawCursor;
   /// Whether the raw current character equals the delimiter; on a mismatch with ARaise,
   /// ELxXMLParseError code 2 naming the expected character and CurrChar's text (empty at the
   /// end).
