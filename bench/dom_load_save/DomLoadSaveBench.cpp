@@ -503,9 +503,13 @@ int Probe(const std::string& ASpec) {
   LorvaneSide::Tree Tree;
   if (Phase != "load")
     Tree = LorvaneSide::Load(Text);
+  const long long Before = bench::HeapInUse();
   ProbePhase(Phase, Text, Tree);
-  std::printf("%s %s: %zu bytes, %lld elements\n", Doc.c_str(), Phase.c_str(), Text.size(),
-              Tree ? (long long)LorvaneSide::CountElements(Tree) : 0LL);
+  const long long Growth = bench::HeapInUse() - Before;
+  std::printf("%s %s: %zu bytes, %lld elements, heap growth %.2f bytes per input byte\n",
+              Doc.c_str(), Phase.c_str(), Text.size(),
+              Tree ? (long long)LorvaneSide::CountElements(Tree) : 0LL,
+              double(Growth) / double(Text.size()));
   return EXIT_SUCCESS;
 }
 

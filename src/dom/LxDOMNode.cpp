@@ -232,6 +232,17 @@ TLxDOMNode* TLxDOMNode::LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDO
   return ANode;
 }
 
+void TLxDOMNode::AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedList) {
+  // What AddChild comes to for such a node: no cycle or old parent to check, no face to pin,
+  // nothing below it to pass the document to, and a leaf without namespace links refreshes
+  // nothing.
+  if (ATypedList)
+    ATypedList->Add(ALeaf, nullptr, ldpLast);
+  ChildNodes()->Add(ALeaf, nullptr, ldpLast);
+  ALeaf->FParent = this;
+  ALeaf->FDOMDocument = FDOMDocument;
+}
+
 void TLxDOMNode::ForgetChild(TLxDOMNode* ANode) {
   // Children leave from the end when a node is cleared, so the search starts there.
   if (const Integer Index = FChildNodes ? FChildNodes->LastIndexOf(ANode) : -1; Index >= 0)
@@ -287,16 +298,20 @@ void TLxDOMNode::SetInnerXML(const UnicodeString&) {
 
 void TLxDOMNode::SetPrefix(const UnicodeString& Value) { FPrefix = Value; }
 
-void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
-  const auto Colon = Value.find(u':');
+void TLxDOMNode::AssignQualifiedName(const UnicodeString& AValue) {
+  const auto Colon = AValue.find(u':');
   // A leading colon names no prefix; split there, the name couldn't be written back whole.
   if (Colon == UnicodeString::npos || Colon == 0) {
     FPrefix.clear();
-    FLocalName = Value;
+    FLocalName = AValue;
   } else {
-    FPrefix.assign(Value, 0, Colon);
-    FLocalName.assign(Value, Colon + 1);
+    FPrefix.assign(AValue, 0, Colon);
+    FLocalName.assign(AValue, Colon + 1);
   }
+}
+
+void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
+  AssignQualifiedName(Value);
   SetPrefix(FPrefix);
 }
 

@@ -9,6 +9,7 @@
 namespace lorvane {
 
 class TLxDOMNodeList;
+class TLxDOMNodeListBase;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
 class TLxDOMElement;
@@ -212,6 +213,13 @@ protected:
   virtual void UnlinkChild(TLxDOMNode* AChildNode);
   /// The children without making the list: nil while the node never had one.
   TLxDOMNodeList* ChildList() const noexcept { return FChildNodes; }
+  /// The name split as SetQualifiedName splits it, without the look-ups of a rename: for a node
+  /// that a load has just made, which is in no tree and links to nothing yet.
+  void AssignQualifiedName(const UnicodeString& AValue);
+  /// Appends ALeaf, fresh from a load (no parent, face, children or namespace state), with what
+  /// linking does for such a node and nothing else; ATypedList is the typed list it joins too,
+  /// when this node has made it.
+  void AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedList);
 
   /// Made on first use: a leaf that never gets a child pays for no list.
   TLxDOMNodeList* FChildNodes = nullptr;
@@ -227,6 +235,7 @@ private:
   /// Takes AChild out of the children of AParent, which is being destroyed, and frees it: a step
   /// of Clear.
   static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
+  friend class TLxDOMParser;
   struct TParseEvents;
   /// Rarely set, so kept out of line: a node pays one pointer for its three events.
   std::unique_ptr<TParseEvents> FParseEvents;

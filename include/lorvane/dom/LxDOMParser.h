@@ -11,6 +11,8 @@
 
 namespace lorvane {
 
+class TLxDOMCharacterData;
+
 /// Interface references to it aren't counted; it lives for one load.
 class TLxDOMParser : public TComponent,
                      public ILxSAXErrorHandler,
@@ -67,6 +69,10 @@ protected:
   ~TLxDOMParser() override;
 
 private:
+  /// Appends text or CDATA that the load has just made to the node being filled; APos is the
+  /// position the general road is given.
+  void AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos);
+
   TLxDOMNode* FDOMNode;
   /// What is loaded into: end tags without a start tag never lead above it.
   TLxDOMNode* FTargetNode;
