@@ -162,11 +162,11 @@ TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLx
   return LinkChild(ANode, ARefNode, APos);
 }
 
-TLxDOMAttribute* TLxDOMElement::AddLoadedAttribute(const UnicodeString& AQualifiedName) {
+TLxDOMAttribute* TLxDOMElement::AddLoadedAttribute(const TLxDOMName::TRef& AName) {
   // As AddAttribute, where the element is in no tree: renaming an unlinked attribute finds no
   // scope, and linking it to an element without document refreshes nothing.
   TOwned<TLxDOMAttribute> Attribute(New<TLxDOMAttribute>());
-  Attribute->AssignQualifiedName(AQualifiedName);
+  Attribute->AssignName(AName);
   AppendLoadedLeaf(Attribute.get(), FAttributes);
   return Attribute.release();
 }
@@ -466,8 +466,7 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
   TOwned<TLxDOMElement> Made(New<TLxDOMElement>());
-  Made->FLocalName = std::move(LocalName);
-  Made->FPrefix = Prefix;
+  Made->FName = TLxDOMName::Make(Prefix, LocalName);
   AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMElement* Element = Made.release();
   const UnicodeString URI(ANamespaceURI);
@@ -497,8 +496,7 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
   TOwned<TLxDOMAttribute> Made(New<TLxDOMAttribute>());
-  Made->FLocalName = std::move(LocalName);
-  Made->FPrefix = Prefix;
+  Made->FName = TLxDOMName::Make(Prefix, LocalName);
   AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMAttribute* Attribute = Made.release();
   const UnicodeString URI(ANamespaceURI);
@@ -635,7 +633,7 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
   VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
     const TLxXPathCollationClass Collation = AElement->GetCollation();
     if (Collation->SameText(AElement->GetNamespaceURI(), URI) &&
-        Collation->SameText(AElement->FLocalName, LocalName))
+        Collation->SameText(AElement->GetLocalName(), LocalName))
       AList->Add(AElement, ldpLast);
   });
 }
@@ -651,9 +649,9 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
   const UnicodeString Prefix(APrefix), LocalName(ALocalName);
   VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
     const bool LocalMatches =
-        LocalName == u"*" || Collation->SameText(AElement->FLocalName, LocalName);
+        LocalName == u"*" || Collation->SameText(AElement->GetLocalName(), LocalName);
     const bool PrefixMatches =
-        ByLocal || Prefix == u"*" || Collation->SameText(AElement->FPrefix, Prefix);
+        ByLocal || Prefix == u"*" || Collation->SameText(AElement->GetPrefix(), Prefix);
     if (LocalMatches && PrefixMatches)
       AList->Add(AElement, ldpLast);
   });

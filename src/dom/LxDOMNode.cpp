@@ -3,6 +3,7 @@
 
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMParser.h"
+#include "platform/internal/SmallObjectPool.h"
 
 #include <algorithm>
 #include <vector>
@@ -14,6 +15,27 @@ struct TLxDOMNode::TParseEvents {
   TLxDOMParseError OnParseError;
   TLxDOMParseError OnParseFatalError;
 };
+
+// --- names --------------------------------------------------------------------------------------
+
+void* TLxDOMName::operator new(std::size_t ASize) { return smallpool::Allocate(ASize); }
+
+void TLxDOMName::operator delete(void* AMemory, std::size_t ASize) noexcept {
+  smallpool::Release(AMemory, ASize);
+}
+
+TLxDOMName::TRef TLxDOMName::Lasting(std::u16string_view ALocalName) {
+  // Made once per kind and never freed: nodes of the kind may be freed as late as static
+  // destruction.
+  auto* Name = new TLxDOMName({}, ALocalName);
+  Name->FLasting = true;
+  return TRef::Adopt(Name);
+}
+
+const UnicodeString& TLxDOMName::TRef::Empty() noexcept {
+  static const UnicodeString Value;
+  return Value;
+}
 
 // --- lifetime -----------------------------------------------------------------------------------
 
@@ -296,31 +318,29 @@ void TLxDOMNode::SetInnerXML(const UnicodeString&) {
   throw ELxDomNotSupported(u"The SetInnerXML is not supported by the TLxDomNode");
 }
 
-void TLxDOMNode::SetPrefix(const UnicodeString& Value) { FPrefix = Value; }
+void TLxDOMNode::SetPrefix(const UnicodeString& Value) {
+  // Value may be this node's own prefix: an equal one keeps the record.
+  if (Value != GetPrefix())
+    FName = TLxDOMName::Make(Value, GetLocalName());
+}
 
 void TLxDOMNode::AssignQualifiedName(const UnicodeString& AValue) {
-  const auto Colon = AValue.find(u':');
-  // A leading colon names no prefix; split there, the name couldn't be written back whole.
-  if (Colon == UnicodeString::npos || Colon == 0) {
-    FPrefix.clear();
-    FLocalName = AValue;
-  } else {
-    FPrefix.assign(AValue, 0, Colon);
-    FLocalName.assign(AValue, Colon + 1);
-  }
+  FName = TLxDOMName::FromQualifiedName(AValue);
 }
 
 void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
   AssignQualifiedName(Value);
-  SetPrefix(FPrefix);
+  SetPrefix(GetPrefix());
 }
 
 UnicodeString TLxDOMNode::GetQualifiedName() const {
-  if (FPrefix.empty())
-    return FLocalName;
+  const UnicodeString& Prefix = GetPrefix();
+  const UnicodeString& LocalName = GetLocalName();
+  if (Prefix.empty())
+    return LocalName;
   UnicodeString Result;
-  Result.reserve(FPrefix.size() + 1 + FLocalName.size());
-  return Result.append(FPrefix).append(1, u':').append(FLocalName);
+  Result.reserve(Prefix.size() + 1 + LocalName.size());
+  return Result.append(Prefix).append(1, u':').append(LocalName);
 }
 
 // --- loading ------------------------------------------------------------------------------------
@@ -436,7 +456,7 @@ UnicodeString TLxDOMNode::NodePath(bool ALocalNames, const UnicodeString& AIdAtt
       Result += u'/';
     if (Node->FNodeType == ntAttribute)
       Result += u'@';
-    Result += ALocalNames ? Node->FLocalName : Node->GetQualifiedName();
+    Result += ALocalNames ? Node->GetLocalName() : Node->GetQualifiedName();
     if (Node->FNodeType == ntElement && !AIdAttribName.empty()) {
       TLxDOMSelectOptions Options{soCaseInsensitive};
       if (ALocalNames)

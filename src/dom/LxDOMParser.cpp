@@ -63,10 +63,10 @@ void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLStr
   // The new element is in no tree while it gets its name and attributes: none of the look-ups
   // that renaming or linking a node of a tree runs has anything to find yet.
   TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
-  Element->AssignQualifiedName(AQName);
+  Element->AssignName(NameOf(AQName));
   bool DeclaresSchemaInstance = false;
   for (PLxSAXXMAttribute Item = AAttributes->FirstAttribute(); Item; Item = Item->Next) {
-    TLxDOMAttribute* Attribute = Element->AddLoadedAttribute(Item->QName);
+    TLxDOMAttribute* Attribute = Element->AddLoadedAttribute(NameOf(Item->QName));
     Attribute->SetStoredValue(Item->Value);
     // The element's own declaration of its URI links it at once; declarations further up reach
     // it by the refresh that linking runs.
@@ -110,6 +110,20 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
   Text->SetStoredValue(AText);
   AppendLeaf(Text.get(), ldpAfter);
   Text.release();
+}
+
+const TLxDOMName::TRef& TLxDOMParser::NameOf(const LxXMLString& AQName) {
+  // A cache, not a set: a name whose slot another name took gets a record of its own, so that
+  // a document of ever new names costs no more than one record per node.
+  std::size_t Hash = AQName.size();
+  for (const char16_t Unit : AQName)
+    Hash = Hash * 31 + Unit;
+  TNameSlot& Slot = FNames[(Hash ^ (Hash >> 7)) & (NameSlots - 1)];
+  if (Slot.QName != AQName) {
+    Slot.QName = AQName;
+    Slot.Name = TLxDOMName::FromQualifiedName(AQName);
+  }
+  return Slot.Name;
 }
 
 void TLxDOMParser::AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos) {

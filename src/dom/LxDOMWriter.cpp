@@ -187,7 +187,7 @@ bool TLxDOMElement::WriteStartTag(TLxDOMWriter& AWriter, bool AFormatted, Intege
     AWriter.WriteIndent(ALevel + 1);
   }
   AWriter.Write(u"<");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
   AnyOf(TChildKind::Attribute, [&](TLxDOMNode* AAttribute) {
     WriteChildXML(AAttribute, AWriter, AFormatted, ALevel);
     return false;
@@ -206,7 +206,7 @@ void TLxDOMElement::WriteEndTag(TLxDOMWriter& AWriter, bool AFormatted, Integer 
     AWriter.WriteIndent(ALevel + 1);
   }
   AWriter.Write(u"</");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
   AWriter.Write(u">");
 }
 
@@ -247,7 +247,7 @@ void TLxDOMElement::WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& AL
 
 void TLxDOMAttribute::WriteXML(TLxDOMWriter& AWriter, bool, Integer&) {
   AWriter.Write(u" ");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
   AWriter.Write(u"=\"");
   // A value read from single quotes may hold a double quote, which would end the value early.
   std::u16string_view Rest = FNodeValue;

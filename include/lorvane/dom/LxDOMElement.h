@@ -245,9 +245,9 @@ private:
   UnicodeString InnerXML(bool AFormatted);
   /// Links a declaration on the element that gives it ANamespaceURI, as a load finds it.
   void LinkOwnDeclaration(TLxDOMAttribute* ADeclaration, const UnicodeString& ANamespaceURI);
-  /// Adds an attribute named AQualifiedName to this element, which a load has just made and
-  /// not linked yet: the attribute gets its place and parent, and nothing else changes.
-  TLxDOMAttribute* AddLoadedAttribute(const UnicodeString& AQualifiedName);
+  /// Adds an attribute named AName to this element, which a load has just made and not linked
+  /// yet: the attribute gets its place and parent, and nothing else changes.
+  TLxDOMAttribute* AddLoadedAttribute(const TLxDOMName::TRef& AName);
   /// Appends AChild, which a load has made with its attributes and not linked yet, to this
   /// element of a document, with the same outcome as AppendChild. False, with nothing changed,
   /// where the short road doesn't apply (no document, or AChild may have its own "xml:space");
