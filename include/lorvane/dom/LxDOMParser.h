@@ -77,7 +77,7 @@ private:
   /// position the general road is given.
   void AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos);
 
-  static constexpr std::size_t NameSlots = 512;
+  static constexpr std::size_t NameSlots = 256;
   struct TNameSlot {
     UnicodeString QName;
     TLxDOMName::TRef Name;
