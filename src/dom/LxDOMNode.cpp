@@ -324,8 +324,35 @@ void TLxDOMNode::SetPrefix(const UnicodeString& Value) {
     FName = TLxDOMName::Make(Value, GetLocalName());
 }
 
+namespace {
+
+/// The names last given by hand on this thread, so that nodes named alike share a record as the
+/// nodes of a load do. A cache, not a set: a record whose slot another name takes lives on in
+/// its nodes, and the cache holds at most Slots records.
+struct TNameCache {
+  static constexpr std::size_t Slots = 64;
+  struct TSlot {
+    UnicodeString QName;
+    TLxDOMName::TRef Name;
+  };
+  TSlot Slot[Slots];
+};
+
+// Per thread, so that naming takes no lock; no object in common carries it.
+thread_local TNameCache NameCache;
+
+} // namespace
+
 void TLxDOMNode::AssignQualifiedName(const UnicodeString& AValue) {
-  FName = TLxDOMName::FromQualifiedName(AValue);
+  std::size_t Hash = AValue.size();
+  for (const char16_t Unit : AValue)
+    Hash = Hash * 31 + Unit;
+  TNameCache::TSlot& Slot = NameCache.Slot[(Hash ^ (Hash >> 7)) & (TNameCache::Slots - 1)];
+  if (Slot.QName != AValue) {
+    Slot.Name = TLxDOMName::FromQualifiedName(AValue);
+    Slot.QName = AValue;
+  }
+  FName = Slot.Name;
 }
 
 void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
