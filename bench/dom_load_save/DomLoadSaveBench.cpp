@@ -1,6 +1,12 @@
-// Loading a 20 MB document from memory into a tree and saving the tree back to memory, compact and
-// formatted, beside pugixml, libxml2 and tinyxml2 on the same bytes; CPU time of each phase and
-// the heap the tree takes per input byte.
+// Loading a document from memory into a tree, freeing the tree, and saving it back to memory,
+// compact and formatted, beside pugixml, libxml2 and tinyxml2 on the same bytes; CPU time of each
+// phase and the heap the tree takes per input byte. The documents: three generated ones of 20 MB
+// and real files of this machine's Debian packages, each skipped with a note when missing.
+//
+// --probe=DOC,MB,PHASE runs only Lorvane's side of one phase (load, free or save) once, on the
+// generated DOC (records, text, deep) of MB megabytes or on the file DOC, for callgrind:
+//   valgrind --tool=callgrind --toggle-collect='*ProbePhase*' bench_dom_load_save
+//   --probe=records,2,load
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
 #include "lorvane/uLxXMLDOM.h"
@@ -19,8 +25,11 @@
 #include <tinyxml2.h>
 #endif
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
@@ -40,6 +49,26 @@ struct Input {
   std::string Name;
   std::string Bytes;
   Int64 Elements = 0; // as Lorvane's tree has them; every other tree must agree
+  /// How often each timed phase runs on a smaller document, so that every phase handles about
+  /// as many bytes as on the generated ones; the times add up.
+  int Rounds = 1;
+  /// A file of this machine rather than a generated document: a rival that can't read it is
+  /// left out there (some files are not well-formed, and readers differ in what they let pass).
+  bool Real = false;
+};
+
+/// The whole file, or empty when it can't be read.
+std::string ReadFile(const char* APath) {
+  std::ifstream File(APath, std::ios::binary);
+  return File ? std::string(std::istreambuf_iterator<char>(File), {}) : std::string();
+}
+
+/// The real documents: large files of the Debian packages that run.sh installs for benchmarks.
+constexpr std::pair<const char*, const char*> RealFiles[] = {
+    {"mime", "/usr/share/mime/packages/freedesktop.org.xml"},
+    {"iso_3166-2", "/usr/share/xml/iso-codes/iso_3166-2.xml"},
+    {"GLib.gir", "/usr/share/gir-1.0/GLib-2.0.gir"},
+    {"Gio.gir", "/usr/share/gir-1.0/Gio-2.0.gir"},
 };
 
 std::vector<Input>& Inputs() {
@@ -47,6 +76,16 @@ std::vector<Input>& Inputs() {
     std::vector<Input> D;
     D.push_back({"records", bench::RecordsDocument()});
     D.push_back({"text", bench::TextDocument()});
+    D.push_back({"deep", bench::DeepDocument()});
+    for (const auto& [Name, Path] : RealFiles) {
+      std::string Bytes = ReadFile(Path);
+      if (Bytes.empty()) {
+        std::fprintf(stderr, "note: %s is missing, the %s document is skipped\n", Path, Name);
+        continue;
+      }
+      const int Rounds = int(std::max<std::size_t>(1, bench::DocumentBytes / Bytes.size()));
+      D.push_back({Name, std::move(Bytes), 0, Rounds, true});
+    }
     return D;
   }();
   return Docs;
@@ -112,14 +151,20 @@ struct PugixmlSide {
     return Doc;
   }
 
-  static Int64 CountBelow(pugi::xml_node ANode) {
+  static Int64 CountElements(const Tree& ADoc) {
     Int64 Count = 0;
-    for (pugi::xml_node Child = ANode.first_child(); Child; Child = Child.next_sibling())
-      if (Child.type() == pugi::node_element)
-        Count += 1 + CountBelow(Child); // the documents are four levels deep
+    std::vector<pugi::xml_node> Pending{*ADoc};
+    while (!Pending.empty()) {
+      const pugi::xml_node Node = Pending.back();
+      Pending.pop_back();
+      for (pugi::xml_node Child = Node.first_child(); Child; Child = Child.next_sibling())
+        if (Child.type() == pugi::node_element) {
+          ++Count;
+          Pending.push_back(Child);
+        }
+    }
     return Count;
   }
-  static Int64 CountElements(const Tree& ADoc) { return CountBelow(*ADoc); }
 
   struct StringWriter : pugi::xml_writer {
     std::string& Out;
@@ -166,15 +211,19 @@ struct Libxml2Side {
                               XML_PARSE_NOBLANKS | XML_PARSE_NONET));
   }
 
-  static Int64 CountBelow(const xmlNode* ANode) {
-    Int64 Count = 0;
-    for (const xmlNode* Child = ANode->children; Child; Child = Child->next)
-      if (Child->type == XML_ELEMENT_NODE)
-        Count += 1 + CountBelow(Child); // the documents are four levels deep
-    return Count;
-  }
   static Int64 CountElements(const Tree& ADoc) {
-    return CountBelow(reinterpret_cast<const xmlNode*>(ADoc.get()));
+    Int64 Count = 0;
+    std::vector<const xmlNode*> Pending{reinterpret_cast<const xmlNode*>(ADoc.get())};
+    while (!Pending.empty()) {
+      const xmlNode* Node = Pending.back();
+      Pending.pop_back();
+      for (const xmlNode* Child = Node->children; Child; Child = Child->next)
+        if (Child->type == XML_ELEMENT_NODE) {
+          ++Count;
+          Pending.push_back(Child);
+        }
+    }
+    return Count;
   }
 
   // libxml2 allocates the dump itself; nothing to reserve.
@@ -203,14 +252,20 @@ struct Tinyxml2Side {
     return Doc;
   }
 
-  static Int64 CountBelow(const tinyxml2::XMLNode* ANode) {
+  static Int64 CountElements(const Tree& ADoc) {
     Int64 Count = 0;
-    for (const tinyxml2::XMLElement* Child = ANode->FirstChildElement(); Child;
-         Child = Child->NextSiblingElement())
-      Count += 1 + CountBelow(Child); // the documents are four levels deep
+    std::vector<const tinyxml2::XMLNode*> Pending{ADoc.get()};
+    while (!Pending.empty()) {
+      const tinyxml2::XMLNode* Node = Pending.back();
+      Pending.pop_back();
+      for (const tinyxml2::XMLElement* Child = Node->FirstChildElement(); Child;
+           Child = Child->NextSiblingElement()) {
+        ++Count;
+        Pending.push_back(Child);
+      }
+    }
     return Count;
   }
-  static Int64 CountElements(const Tree& ADoc) { return CountBelow(ADoc.get()); }
 
   // The printer grows its own buffer; compact or not is fixed when it is made.
   static Output Prepare(std::size_t, bool AFormatted) {
@@ -225,8 +280,8 @@ struct Tinyxml2Side {
 
 // --- measurements -------------------------------------------------------------------------------
 
-enum class Phase { Load, SaveCompact, SaveFormatted };
-const char* const PhaseNames[] = {"load", "save compact", "save formatted"};
+enum class Phase { Load, Free, SaveCompact, SaveFormatted };
+const char* const PhaseNames[] = {"load", "free", "save compact", "save formatted"};
 
 std::string BenchName(const std::string& ASide, const Input& AInput, Phase APhase) {
   return ASide + "/" + AInput.Name + "/" + PhaseNames[int(APhase)];
@@ -258,21 +313,32 @@ template <class Side> typename Side::Tree& TreeOf(const std::string& AKey, const
   return *static_cast<typename Side::Tree*>(Tree.get());
 }
 
-template <class Side> void MeasureLoad(benchmark::State& AState, const Input& AInput) {
+/// The load phase, or with AFree the free phase: each round loads a tree and frees it, and only
+/// the one step counts.
+template <class Side>
+void MeasureLoadOrFree(benchmark::State& AState, const Input& AInput, bool AFree) {
   for (auto _ : AState) {
-    const double Start = bench::ThreadSeconds();
-    typename Side::Tree Tree = Side::Load(AInput.Bytes);
-    const double Elapsed = bench::ThreadSeconds() - Start;
-    AState.SetIterationTime(Elapsed);
-    const Int64 Count = Tree ? Side::CountElements(Tree) : -1;
-    if (Count != AInput.Elements) {
-      AState.SkipWithError(("element count " + std::to_string(Count) + ", Lorvane's " +
-                            std::to_string(AInput.Elements))
-                               .c_str());
-      break;
+    double Elapsed = 0;
+    for (int Round = 0; Round < AInput.Rounds; ++Round) {
+      double Start = bench::ThreadSeconds();
+      typename Side::Tree Tree = Side::Load(AInput.Bytes);
+      if (!AFree)
+        Elapsed += bench::ThreadSeconds() - Start;
+      const Int64 Count = Round > 0 ? AInput.Elements : Tree ? Side::CountElements(Tree) : -1;
+      if (Count != AInput.Elements) {
+        AState.SkipWithError(("element count " + std::to_string(Count) + ", Lorvane's " +
+                              std::to_string(AInput.Elements))
+                                 .c_str());
+        return;
+      }
+      Start = bench::ThreadSeconds();
+      Tree = {};
+      if (AFree)
+        Elapsed += bench::ThreadSeconds() - Start;
     }
+    AState.SetIterationTime(Elapsed);
   }
-  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()) * AInput.Rounds);
 }
 
 template <class Side>
@@ -281,17 +347,21 @@ void MeasureSave(benchmark::State& AState, const std::string& AKey, const Input&
   typename Side::Tree& Tree = TreeOf<Side>(AKey, AInput);
   const Facts& Expected = FactsOf[AKey];
   for (auto _ : AState) {
-    typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, AFormatted);
-    const double Start = bench::ThreadSeconds();
-    Side::Save(Tree, AFormatted, Out);
-    const double Elapsed = bench::ThreadSeconds() - Start;
-    AState.SetIterationTime(Elapsed);
-    if (Side::Text(Out).size() != (AFormatted ? Expected.FormattedBytes : Expected.CompactBytes)) {
-      AState.SkipWithError("the output is not as long as the checked one");
-      break;
+    double Elapsed = 0;
+    for (int Round = 0; Round < AInput.Rounds; ++Round) {
+      typename Side::Output Out = Side::Prepare(AInput.Bytes.size() * 2, AFormatted);
+      const double Start = bench::ThreadSeconds();
+      Side::Save(Tree, AFormatted, Out);
+      Elapsed += bench::ThreadSeconds() - Start;
+      if (Side::Text(Out).size() !=
+          (AFormatted ? Expected.FormattedBytes : Expected.CompactBytes)) {
+        AState.SkipWithError("the output is not as long as the checked one");
+        return;
+      }
     }
+    AState.SetIterationTime(Elapsed);
   }
-  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()));
+  AState.SetBytesProcessed(Int64(AState.iterations()) * Int64(AInput.Bytes.size()) * AInput.Rounds);
   if (AFormatted && ++FormattedSaveRuns[AKey] == Repetitions)
     Trees.erase(AKey);
 }
@@ -346,7 +416,8 @@ template <class Side> void RegisterSide(const std::string& ASide, const Input& A
         ->Repetitions(Repetitions)
         ->ReportAggregatesOnly(true);
   };
-  Add(Phase::Load, [&AInput](benchmark::State& S) { MeasureLoad<Side>(S, AInput); });
+  Add(Phase::Load, [&AInput](benchmark::State& S) { MeasureLoadOrFree<Side>(S, AInput, false); });
+  Add(Phase::Free, [&AInput](benchmark::State& S) { MeasureLoadOrFree<Side>(S, AInput, true); });
   Add(Phase::SaveCompact,
       [Key, &AInput](benchmark::State& S) { MeasureSave<Side>(S, Key, AInput, false); });
   Add(Phase::SaveFormatted,
@@ -354,11 +425,17 @@ template <class Side> void RegisterSide(const std::string& ASide, const Input& A
 }
 
 template <class Side> bool AddSide(const std::string& ASide, std::vector<std::string>& ASides) {
-  for (Input& Doc : Inputs())
-    if (!CheckSide<Side>(ASide, Doc))
+  std::vector<const Input*> Read;
+  for (Input& Doc : Inputs()) {
+    if (CheckSide<Side>(ASide, Doc))
+      Read.push_back(&Doc);
+    else if (!Doc.Real || ASide == "Lorvane")
       return false;
-  for (const Input& Doc : Inputs())
-    RegisterSide<Side>(ASide, Doc);
+    else
+      std::fprintf(stderr, "note: %s is left out on %s\n", ASide.c_str(), Doc.Name.c_str());
+  }
+  for (const Input* Doc : Read)
+    RegisterSide<Side>(ASide, *Doc);
   ASides.push_back(ASide);
   return true;
 }
@@ -367,9 +444,25 @@ void PrintSummary(const std::map<std::string, double>& ATimes,
                   const std::vector<std::string>& ASides) {
   std::vector<bench::TTableDocument> Documents;
   for (const Input& Doc : Inputs())
-    Documents.push_back({Doc.Name, Doc.Bytes.size()});
+    Documents.push_back({Doc.Name, Doc.Bytes.size() * std::size_t(Doc.Rounds)});
   bench::PrintThroughputTables(ATimes, ASides, Documents,
-                               {PhaseNames[0], PhaseNames[1], PhaseNames[2]}, Repetitions);
+                               {PhaseNames[0], PhaseNames[1], PhaseNames[2], PhaseNames[3]},
+                               Repetitions);
+
+  std::printf("\nFreeing a tree, its time divided by its load time\n%-26s", "document");
+  for (const std::string& Side : ASides)
+    std::printf(" %12s", Side.c_str());
+  std::printf("\n");
+  for (const Input& Doc : Inputs()) {
+    std::printf("%-26s", Doc.Name.c_str());
+    for (const std::string& Side : ASides) {
+      const std::string Key = Side + "/" + Doc.Name + "/";
+      const auto Load = ATimes.find(Key + "load"), Free = ATimes.find(Key + "free");
+      const bool Known = Load != ATimes.end() && Free != ATimes.end() && Load->second > 0;
+      std::printf(" %12.2f", Known ? Free->second / Load->second : 0.0);
+    }
+    std::printf("\n");
+  }
 
   std::printf("\nTree heap per input byte (mallinfo2 growth during the load); ratio ours / rival: "
               "above 1 Lorvane takes more\n");
@@ -377,20 +470,66 @@ void PrintSummary(const std::map<std::string, double>& ATimes,
     const double Ours = FactsOf["Lorvane/" + Doc.Name].HeapPerInputByte;
     for (const std::string& Side : ASides) {
       const Facts& F = FactsOf[Side + "/" + Doc.Name];
+      if (F.CompactBytes == 0)
+        continue; // the side couldn't read this document
       std::printf("%-26s %8.2f", (Side + "/" + Doc.Name).c_str(), F.HeapPerInputByte);
       if (Side != "Lorvane")
         std::printf("   ratio %.2f", Ours / F.HeapPerInputByte);
       std::printf("   output bytes: compact %zu, formatted %zu\n", F.CompactBytes,
                   F.FormattedBytes);
     }
-    std::printf("%-26s %8zu bytes, %lld elements\n", ("input/" + Doc.Name).c_str(),
-                Doc.Bytes.size(), (long long)Doc.Elements);
+    std::printf("%-26s %8zu bytes, %lld elements, %d rounds per timed phase\n",
+                ("input/" + Doc.Name).c_str(), Doc.Bytes.size(), (long long)Doc.Elements,
+                Doc.Rounds);
   }
+}
+
+// --- the probe for callgrind ---------------------------------------------------------------------
+
+[[gnu::noinline]] void ProbePhase(const std::string& APhase, const std::string& ABytes,
+                                  LorvaneSide::Tree& ATree) {
+  if (APhase == "load") {
+    ATree = LorvaneSide::Load(ABytes);
+  } else if (APhase == "free") {
+    ATree = {};
+  } else {
+    LorvaneSide::Output Out = LorvaneSide::Prepare(ABytes.size() * 2, false);
+    LorvaneSide::Save(ATree, APhase == "save-formatted", Out);
+  }
+}
+
+/// Runs one phase of Lorvane's side once (--probe=DOC,MB,PHASE); gives the exit code.
+int Probe(const std::string& ASpec) {
+  const std::size_t Comma1 = ASpec.find(','), Comma2 = ASpec.rfind(',');
+  if (Comma1 == std::string::npos || Comma2 == Comma1) {
+    std::fprintf(stderr, "--probe=DOC,MB,PHASE\n");
+    return EXIT_FAILURE;
+  }
+  const std::string Doc = ASpec.substr(0, Comma1), Phase = ASpec.substr(Comma2 + 1);
+  const std::size_t Bytes = std::size_t(std::stod(ASpec.substr(Comma1 + 1)) * (1 << 20));
+  const std::string Text = Doc == "records" ? bench::RecordsDocument(Bytes)
+                           : Doc == "text"  ? bench::TextDocument(Bytes)
+                           : Doc == "deep"  ? bench::DeepDocument(Bytes)
+                                            : ReadFile(Doc.c_str());
+  LorvaneSide::Tree Tree;
+  if (Phase != "load")
+    Tree = LorvaneSide::Load(Text);
+  const long long Before = bench::HeapInUse();
+  ProbePhase(Phase, Text, Tree);
+  const long long Growth = bench::HeapInUse() - Before;
+  std::printf("%s %s: %zu bytes, %lld elements, heap growth %.2f bytes per input byte\n",
+              Doc.c_str(), Phase.c_str(), Text.size(),
+              Tree ? (long long)LorvaneSide::CountElements(Tree) : 0LL,
+              double(Growth) / double(Text.size()));
+  return EXIT_SUCCESS;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+  for (int I = 1; I < argc; ++I)
+    if (std::strncmp(argv[I], "--probe=", 8) == 0)
+      return Probe(argv[I] + 8);
 #ifdef LORVANE_BENCH_LIBXML2
   xmlInitParser();
 #endif

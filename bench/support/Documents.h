@@ -1,6 +1,7 @@
 /// The generated XML documents that several benchmarks read, in UTF-8, the same bytes every run:
 ///   RecordsDocument  markup-dense records with attributes, a namespace, references and CDATA
 ///   TextDocument     long paragraphs of text with references and a few inline elements
+///   DeepDocument     towers of nested elements, each a few hundred levels deep
 #pragma once
 
 #include <cstddef>
@@ -72,6 +73,25 @@ inline std::string TextDocument(std::size_t ABytes = DocumentBytes) {
     S += "</p>\n";
   }
   return S + "</book>\n";
+}
+
+/// Towers of 50 to 97 nested elements, each level with an attribute and a word of text; a little
+/// over ABytes long. The depth stays below 100, the nesting tinyxml2 reads at most.
+inline std::string DeepDocument(std::size_t ABytes = DocumentBytes) {
+  Sequence Seq;
+  std::string S = "<?xml version=\"1.0\"?>\n<deep>\n";
+  S.reserve(ABytes + 16384);
+  while (S.size() < ABytes) {
+    const int Depth = 50 + int(Seq.Next(48));
+    for (int Level = 0; Level < Depth; ++Level) {
+      S += "<n d=\"" + std::to_string(Level) + "\">";
+      AppendWords(S, Seq, 1);
+    }
+    for (int Level = 0; Level < Depth; ++Level)
+      S += "</n>";
+    S += '\n';
+  }
+  return S + "</deep>\n";
 }
 
 } // namespace lorvane::bench

@@ -29,11 +29,11 @@ TLxDOMNode* TLxDOMAttribute::CreateClone() {
   return Clone;
 }
 
-bool TLxDOMAttribute::IsNamespace() const { return IsDeclarationName(FPrefix, FLocalName); }
+bool TLxDOMAttribute::IsNamespace() const { return IsDeclarationName(GetPrefix(), GetLocalName()); }
 
 UnicodeString TLxDOMAttribute::NamespacePrefix() const {
   Assert(IsNamespace(), u"The attribute is no namespace declaration");
-  return SameText(FLocalName, u"xmlns") ? UnicodeString() : FLocalName;
+  return SameText(GetLocalName(), u"xmlns") ? UnicodeString() : GetLocalName();
 }
 
 TLxDOMAttribute* TLxDOMAttribute::NextAttribute() const {
@@ -51,14 +51,14 @@ TLxDOMAttribute* TLxDOMAttribute::PreviousAttribute() const {
 UnicodeString TLxDOMAttribute::GetNamespaceURI() {
   if (FNamespace)
     return FNamespace->GetNodeValue();
-  if (FPrefix == u"xml")
+  if (GetPrefix() == u"xml")
     return UnicodeString(cLxNsXML);
   return FParent ? UnicodeString() : FNamespaceURI;
 }
 
 TLxDOMAttribute* TLxDOMAttribute::DeclarationInScope() const {
   TLxDOMElement* Element = ParentElement();
-  return Element ? Element->DeclarationInScope(FPrefix) : nullptr;
+  return Element ? Element->DeclarationInScope(GetPrefix()) : nullptr;
 }
 
 bool TLxDOMAttribute::IsDeclarationName(const UnicodeString& APrefix,
@@ -85,8 +85,8 @@ void TLxDOMAttribute::SetPrefix(const UnicodeString& Value) {
   // hold it, and an attribute that becomes one joins them. Within SetQualifiedName the name is
   // already set, and that caller refreshes.
   TLxDOMElement* Element = nullptr;
-  if (Value != FPrefix)
-    Element = ScopeToRefresh(IsNamespace(), IsDeclarationName(Value, FLocalName));
+  if (Value != GetPrefix())
+    Element = ScopeToRefresh(IsNamespace(), IsDeclarationName(Value, GetLocalName()));
   inherited::SetPrefix(Value);
   FNamespace = DeclarationInScope();
   if (Element)
@@ -131,7 +131,8 @@ void TLxDOMAttribute::SetNamespaceURI(const UnicodeString& Value) {
   TLxDOMAttrList* Scope = Element->ScopeList();
   if (FNamespaceSet && (!Scope || !Scope->FindNamespace(FNamespaceURI))) {
     TOwned<TLxDOMAttribute> Declaration(New<TLxDOMAttribute>());
-    Declaration->SetQualifiedName(FPrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + FPrefix);
+    Declaration->SetQualifiedName(GetPrefix().empty() ? UnicodeString(u"xmlns")
+                                                      : u"xmlns:" + GetPrefix());
     Declaration->SetNodeValue(Value);
     Element->AddChild(Declaration.get(), this, ldpBefore);
     FNamespace = Declaration.release();

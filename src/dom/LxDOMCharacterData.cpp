@@ -9,6 +9,19 @@ namespace lorvane {
 
 namespace {
 
+const TLxDOMName::TRef& TextName() {
+  static const TLxDOMName::TRef Name = TLxDOMName::Lasting(u"#text");
+  return Name;
+}
+const TLxDOMName::TRef& CommentName() {
+  static const TLxDOMName::TRef Name = TLxDOMName::Lasting(u"#comment");
+  return Name;
+}
+const TLxDOMName::TRef& CDATAName() {
+  static const TLxDOMName::TRef Name = TLxDOMName::Lasting(u"#cdata-section");
+  return Name;
+}
+
 // The index from 0 at which an offset from 1 points into a text of ASize units: below 1 is the
 // start, as Copy takes it, and past the end is the end. Offsets stay out of Integer arithmetic,
 // so MaxInt is as safe as any.
@@ -28,7 +41,7 @@ std::size_t CountOf(Integer ACount) noexcept {
 // --- TLxDOMCharacterData ------------------------------------------------------------------------
 
 TLxDOMCharacterData::TLxDOMCharacterData() {
-  FLocalName = u"#text";
+  AssignName(TextName());
   FNodeType = ntText;
 }
 
@@ -108,7 +121,7 @@ TLxDOMText* TLxDOMText::SplitText(Integer AOffset) {
 // --- TLxDOMComment ------------------------------------------------------------------------------
 
 TLxDOMComment::TLxDOMComment() {
-  FLocalName = u"#comment";
+  AssignName(CommentName());
   FNodeType = ntComment;
 }
 
@@ -127,7 +140,7 @@ void TLxDOMComment::SetNodeValue(const UnicodeString& Value) { FNodeValue = Valu
 // --- TLxDOMCDATA --------------------------------------------------------------------------------
 
 TLxDOMCDATA::TLxDOMCDATA() {
-  FLocalName = u"#cdata-section";
+  AssignName(CDATAName());
   FNodeType = ntCDATA;
 }
 

@@ -44,7 +44,7 @@ TLxDOMDocument::TLxDOMDocument()
     : FCollation(DefaultXPathCollation), FSelectMatchOption(DefaultSelectMatchOption),
       FSelectCheckOption(DefaultSelectCheckOption) {
   FNodeType = ntDocument;
-  FLocalName = u"#document";
+  FName = TLxDOMName::Make({}, u"#document");
   FDOMDocument = this;
 }
 

@@ -162,6 +162,68 @@ TLxDOMNode* TLxDOMElement::AddChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLx
   return LinkChild(ANode, ARefNode, APos);
 }
 
+TLxDOMAttribute* TLxDOMElement::AddLoadedAttribute(const TLxDOMName::TRef& AName) {
+  // As AddAttribute, where the element is in no tree: renaming an unlinked attribute finds no
+  // scope, and linking it to an element without document refreshes nothing.
+  TOwned<TLxDOMAttribute> Attribute(New<TLxDOMAttribute>());
+  Attribute->AssignName(AName);
+  AppendLoadedLeaf(Attribute.get(), FAttributes);
+  return Attribute.release();
+}
+
+bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild) {
+  if (!FDOMDocument || FDestroying)
+    return false;
+  // An "xml:space" of its own is read while linking, and its value may not decode: that takes
+  // the general road. The test is OwnSpaceAttribute's own first filter.
+  if (TLxDOMNodeList* Own = AChild->FChildNodes)
+    for (TLxDOMNode* Node : *Own)
+      if (Node->GetPrefix().size() + 1 + Node->GetLocalName().size() == SpaceAttribute.size())
+        return false;
+  // What AddChild and SetParentNode do for a fresh element under an element of a document: its
+  // own declaration of its URI (the only link it has) is kept as it is, and the document goes
+  // to it and its attributes.
+  if (FElements)
+    FElements->Add(AChild, nullptr, ldpLast);
+  ChildNodes()->Add(AChild, nullptr, ldpLast);
+  try {
+    AChild->FParent = this;
+    AChild->SetDOMDocument(FDOMDocument);
+    // The namespace refresh of the new subtree: the element, then its children in order, which
+    // are all attributes. Unprefixed ones all link to the same default declaration, looked up
+    // once: their refresh changes no scope.
+    AChild->RefreshOwnNamespaces();
+    TLxDOMAttribute* Default = nullptr;
+    bool DefaultFound = false;
+    if (TLxDOMNodeList* Own = AChild->FChildNodes)
+      for (TLxDOMNode* Node : *Own) {
+        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+        if (!Attribute->GetPrefix().empty()) {
+          Attribute->RefreshOwnNamespaces();
+          continue;
+        }
+        if (!DefaultFound) {
+          Default = AChild->DeclarationInScope(Attribute->GetPrefix());
+          DefaultFound = true;
+        }
+        Attribute->FNamespace = Default;
+      }
+    // Without "xml:space" the state comes from here; below AChild there is no element yet.
+    AChild->FPreserveSpace = FPreserveSpace;
+    if (!AChild->FNamespaceURI.empty())
+      AChild->SetNamespaceURI(AChild->FNamespaceURI);
+  } catch (...) {
+    // Back out as LinkChild does.
+    ForgetChild(AChild);
+    if (AChild->FParent) {
+      AChild->ForgetOutsideLinks();
+      AChild->TLxDOMObject::SetParentNode(nullptr);
+    }
+    throw;
+  }
+  return true;
+}
+
 void TLxDOMElement::RemoveChild(TLxDOMNode* AChildNode) {
   if (!AChildNode)
     return;
@@ -404,8 +466,7 @@ TLxDOMElement* TLxDOMElement::ElementByName(std::u16string_view ANamespaceURI,
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
   TOwned<TLxDOMElement> Made(New<TLxDOMElement>());
-  Made->FLocalName = std::move(LocalName);
-  Made->FPrefix = Prefix;
+  Made->FName = TLxDOMName::Make(Prefix, LocalName);
   AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMElement* Element = Made.release();
   const UnicodeString URI(ANamespaceURI);
@@ -435,8 +496,7 @@ TLxDOMAttribute* TLxDOMElement::AttributeByName(std::u16string_view ANamespaceUR
   if (!ACreateWhenNotFound)
     RaiseNoChild(LocalName, ANamespaceURI);
   TOwned<TLxDOMAttribute> Made(New<TLxDOMAttribute>());
-  Made->FLocalName = std::move(LocalName);
-  Made->FPrefix = Prefix;
+  Made->FName = TLxDOMName::Make(Prefix, LocalName);
   AddChild(Made.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMAttribute* Attribute = Made.release();
   const UnicodeString URI(ANamespaceURI);
@@ -573,7 +633,7 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
   VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
     const TLxXPathCollationClass Collation = AElement->GetCollation();
     if (Collation->SameText(AElement->GetNamespaceURI(), URI) &&
-        Collation->SameText(AElement->FLocalName, LocalName))
+        Collation->SameText(AElement->GetLocalName(), LocalName))
       AList->Add(AElement, ldpLast);
   });
 }
@@ -589,9 +649,9 @@ void TLxDOMElement::_GetChildElements(TLxDOMElementList* AList, std::u16string_v
   const UnicodeString Prefix(APrefix), LocalName(ALocalName);
   VisitElements(this, ARecursive, [&](TLxDOMElement* AElement) {
     const bool LocalMatches =
-        LocalName == u"*" || Collation->SameText(AElement->FLocalName, LocalName);
+        LocalName == u"*" || Collation->SameText(AElement->GetLocalName(), LocalName);
     const bool PrefixMatches =
-        ByLocal || Prefix == u"*" || Collation->SameText(AElement->FPrefix, Prefix);
+        ByLocal || Prefix == u"*" || Collation->SameText(AElement->GetPrefix(), Prefix);
     if (LocalMatches && PrefixMatches)
       AList->Add(AElement, ldpLast);
   });

@@ -27,7 +27,7 @@ UnicodeString TLxDOMElement::GetNamespaceURI() {
 
 void TLxDOMElement::SetPrefix(const UnicodeString& Value) {
   inherited::SetPrefix(Value);
-  FNamespace = DeclarationInScope(FPrefix);
+  FNamespace = DeclarationInScope(GetPrefix());
 }
 
 TLxDOMAttribute* TLxDOMElement::FindNamespace(const UnicodeString& ANamespaceURI) {
@@ -63,12 +63,12 @@ void TLxDOMElement::RefreshOwnNamespaces() {
   if (TLxDOMElement* Parent = ParentElement()) {
     // Shared until this element adds a declaration of its own (Namespaces() then copies).
     FScopeOwner = Parent->FScopeOwner;
-    if (GetCollation()->SameText(FPrefix, Parent->FPrefix)) {
+    if (GetCollation()->SameText(GetPrefix(), Parent->GetPrefix())) {
       FNamespace = Parent->FNamespace;
       Resolve = false;
       // An unprefixed element without a URI of its own doesn't take over the parent's default
       // declaration: it has no namespace, and says so in the text when it left one.
-      if (FPrefix.empty() && FNamespaceURI.empty() && FNamespace) {
+      if (GetPrefix().empty() && FNamespaceURI.empty() && FNamespace) {
         FNamespace = nullptr;
         SetNamespaceURI(UnicodeString());
       }
@@ -100,7 +100,7 @@ void TLxDOMElement::RefreshOwnNamespaces() {
     Scope->Add(Attribute, ldpLast);
   }
   if (Resolve)
-    SetPrefix(UnicodeString(FPrefix));
+    SetPrefix(UnicodeString(GetPrefix()));
 }
 
 void TLxDOMElement::LinkOwnDeclaration(TLxDOMAttribute* ADeclaration,
@@ -120,10 +120,10 @@ void TLxDOMElement::SetNamespaceURI(const UnicodeString& Value) {
   TLxDOMAttrList* Scope = ScopeList();
   TLxDOMAttribute* Declaration = Scope ? Scope->FindNamespace(Value) : nullptr;
   const bool IsDefault = Declaration && SameText(Declaration->GetLocalName(), u"xmlns");
-  const bool Declare = Declaration ? IsDefault != FPrefix.empty() : FNamespaceSet;
+  const bool Declare = Declaration ? IsDefault != GetPrefix().empty() : FNamespaceSet;
   if (!Declare)
     return;
-  FNamespace = AttributeByName(DeclarationName(FPrefix), {soCreate, soQualifiedName});
+  FNamespace = AttributeByName(DeclarationName(GetPrefix()), {soCreate, soQualifiedName});
   FNamespace->SetNodeValue(Value);
   FNamespaceURI.clear();
   FNamespaceSet = false;

@@ -3,6 +3,7 @@
 
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMParser.h"
+#include "platform/internal/SmallObjectPool.h"
 
 #include <algorithm>
 #include <vector>
@@ -14,6 +15,27 @@ struct TLxDOMNode::TParseEvents {
   TLxDOMParseError OnParseError;
   TLxDOMParseError OnParseFatalError;
 };
+
+// --- names --------------------------------------------------------------------------------------
+
+void* TLxDOMName::operator new(std::size_t ASize) { return smallpool::Allocate(ASize); }
+
+void TLxDOMName::operator delete(void* AMemory, std::size_t ASize) noexcept {
+  smallpool::Release(AMemory, ASize);
+}
+
+TLxDOMName::TRef TLxDOMName::Lasting(std::u16string_view ALocalName) {
+  // Made once per kind and never freed: nodes of the kind may be freed as late as static
+  // destruction.
+  auto* Name = new TLxDOMName({}, ALocalName);
+  Name->FLasting = true;
+  return TRef::Adopt(Name);
+}
+
+const UnicodeString& TLxDOMName::TRef::Empty() noexcept {
+  static const UnicodeString Value;
+  return Value;
+}
 
 // --- lifetime -----------------------------------------------------------------------------------
 
@@ -232,6 +254,17 @@ TLxDOMNode* TLxDOMNode::LinkChild(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDO
   return ANode;
 }
 
+void TLxDOMNode::AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedList) {
+  // What AddChild comes to for such a node: no cycle or old parent to check, no face to pin,
+  // nothing below it to pass the document to, and a leaf without namespace links refreshes
+  // nothing.
+  if (ATypedList)
+    ATypedList->Add(ALeaf, nullptr, ldpLast);
+  ChildNodes()->Add(ALeaf, nullptr, ldpLast);
+  ALeaf->FParent = this;
+  ALeaf->FDOMDocument = FDOMDocument;
+}
+
 void TLxDOMNode::ForgetChild(TLxDOMNode* ANode) {
   // Children leave from the end when a node is cleared, so the search starts there.
   if (const Integer Index = FChildNodes ? FChildNodes->LastIndexOf(ANode) : -1; Index >= 0)
@@ -285,27 +318,56 @@ void TLxDOMNode::SetInnerXML(const UnicodeString&) {
   throw ELxDomNotSupported(u"The SetInnerXML is not supported by the TLxDomNode");
 }
 
-void TLxDOMNode::SetPrefix(const UnicodeString& Value) { FPrefix = Value; }
+void TLxDOMNode::SetPrefix(const UnicodeString& Value) {
+  // Value may be this node's own prefix: an equal one keeps the record.
+  if (Value != GetPrefix())
+    FName = TLxDOMName::Make(Value, GetLocalName());
+}
+
+namespace {
+
+/// The names last given by hand on this thread, so that nodes named alike share a record as the
+/// nodes of a load do. A cache, not a set: a record whose slot another name takes lives on in
+/// its nodes, and the cache holds at most Slots records.
+struct TNameCache {
+  static constexpr std::size_t Slots = 64;
+  struct TSlot {
+    UnicodeString QName;
+    TLxDOMName::TRef Name;
+  };
+  TSlot Slot[Slots];
+};
+
+// Per thread, so that naming takes no lock; no object in common carries it.
+thread_local TNameCache NameCache;
+
+} // namespace
+
+void TLxDOMNode::AssignQualifiedName(const UnicodeString& AValue) {
+  std::size_t Hash = AValue.size();
+  for (const char16_t Unit : AValue)
+    Hash = Hash * 31 + Unit;
+  TNameCache::TSlot& Slot = NameCache.Slot[(Hash ^ (Hash >> 7)) & (TNameCache::Slots - 1)];
+  if (Slot.QName != AValue) {
+    Slot.Name = TLxDOMName::FromQualifiedName(AValue);
+    Slot.QName = AValue;
+  }
+  FName = Slot.Name;
+}
 
 void TLxDOMNode::SetQualifiedName(const UnicodeString& Value) {
-  const auto Colon = Value.find(u':');
-  // A leading colon names no prefix; split there, the name couldn't be written back whole.
-  if (Colon == UnicodeString::npos || Colon == 0) {
-    FPrefix.clear();
-    FLocalName = Value;
-  } else {
-    FPrefix.assign(Value, 0, Colon);
-    FLocalName.assign(Value, Colon + 1);
-  }
-  SetPrefix(FPrefix);
+  AssignQualifiedName(Value);
+  SetPrefix(GetPrefix());
 }
 
 UnicodeString TLxDOMNode::GetQualifiedName() const {
-  if (FPrefix.empty())
-    return FLocalName;
+  const UnicodeString& Prefix = GetPrefix();
+  const UnicodeString& LocalName = GetLocalName();
+  if (Prefix.empty())
+    return LocalName;
   UnicodeString Result;
-  Result.reserve(FPrefix.size() + 1 + FLocalName.size());
-  return Result.append(FPrefix).append(1, u':').append(FLocalName);
+  Result.reserve(Prefix.size() + 1 + LocalName.size());
+  return Result.append(Prefix).append(1, u':').append(LocalName);
 }
 
 // --- loading ------------------------------------------------------------------------------------
@@ -421,7 +483,7 @@ UnicodeString TLxDOMNode::NodePath(bool ALocalNames, const UnicodeString& AIdAtt
       Result += u'/';
     if (Node->FNodeType == ntAttribute)
       Result += u'@';
-    Result += ALocalNames ? Node->FLocalName : Node->GetQualifiedName();
+    Result += ALocalNames ? Node->GetLocalName() : Node->GetQualifiedName();
     if (Node->FNodeType == ntElement && !AIdAttribName.empty()) {
       TLxDOMSelectOptions Options{soCaseInsensitive};
       if (ALocalNames)

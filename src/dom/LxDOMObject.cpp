@@ -2,6 +2,7 @@
 #include "lorvane/dom/LxDOMObject.h"
 
 #include "lorvane/dom/LxDOMNode.h"
+#include "platform/internal/SmallObjectPool.h"
 
 #include <utility>
 #include <vector>
@@ -26,6 +27,12 @@ std::atomic<Int64> FaceCount{0};
 } // namespace
 
 // --- TLxDOMObject -------------------------------------------------------------------------------
+
+void* TLxDOMObject::operator new(std::size_t ASize) { return smallpool::Allocate(ASize); }
+
+void TLxDOMObject::operator delete(void* AMemory, std::size_t ASize) noexcept {
+  smallpool::Release(AMemory, ASize);
+}
 
 TLxDOMObject::~TLxDOMObject() {
   if (FDOMImpl)

@@ -60,11 +60,13 @@ void TLxDOMParser::FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMs
 
 void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLString&,
                                 const LxXMLString& AQName, ILxSAXAttributes* AAttributes) {
+  // The new element is in no tree while it gets its name and attributes: none of the look-ups
+  // that renaming or linking a node of a tree runs has anything to find yet.
   TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
-  Element->SetQualifiedName(AQName);
+  Element->AssignName(NameOf(AQName));
   bool DeclaresSchemaInstance = false;
   for (PLxSAXXMAttribute Item = AAttributes->FirstAttribute(); Item; Item = Item->Next) {
-    TLxDOMAttribute* Attribute = Element->AddAttribute(Item->QName);
+    TLxDOMAttribute* Attribute = Element->AddLoadedAttribute(NameOf(Item->QName));
     Attribute->SetStoredValue(Item->Value);
     // The element's own declaration of its URI links it at once; declarations further up reach
     // it by the refresh that linking runs.
@@ -75,7 +77,10 @@ void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLStr
         SameText(Item->Value, cLxNsXSI))
       DeclaresSchemaInstance = true;
   }
-  FDOMNode->AppendChild(Element.get());
+  // Below the node loaded into, every node is an element of this load.
+  if (FDOMNode == FTargetNode ||
+      !static_cast<TLxDOMElement*>(FDOMNode)->AppendLoadedElement(Element.get()))
+    FDOMNode->AppendChild(Element.get());
   TLxDOMElement* Linked = Element.release();
   if (DeclaresSchemaInstance && FDOMNode->GetNodeType() == ntDocument)
     static_cast<TLxDOMDocument*>(FDOMNode)->FUseSchemaInstance = true;
@@ -92,7 +97,7 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
   if (FInCDATA) {
     // As an element's AddCDATA does; the reader may hand text to a document too.
     TOwned<TLxDOMCDATA> Section(New<TLxDOMCDATA>());
-    FDOMNode->AddChild(Section.get(), /*ARefNode=*/nullptr, ldpLast);
+    AppendLeaf(Section.get(), ldpLast);
     Section.release()->SetNodeValue(AText);
     return;
   }
@@ -103,8 +108,32 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
     return;
   TOwned<TLxDOMText> Text(New<TLxDOMText>());
   Text->SetStoredValue(AText);
-  FDOMNode->AddChild(Text.get(), /*ARefNode=*/nullptr, ldpAfter);
+  AppendLeaf(Text.get(), ldpAfter);
   Text.release();
+}
+
+const TLxDOMName::TRef& TLxDOMParser::NameOf(const LxXMLString& AQName) {
+  // A cache, not a set: a name whose slot another name took gets a record of its own, so that
+  // a document of ever new names costs no more than one record per node.
+  std::size_t Hash = AQName.size();
+  for (const char16_t Unit : AQName)
+    Hash = Hash * 31 + Unit;
+  TNameSlot& Slot = FNames[(Hash ^ (Hash >> 7)) & (NameSlots - 1)];
+  if (Slot.QName != AQName) {
+    Slot.QName = AQName;
+    Slot.Name = TLxDOMName::FromQualifiedName(AQName);
+  }
+  return Slot.Name;
+}
+
+void TLxDOMParser::AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos) {
+  // At the end either way; the node loaded into may be of a class with an AddChild of its own.
+  if (FDOMNode == FTargetNode) {
+    FDOMNode->AddChild(ALeaf, /*ARefNode=*/nullptr, APos);
+    return;
+  }
+  auto* Element = static_cast<TLxDOMElement*>(FDOMNode);
+  Element->AppendLoadedLeaf(ALeaf, Element->FCharNodes);
 }
 
 void TLxDOMParser::IgnorableWhitespace(const LxXMLString& AWhiteSpace) {

@@ -1,11 +1,13 @@
 // XML output of the tree: each node kind writes itself, from its stored form, piece by piece.
 #include "dom/LxDOMWriter.h"
 
+#include "core/internal/RawScan.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/platform/CodePages.h"
 
 #include <algorithm>
+#include <bit>
 #include <vector>
 
 namespace lorvane {
@@ -19,6 +21,15 @@ std::size_t EncodeUTF8(std::u16string_view AText, char* AOut) noexcept {
   const char16_t* Text = AText.data();
   const std::size_t Length = AText.size();
   for (std::size_t I = 0; I < Length; ++I) {
+    // Markup and most text are ASCII: such runs are narrowed a block at a time.
+    if constexpr (std::endian::native == std::endian::little) {
+      const std::size_t Run = rawscan::NarrowASCII(reinterpret_cast<const Byte*>(Text + I),
+                                                   Length - I, reinterpret_cast<Byte*>(Out));
+      I += Run;
+      Out += Run;
+      if (I == Length)
+        break;
+    }
     char32_t Code = Text[I];
     if (Code < 0x80) {
       *Out++ = static_cast<char>(Code);
@@ -187,12 +198,29 @@ bool TLxDOMElement::WriteStartTag(TLxDOMWriter& AWriter, bool AFormatted, Intege
     AWriter.WriteIndent(ALevel + 1);
   }
   AWriter.Write(u"<");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
-  AnyOf(TChildKind::Attribute, [&](TLxDOMNode* AAttribute) {
-    WriteChildXML(AAttribute, AWriter, AFormatted, ALevel);
-    return false;
-  });
-  if (ElementCount() == 0 && CountOf(TChildKind::CharacterData) == 0) {
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
+  // One pass over the children writes the attributes (in their list's order once it is made)
+  // and finds whether any child element or character data follows; the typed lists, once
+  // made, hold the same children as the common list.
+  if (FAttributes)
+    for (TLxDOMNode* Attribute : *FAttributes)
+      WriteChildXML(Attribute, AWriter, AFormatted, ALevel);
+  bool HasContent = false;
+  if (TLxDOMNodeList* Children = ChildList())
+    for (TLxDOMNode* Child : *Children)
+      switch (KindOf(Child)) {
+      case TChildKind::Attribute:
+        if (!FAttributes)
+          WriteChildXML(Child, AWriter, AFormatted, ALevel);
+        break;
+      case TChildKind::Element:
+      case TChildKind::CharacterData:
+        HasContent = true;
+        break;
+      case TChildKind::None:
+        break;
+      }
+  if (!HasContent) {
     AWriter.Write(u" />");
     return false;
   }
@@ -206,7 +234,7 @@ void TLxDOMElement::WriteEndTag(TLxDOMWriter& AWriter, bool AFormatted, Integer 
     AWriter.WriteIndent(ALevel + 1);
   }
   AWriter.Write(u"</");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
   AWriter.Write(u">");
 }
 
@@ -247,7 +275,7 @@ void TLxDOMElement::WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& AL
 
 void TLxDOMAttribute::WriteXML(TLxDOMWriter& AWriter, bool, Integer&) {
   AWriter.Write(u" ");
-  WriteQualifiedName(AWriter, FPrefix, FLocalName);
+  WriteQualifiedName(AWriter, GetPrefix(), GetLocalName());
   AWriter.Write(u"=\"");
   // A value read from single quotes may hold a double quote, which would end the value early.
   std::u16string_view Rest = FNodeValue;

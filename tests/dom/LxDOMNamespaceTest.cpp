@@ -3,6 +3,7 @@
 // hand, as linking into a document does.
 #include "dom/DomFixtures.h"
 
+#include "lorvane/core/LxStreams.h"
 #include "lorvane/core/LxWellKnownNames.h"
 
 namespace lorvane {
@@ -157,6 +158,81 @@ TEST_F(DomNamespaces, DeclarationsAreRecognisedWithoutRegardToCase) {
     else
       test::ExpectRaises<EAssertionFailed>([&] { A->NamespacePrefix(); },
                                            u"The attribute is no namespace declaration");
+  }
+}
+
+/// Each element and attribute below ANode in document order: its name, its namespace URI in
+/// braces, "*" after an element that preserves space, a "/" where an element's list ends.
+std::string NamespaceOutline(TLxDOMNode* ANode) {
+  std::string Result;
+  std::vector<std::pair<TLxDOMNode*, bool>> Pending{{ANode, false}};
+  while (!Pending.empty()) {
+    auto [Node, Closing] = Pending.back();
+    Pending.pop_back();
+    if (Closing) {
+      Result += "/ ";
+      continue;
+    }
+    if (Node != ANode) {
+      Result += StringToUTF8(Node->GetQualifiedName()) + "{" +
+                StringToUTF8(Node->GetNamespaceURI()) + "}";
+      if (Node->GetNodeType() == ntElement && Node->GetPreserveSpace())
+        Result += "*";
+      Result += " ";
+    }
+    if (Node->GetNodeType() != ntElement && Node->GetNodeType() != ntDocument)
+      continue;
+    Pending.emplace_back(Node, true);
+    if (TLxDOMNodeList* Children = Node->HasChilds() ? Node->ChildNodes() : nullptr)
+      for (Integer I = Children->Count() - 1; I >= 0; --I)
+        if (Children->GetItem(I)->GetNodeType() == ntElement ||
+            Children->GetItem(I)->GetNodeType() == ntAttribute)
+          Pending.emplace_back(Children->GetItem(I), false);
+  }
+  return Result;
+}
+
+TEST_F(DomNamespaces, ALoadLinksNodesAsLinkingThemOneByOneDoes) {
+  // Loading links each element with its attributes in one step; what it resolves must be what
+  // the general linking rules give: own declarations, shared scopes, default declarations for
+  // unprefixed attributes, "xml:space" (read where it stands) and preserve-space passed down.
+  const UnicodeString Text =
+      u"<r xmlns=\"u\" xmlns:p=\"v\" a=\"1\" p:b=\"2\">"
+      u"<c d=\"3\"><p:e f=\"4\" p:g=\"5\"/></c>"
+      u"<p:h xmlns:p=\"w\" p:i=\"6\"><j xml:space=\"preserve\" k=\"7\"><l> t </l></j></p:h>"
+      u"<m xmlns=\"x\"><n/><P:o/></m><q xml:space=\"default\"/></r>";
+  struct Case {
+    const char* Name;
+    const char16_t* Into; // the element of the document loaded into; nil: the document
+    std::string Outline;
+  } Cases[] = {
+      {"into a document", nullptr,
+       "r{u} xmlns{u} xmlns:p{} a{u} p:b{v} c{} d{u} p:e{v} f{u} p:g{v} / / p:h{w} xmlns:p{} "
+       "p:i{w} j{u}* xml:space{http://www.w3.org/XML/1998/namespace} k{u} l{}* / / / m{x} "
+       "xmlns{x} n{} / P:o{v} / / q{} xml:space{http://www.w3.org/XML/1998/namespace} / / / "},
+      {"into an element of a document", u"z",
+       "z{} r{u} xmlns{u} xmlns:p{} a{u} p:b{v} c{} d{u} p:e{v} f{u} p:g{v} / / p:h{w} "
+       "xmlns:p{} p:i{w} j{u}* xml:space{http://www.w3.org/XML/1998/namespace} k{u} l{}* / / "
+       "/ m{x} xmlns{x} n{} / P:o{v} / / q{} xml:space{http://www.w3.org/XML/1998/namespace} / "
+       "/ / / "},
+  };
+  for (const Case& C : Cases) {
+    TOwned<TLxDOMDocument> Doc(New<TLxDOMDocument>());
+    TLxDOMNode* Target = Doc.get();
+    if (C.Into) {
+      Doc->LoadFromXML(UnicodeString(u"<") + C.Into + u"/>");
+      Target = Doc->GetRootNode();
+    }
+    const RawByteString Bytes = StringToUTF8(Text);
+    TOwned<TLxMemoryStream> Stream(
+        New<TLxMemoryStream>(static_cast<const void*>(Bytes.data()), Int64(Bytes.size())));
+    Target->LoadFromStream(Stream.get(), 65001);
+    EXPECT_EQ(NamespaceOutline(Doc.get()), C.Outline) << C.Name;
+    // A text node below a preserving element keeps its blanks.
+    TLxDOMElement* R = C.Into ? Doc->GetRootNode()->FindElement(u"r") : Doc->GetRootNode();
+    ASSERT_NE(R, nullptr) << C.Name;
+    EXPECT_EQ(R->FindElement(u"p:h")->FindElement(u"j")->FindElement(u"l")->GetText(), u" t ")
+        << C.Name;
   }
 }
 

@@ -125,9 +125,11 @@ TEST_F(DomSave, EverySaveHasWrittenAllItsTextWhenItReturns) {
 
 TEST_F(DomSave, LongTextReachesTheStreamWholeWithPairsAcrossBlockEdges) {
   // Values longer than the writer's block, with a surrogate pair or a lone surrogate placed at
-  // and around the edges of the blocks it is written and converted in.
+  // and around the edges of the blocks it is written and converted in; short ones put them at
+  // and around the edges of the eight-unit runs that UTF-8 output narrows at once.
   const std::u16string Pair = u"\U0001F600";
-  const std::size_t Lengths[] = {4094, 4095, 4096, 4097, 8190, 8191, 12287};
+  const std::size_t Lengths[] = {0,    1,    7,    8,    9,    15,   16,   17,
+                                 4094, 4095, 4096, 4097, 8190, 8191, 12287};
   for (const std::size_t Length : Lengths) {
     for (const std::u16string& Tail :
          {Pair, std::u16string(u"\xD83D"), std::u16string(u"\xDE00x")}) {

@@ -245,6 +245,14 @@ private:
   UnicodeString InnerXML(bool AFormatted);
   /// Links a declaration on the element that gives it ANamespaceURI, as a load finds it.
   void LinkOwnDeclaration(TLxDOMAttribute* ADeclaration, const UnicodeString& ANamespaceURI);
+  /// Adds an attribute named AName to this element, which a load has just made and not linked
+  /// yet: the attribute gets its place and parent, and nothing else changes.
+  TLxDOMAttribute* AddLoadedAttribute(const TLxDOMName::TRef& AName);
+  /// Appends AChild, which a load has made with its attributes and not linked yet, to this
+  /// element of a document, with the same outcome as AppendChild. False, with nothing changed,
+  /// where the short road doesn't apply (no document, or AChild may have its own "xml:space");
+  /// AppendChild is the road then.
+  bool AppendLoadedElement(TLxDOMElement* AChild);
   friend class TLxDOMParser;
   /// Makes a node of class T, links it at the position, then sets its value.
   template <class T>

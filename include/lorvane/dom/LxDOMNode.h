@@ -6,9 +6,13 @@
 #include "lorvane/dom/LxDOMInterfaces.h"
 #include "lorvane/dom/LxDOMObject.h"
 
+#include <atomic>
+#include <utility>
+
 namespace lorvane {
 
 class TLxDOMNodeList;
+class TLxDOMNodeListBase;
 class TLxDOMNodeImpl;
 class TLxDOMDocument;
 class TLxDOMElement;
@@ -39,6 +43,75 @@ private:
     return Value;
   }
   std::unique_ptr<UnicodeString> FValue;
+};
+
+/// The name of a node, its prefix and local name, held by counted reference: the nodes that one
+/// load names alike share one record, and a rename gives a node a record of its own. Records
+/// are never changed; the count is atomic, since the nodes of one load may go to other threads.
+class TLxDOMName {
+public:
+  TLxDOMName(std::u16string_view APrefix, std::u16string_view ALocalName)
+      : FPrefix(APrefix), FLocalName(ALocalName) {}
+  TLxDOMName(const TLxDOMName&) = delete;
+  TLxDOMName& operator=(const TLxDOMName&) = delete;
+  /// From the small-object pool, as the nodes.
+  static void* operator new(std::size_t ASize);
+  static void operator delete(void* AMemory, std::size_t ASize) noexcept;
+
+  const UnicodeString& Prefix() const noexcept { return FPrefix; }
+  const UnicodeString& LocalName() const noexcept { return FLocalName; }
+
+  /// A counted reference to a record; an empty one names nothing (empty prefix and local name).
+  class TRef {
+  public:
+    TRef() noexcept = default;
+    /// Takes over the first count of a record just made.
+    static TRef Adopt(TLxDOMName* AName) noexcept {
+      TRef Result;
+      Result.FName = AName;
+      return Result;
+    }
+    TRef(const TRef& AOther) noexcept : FName(AOther.FName) {
+      if (FName && !FName->FLasting)
+        FName->FRefs.fetch_add(1, std::memory_order_relaxed);
+    }
+    TRef(TRef&& AOther) noexcept : FName(std::exchange(AOther.FName, nullptr)) {}
+    TRef& operator=(TRef AOther) noexcept {
+      std::swap(FName, AOther.FName);
+      return *this;
+    }
+    ~TRef() {
+      if (FName && !FName->FLasting && FName->FRefs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+        delete FName;
+    }
+    const UnicodeString& Prefix() const noexcept { return FName ? FName->FPrefix : Empty(); }
+    const UnicodeString& LocalName() const noexcept { return FName ? FName->FLocalName : Empty(); }
+
+  private:
+    static const UnicodeString& Empty() noexcept;
+    TLxDOMName* FName = nullptr;
+  };
+  /// A new record of its own.
+  static TRef Make(std::u16string_view APrefix, std::u16string_view ALocalName) {
+    return TRef::Adopt(new TLxDOMName(APrefix, ALocalName));
+  }
+  /// AQualifiedName split at the first ":" into prefix and local name; a leading ":" splits
+  /// nothing off, the name couldn't be written back whole.
+  static TRef FromQualifiedName(std::u16string_view AQualifiedName) {
+    const auto Colon = AQualifiedName.find(u':');
+    if (Colon == std::u16string_view::npos || Colon == 0)
+      return Make({}, AQualifiedName);
+    return Make(AQualifiedName.substr(0, Colon), AQualifiedName.substr(Colon + 1));
+  }
+  /// The name of a node kind ("#text", ...): one uncounted record for the whole process, so
+  /// that the many nodes of a kind share it without touching a common count.
+  static TRef Lasting(std::u16string_view ALocalName);
+
+private:
+  std::atomic<Integer> FRefs{1};
+  bool FLasting = false;
+  const UnicodeString FPrefix;
+  const UnicodeString FLocalName;
 };
 
 class TLxDOMNode;
@@ -125,8 +198,9 @@ class TLxDOMNode : public TLxDOMObject {
   /// The path from the root, "/" between steps; attributes get "@", and an element that has the
   /// attribute AIdAttribName gets a predicate with its value.
   UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) const;
-  const UnicodeString& GetLocalName() const noexcept { return FLocalName; }
-  const UnicodeString& GetPrefix() const noexcept { return FPrefix; }
+  /// Valid until the node is renamed or destroyed.
+  const UnicodeString& GetLocalName() const noexcept { return FName.LocalName(); }
+  const UnicodeString& GetPrefix() const noexcept { return FName.Prefix(); }
   UnicodeString GetQualifiedName() const;
   UnicodeString GetNodeName() const { return GetQualifiedName(); }
   void SetNodeName(const UnicodeString& Value) { SetQualifiedName(Value); }
@@ -212,14 +286,23 @@ protected:
   virtual void UnlinkChild(TLxDOMNode* AChildNode);
   /// The children without making the list: nil while the node never had one.
   TLxDOMNodeList* ChildList() const noexcept { return FChildNodes; }
+  /// The name split as SetQualifiedName splits it, without the look-ups of a rename: for a node
+  /// that a load has just made, which is in no tree and links to nothing yet.
+  void AssignQualifiedName(const UnicodeString& AValue);
+  /// Gives the node the name AName, shared with whoever else holds it.
+  void AssignName(TLxDOMName::TRef AName) noexcept { FName = std::move(AName); }
+  /// Appends ALeaf, fresh from a load (no parent, face, children or namespace state), with what
+  /// linking does for such a node and nothing else; ATypedList is the typed list it joins too,
+  /// when this node has made it.
+  void AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedList);
 
   /// Made on first use: a leaf that never gets a child pays for no list.
   TLxDOMNodeList* FChildNodes = nullptr;
   TLxDOMNodeType FNodeType = ntUnknown;
   TLxDOMLoadState FLoadState = lsUninitialized;
   bool FNamespaceSet = false;
-  UnicodeString FLocalName;
-  UnicodeString FPrefix;
+  /// Prefix and local name, shared with the nodes that a load names alike.
+  TLxDOMName::TRef FName;
   /// The namespace URI kept while the node isn't linked to its declaration.
   TSparseString FNamespaceURI;
 
@@ -227,6 +310,7 @@ private:
   /// Takes AChild out of the children of AParent, which is being destroyed, and frees it: a step
   /// of Clear.
   static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
+  friend class TLxDOMParser;
   struct TParseEvents;
   /// Rarely set, so kept out of line: a node pays one pointer for its three events.
   std::unique_ptr<TParseEvents> FParseEvents;

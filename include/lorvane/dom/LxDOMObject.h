@@ -25,6 +25,12 @@ class TLxDOMObject : public TLxObject {
   LX_CLASS(TLxDOMObject, TLxObject)
   TLxDOMObject() noexcept {}
 
+  /// Nodes and lists come from the process-wide small-object pool: a tree has many of a few
+  /// sizes, made and freed together. The pool belongs to no document, so a node may outlive its
+  /// document or move to another one and still give its memory back safely.
+  static void* operator new(std::size_t ASize);
+  static void operator delete(void* AMemory, std::size_t ASize) noexcept;
+
   /// Makes the face when there is none and answers from it; only the interfaces the face lacks
   /// are answered by the object itself.
   HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;

@@ -9,7 +9,11 @@
 #include "lorvane/platform/Classes.h"
 #include "lorvane/sax/LxSAXReader.h"
 
+#include <memory>
+
 namespace lorvane {
+
+class TLxDOMCharacterData;
 
 /// Interface references to it aren't counted; it lives for one load.
 class TLxDOMParser : public TComponent,
@@ -67,6 +71,19 @@ protected:
   ~TLxDOMParser() override;
 
 private:
+  /// The name record for AQName: the same record for the same name throughout the load.
+  const TLxDOMName::TRef& NameOf(const LxXMLString& AQName);
+  /// Appends text or CDATA that the load has just made to the node being filled; APos is the
+  /// position the general road is given.
+  void AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos);
+
+  static constexpr std::size_t NameSlots = 256;
+  struct TNameSlot {
+    UnicodeString QName;
+    TLxDOMName::TRef Name;
+  };
+  /// The names this load has met, by a hash of the qualified name.
+  std::unique_ptr<TNameSlot[]> FNames{new TNameSlot[NameSlots]};
   TLxDOMNode* FDOMNode;
   /// What is loaded into: end tags without a start tag never lead above it.
   TLxDOMNode* FTargetNode;
