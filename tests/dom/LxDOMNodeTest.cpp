@@ -25,6 +25,23 @@ TEST_F(DomNode, QualifiedNameSplitsAtTheFirstColon) {
   EXPECT_EQ(Node->GetQualifiedName(), u":x");
 }
 
+TEST_F(DomNode, ANodeRenamedByItsOwnNameReadsNoNameItGaveUp) {
+  // Names live in records that a rename lets go: a rename by the node's own strings must read
+  // them before it drops the record they are in.
+  for (TLxDOMNodeClass Class :
+       {TLxDOMNode::StaticClass(), TLxDOMElement::StaticClass(), TLxDOMAttribute::StaticClass()}) {
+    TOwned<TLxDOMNode> Node(static_cast<TLxDOMNode*>(Class->CreateDefault()));
+    Node->SetQualifiedName(u"p:only-this-node-is-named-so");
+    Node->SetQualifiedName(Node->GetLocalName());
+    EXPECT_EQ(Node->GetQualifiedName(), u"only-this-node-is-named-so");
+    Node->SetPrefix(u"q");
+    Node->SetQualifiedName(Node->GetPrefix());
+    EXPECT_EQ(Node->GetQualifiedName(), u"q");
+    Node->SetPrefix(Node->GetLocalName());
+    EXPECT_EQ(Node->GetQualifiedName(), u"q:q");
+  }
+}
+
 TEST_F(DomNode, ChildrenGoWhereThePositionAndReferenceSay) {
   TOwned<TLxDOMNode> Root(MakeNode(u"root"));
   TLxDOMNode* B = Append(Root.get(), u"b");
