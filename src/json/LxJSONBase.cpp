@@ -26,13 +26,19 @@ void TJSONChildList::erase(std::size_t AIndex) noexcept {
 void TJSONChildList::Grow() {
   if (FCapacity > UINT32_MAX / 2)
     throw std::bad_alloc();
-  const std::uint32_t Capacity = FCapacity * 2;
-  auto* Items = new TLxJSONBase*[Capacity];
+  // Most objects of a document have a handful of members: one step from the single child
+  // held in place to four saves two moves on the way.
+  const std::uint32_t Capacity = FCapacity == 1 ? 4 : FCapacity * 2;
+  auto* Items = static_cast<TLxJSONBase**>(smallpool::Allocate(Capacity * sizeof(TLxJSONBase*)));
   std::copy(data(), data() + FCount, Items);
   if (FCapacity > 1)
-    delete[] FItems.Many;
+    FreeItems(FItems.Many, FCapacity);
   FItems.Many = Items;
   FCapacity = Capacity;
+}
+
+void TJSONChildList::FreeItems(TLxJSONBase** AItems, std::uint32_t ACapacity) noexcept {
+  smallpool::Release(AItems, ACapacity * sizeof(TLxJSONBase*));
 }
 
 TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}

@@ -176,7 +176,7 @@ TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName, TLxJSONDataTy
     RaiseInvalidCast();
   TLxJSONMember* Member = AddMember(AName, AValueType);
   auto* Value = static_cast<TLxJSONSimpleType*>(Member->FValue);
-  Value->FValue = AValue;
+  Value->SetText(AValue);
   Value->FJSONType = AValueType;
   return Member;
 }
@@ -310,7 +310,7 @@ TLxJSONBase* TLxJSONArray::AddValue(TLxJSONDataType AValueType, const LxJSONStri
   if (IsStructure(AValueType))
     RaiseInvalidCast();
   auto* Value = static_cast<TLxJSONSimpleType*>(AddValue(AValueType));
-  Value->FValue = AValue;
+  Value->SetText(AValue);
   return Value;
 }
 
@@ -319,7 +319,7 @@ TLxJSONBase* TLxJSONArray::AddValue(const Variant& AValue) {
   if (IsStructure(ValueType))
     RaiseInvalidCast();
   auto* Value = static_cast<TLxJSONSimpleType*>(AddValue(ValueType));
-  Value->FValue = AValue;
+  Value->SetVariant(AValue);
   return Value;
 }
 

@@ -101,8 +101,10 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
     RaiseMisplaced();
   }
   // Most texts have no escapes and go into the value as they are, without a string between.
-  Target->FValue = JSONTextHasEscapes(AValue, AValueType) ? Variant(LxJSONtoStr(AValue, AValueType))
-                                                          : Variant(std::u16string_view(AValue));
+  if (JSONTextHasEscapes(AValue, AValueType))
+    Target->SetText(LxJSONtoStr(AValue, AValueType));
+  else
+    Target->SetText(AValue);
   Target->FJSONType = AValueType;
 }
 

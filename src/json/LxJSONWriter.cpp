@@ -115,7 +115,34 @@ void TWriter::WritePad(Integer ADepth) {
 
 void TWriter::WriteEscaped(std::u16string_view AText) { AppendJSONEscaped(FText, AText); }
 
+void TWriter::PutNarrow(const char* AText, std::size_t ALength) {
+  const std::size_t At = FText.size();
+  FText.resize(At + ALength);
+  for (std::size_t I = 0; I < ALength; ++I)
+    FText[At + I] = static_cast<unsigned char>(AText[I]);
+}
+
 void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
+  if (AValue->HoldsShortText()) {
+    char16_t Buffer[TLxJSONSimpleType::ShortCapacity];
+    // Text as it was read: a string escaped in quotes, anything else unexamined.
+    switch (AValue->FJSONType) {
+    case jdtNull:
+      Put(u"null");
+      return;
+    case jdtString:
+      Put(u'"');
+      WriteEscaped(AValue->ShortText(Buffer));
+      Put(u'"');
+      return;
+    case jdtNumber:
+    case jdtBoolean:
+      PutNarrow(AValue->FShort, AValue->FShortLength);
+      return;
+    default:
+      throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);
+    }
+  }
   const Variant& Value = AValue->FValue;
   const TLxMainTypeKind Kind = VarMainTypeKind(Value);
   // A byte string is decoded; wide text is read where it lies.

@@ -34,6 +34,8 @@ private:
   void Close(const TFrame& AFrame);
   void WriteSimple(TLxJSONSimpleType* AValue);
   void WriteEscaped(std::u16string_view AText);
+  /// Units of one byte each, widened.
+  void PutNarrow(const char* AText, std::size_t ALength);
   void WritePad(Integer ADepth);
   void Put(std::u16string_view AText) { FText.append(AText); }
   void Put(char16_t AChar) { FText.push_back(AChar); }

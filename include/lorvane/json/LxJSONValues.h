@@ -45,7 +45,7 @@ class TWriter;
 
 /// The children of a value, in insertion order, owning none of them: one child is held in
 /// place (a member has one, its value) and more go to an array on the heap. Sixteen bytes, for
-/// every value of a tree has one.
+/// every value of a tree has one. The array comes from the small-object pool, as the values do.
 class TJSONChildList {
 public:
   TJSONChildList() noexcept = default;
@@ -53,7 +53,7 @@ public:
   TJSONChildList& operator=(const TJSONChildList&) = delete;
   ~TJSONChildList() {
     if (FCapacity > 1)
-      delete[] FItems.Many;
+      FreeItems(FItems.Many, FCapacity);
   }
 
   std::size_t size() const noexcept { return FCount; }
@@ -78,6 +78,7 @@ private:
   TLxJSONBase** data() noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
   TLxJSONBase* const* data() const noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
   void Grow();
+  static void FreeItems(TLxJSONBase** AItems, std::uint32_t ACapacity) noexcept;
 
   union {
     TLxJSONBase* One;
@@ -291,14 +292,36 @@ class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
                     bool AAddLeadingSpace) override;
 
 protected:
-  ~TLxJSONSimpleType() override = default;
+  ~TLxJSONSimpleType() override;
 
 private:
   friend class TLxJSONHandler;
   friend class TLxJSONObject;
   friend class TLxJSONArray;
   friend class jsonwriter::TWriter;
-  Variant FValue;
+
+  /// Text of up to this many units that each fit in a byte is held in the value itself, one
+  /// byte a unit, and becomes a Variant only for the moment a getter needs one: most values of
+  /// a loaded tree are short numbers and words that nobody asks for.
+  static constexpr std::size_t ShortCapacity = 24;
+  static constexpr std::uint8_t NoShortText = 0xFF;
+
+  bool HoldsShortText() const noexcept { return FShortLength != NoShortText; }
+  /// The value as a Variant: the held one, or a new text Variant of the short text.
+  Variant AsVariant() const;
+  /// The short text widened into ABuffer (ShortCapacity units).
+  std::u16string_view ShortText(char16_t* ABuffer) const noexcept;
+  /// Holds AText unchanged as text: in place when it is short and narrow, else as a Variant.
+  void SetText(std::u16string_view AText);
+  /// Holds AValue as the Variant it is.
+  void SetVariant(const Variant& AValue);
+
+  // One or the other, as FShortLength says.
+  union {
+    Variant FValue;
+    char FShort[ShortCapacity];
+  };
+  std::uint8_t FShortLength = NoShortText;
 };
 
 class TLxJSONMember : public TLxJSONBase, public virtual ILxJSONMember {
