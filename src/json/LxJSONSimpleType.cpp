@@ -7,6 +7,7 @@
 #include "lorvane/xmlutils/LxXMLValues.h"
 #include "json/LxJSONWriter.h"
 
+#include <cstring>
 #include <new>
 
 namespace lorvane {
@@ -33,18 +34,23 @@ std::u16string_view TLxJSONSimpleType::ShortText(char16_t* ABuffer) const noexce
 }
 
 void TLxJSONSimpleType::SetText(std::u16string_view AText) {
-  bool Narrow = AText.size() <= ShortCapacity;
-  for (std::size_t I = 0; Narrow && I < AText.size(); ++I)
-    Narrow = AText[I] < 0x100;
-  if (!Narrow) {
-    SetVariant(Variant(AText));
-    return;
+  if (AText.size() <= ShortCapacity) {
+    // Narrowed first and checked once: one loop without branches.
+    char Narrow[ShortCapacity];
+    char16_t Units = 0;
+    for (std::size_t I = 0; I < AText.size(); ++I) {
+      Units |= AText[I];
+      Narrow[I] = static_cast<char>(AText[I]);
+    }
+    if (Units < 0x100) {
+      if (!HoldsShortText())
+        FValue.~Variant();
+      std::memcpy(FShort, Narrow, AText.size());
+      FShortLength = static_cast<std::uint8_t>(AText.size());
+      return;
+    }
   }
-  if (!HoldsShortText())
-    FValue.~Variant();
-  for (std::size_t I = 0; I < AText.size(); ++I)
-    FShort[I] = static_cast<char>(AText[I]);
-  FShortLength = static_cast<std::uint8_t>(AText.size());
+  SetVariant(Variant(AText));
 }
 
 void TLxJSONSimpleType::SetVariant(const Variant& AValue) {

@@ -145,6 +145,30 @@ TEST_F(JSONHandler, AFailedReadLeavesWhatWasBuilt) {
   EXPECT_EQ(Doc->GetAsJSON(), u"[1, [2]]");
   EXPECT_THROW(Doc->SetAsJSON(u"{\"a\":[1,2"), ELxTextParserEOF);
   EXPECT_EQ(Doc->GetAsJSON(), u"{\"a\": [1, 2]}");
+  // A member whose value never came has a null value, in a nested object too.
+  EXPECT_THROW(Doc->SetAsJSON(u"{\"a\":{\"x\":{},\"y\":"), ELxJSONParseError);
+  EXPECT_EQ(Doc->GetAsJSON(), u"{\"a\": {\"x\": {}, \"y\": null}}");
+  EXPECT_EQ(Doc->FindMember(u"a")->GetAsObject()->FindMember(u"y")->GetValueObj()->GetJSONType(),
+            jdtNull);
+}
+
+TEST_F(JSONHandler, MembersOfOneNameShareNoChangeOfIt) {
+  // Names repeat across objects, and many names meet in the handler's table of recent ones.
+  UnicodeString Text = u"[{\"id\":0,\"idx\":1},{\"id\":2,\"idx\":3},{";
+  for (int I = 0; I < 200; ++I)
+    Text += (I ? u",\"" : u"\"") + IntToStr(I % 150) + u"\":" + IntToStr(I);
+  Text += u"}]";
+  TOwned<TLxJSONDocument> Doc(TLxJSONDocument::CreateFromJSON(Text));
+  TLxJSONBase* Root = Doc->GetRootValue();
+  Root->Item(0)->Item(0)->SetName(u"other");
+  EXPECT_EQ(Root->Item(1)->Item(0)->GetName(), u"id");
+  EXPECT_EQ(Root->Item(0)->GetAsJSON(), u"{\"other\": 0, \"idx\": 1}");
+  TLxJSONBase* Many = Root->Item(2);
+  ASSERT_EQ(Many->Count(), 200);
+  for (int I = 0; I < 200; ++I)
+    EXPECT_EQ(Many->Item(I)->GetName(), IntToStr(I % 150));
+  EXPECT_EQ(Many->FindMember(u"149")->GetAsInteger(), 149);
+  EXPECT_EQ(Many->FindMember(u"10")->GetAsInteger(), 10) << "the first of the name";
 }
 
 } // namespace

@@ -161,20 +161,18 @@ TEST_F(JSONValue, TextOfAnyLengthAndRangeReadsBackAsItCame) {
   const UnicodeString Fits(24, u'7'), Over(25, u'7');
   const UnicodeString Latin = UnicodeString(23, u'a') + u'\u00FF';
   const UnicodeString Wide = UnicodeString(23, u'a') + u'\u0100';
+  UnicodeString WideJSON(1, u'"'); // every unit from U+0100 up goes out escaped
+  WideJSON.append(23, u'a').append(u"\\u0100\"");
   struct TCase {
     UnicodeString Text;
     TLxJSONDataType Type;
     UnicodeString JSON;
   };
   const TCase Cases[] = {
-      {u"", jdtString, u"\"\""},
-      {Fits, jdtNumber, Fits},
-      {Over, jdtNumber, Over},
-      {Latin, jdtString, u"\"" + Latin + u"\""},
-      {Wide, jdtString, u"\"" + Wide + u"\""},
-      {u"a\"\u0001", jdtString, u"\"a\\\"\\u0001\""},
-      {u"true", jdtBoolean, u"true"},
-      {u"null", jdtNull, u"null"},
+      {u"", jdtString, u"\"\""},      {Fits, jdtNumber, Fits},
+      {Over, jdtNumber, Over},        {Latin, jdtString, u"\"" + Latin + u"\""},
+      {Wide, jdtString, WideJSON},    {u"a\"\t/", jdtString, u"\"a\\\"\\t\\/\""},
+      {u"true", jdtBoolean, u"true"}, {u"null", jdtNull, u"null"},
   };
   TLxJSONArray* Items = static_cast<TLxJSONArray*>(Doc->CreateRootValue(jdtArray));
   TLxJSONObject* Object = static_cast<TLxJSONObject*>(Items->AddValue(jdtObject));
@@ -189,8 +187,9 @@ TEST_F(JSONValue, TextOfAnyLengthAndRangeReadsBackAsItCame) {
       EXPECT_EQ(VarType(Held), varUString);
       EXPECT_EQ(Held.AsString(), Case.Text);
       EXPECT_EQ(Value->GetAsJSON(), Case.JSON);
-      if (Case.Type == jdtNumber) // all sevens
+      if (Case.Type == jdtNumber) { // all sevens
         EXPECT_DOUBLE_EQ(Value->GetAsDouble(), (std::pow(10.0, Case.Text.size()) - 1) / 9 * 7);
+      }
       // Read back from its own text, and typed over with a number.
       TOwned<TLxJSONDocument> Again(New<TLxJSONDocument>());
       Again->SetAsJSON(u"[" + Case.JSON + u"]");
