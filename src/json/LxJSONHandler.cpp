@@ -137,11 +137,14 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
   } else {
     RaiseMisplaced();
   }
-  // Most texts have no escapes and go into the value as they are, without a string between.
-  if (JSONTextHasEscapes(AValue, AValueType))
-    Target->SetText(LxJSONtoStr(AValue, AValueType));
-  else
-    Target->SetText(AValue);
+  // Most texts are short and have no escapes (those JSONTextHasEscapes looks for: a backslash,
+  // in a number a percent sign), and go into the value as they are.
+  if (!Target->SetShortRawText(AValue, AValueType == jdtNumber)) {
+    if (JSONTextHasEscapes(AValue, AValueType))
+      Target->SetText(LxJSONtoStr(AValue, AValueType));
+    else
+      Target->SetText(AValue);
+  }
   Target->FJSONType = AValueType;
 }
 

@@ -43,14 +43,37 @@ void TLxJSONSimpleType::SetText(std::u16string_view AText) {
       Narrow[I] = static_cast<char>(AText[I]);
     }
     if (Units < 0x100) {
-      if (!HoldsShortText())
-        FValue.~Variant();
-      std::memcpy(FShort, Narrow, AText.size());
-      FShortLength = static_cast<std::uint8_t>(AText.size());
+      StoreShort(Narrow, AText.size());
       return;
     }
   }
   SetVariant(Variant(AText));
+}
+
+bool TLxJSONSimpleType::SetShortRawText(std::u16string_view AText, bool APercent) noexcept {
+  if (AText.size() > ShortCapacity)
+    return false;
+  // Width and escapes in the same one pass.
+  char Narrow[ShortCapacity];
+  char16_t Units = 0;
+  bool Escaped = false;
+  for (std::size_t I = 0; I < AText.size(); ++I) {
+    const char16_t Unit = AText[I];
+    Units |= Unit;
+    Escaped |= Unit == u'\\' || (APercent && Unit == u'%');
+    Narrow[I] = static_cast<char>(Unit);
+  }
+  if (Units >= 0x100 || Escaped)
+    return false;
+  StoreShort(Narrow, AText.size());
+  return true;
+}
+
+void TLxJSONSimpleType::StoreShort(const char* ANarrow, std::size_t ALength) noexcept {
+  if (!HoldsShortText())
+    FValue.~Variant();
+  std::memcpy(FShort, ANarrow, ALength);
+  FShortLength = static_cast<std::uint8_t>(ALength);
 }
 
 void TLxJSONSimpleType::SetVariant(const Variant& AValue) {

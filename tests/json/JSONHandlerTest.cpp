@@ -134,6 +134,15 @@ TEST_F(JSONHandler, NamesStayRawAndValuesAreUnescapedOnce) {
   EXPECT_EQ(Member->GetName(), u"k\\u0041");
   EXPECT_EQ(Member->GetAsString(), u"A\\u0042");
   EXPECT_EQ(Doc->FindMember(u"n")->GetAsDouble(), -1500.0);
+  // A percent group is an escape in a number only, short text or long.
+  TOwned<TLxJSONDocument> List(TLxJSONDocument::CreateFromJSON(u"[]"));
+  TOwned<TLxJSONHandler> Handler(New<TLxJSONHandler>(nullptr, List->GetRootValue()));
+  const UnicodeString Long(30, u'1');
+  for (const UnicodeString& Digits : {UnicodeString(u"5"), Long}) {
+    Handler->Value(jdtNumber, Digits + u"%41");
+    Handler->Value(jdtString, Digits + u"%41");
+  }
+  EXPECT_EQ(List->GetAsJSON(), u"[5A, \"5%41\", " + Long + u"A, \"" + Long + u"%41\"]");
 }
 
 TEST_F(JSONHandler, AFailedReadLeavesWhatWasBuilt) {

@@ -368,6 +368,10 @@ private:
   std::u16string_view ShortText(char16_t* ABuffer) const noexcept;
   /// Holds AText unchanged as text: in place when it is short and narrow, else as a Variant.
   void SetText(std::u16string_view AText);
+  /// Holds AText in place and answers true when it is short and narrow and has no escape (a
+  /// backslash; with APercent a percent sign too); otherwise changes nothing.
+  bool SetShortRawText(std::u16string_view AText, bool APercent) noexcept;
+  void StoreShort(const char* ANarrow, std::size_t ALength) noexcept;
   /// Holds AValue as the Variant it is.
   void SetVariant(const Variant& AValue);
 
