@@ -260,7 +260,7 @@ void MeasureSave(benchmark::State& AState, const Input& AInput, bool AFormatted)
     const double Start = bench::ThreadSeconds();
     const std::size_t Written = Side::Save(Tree, AFormatted, AInput.Bytes.size() * 2);
     AState.SetIterationTime(bench::ThreadSeconds() - Start);
-    if (Written < AInput.Bytes.size() / 2) {
+    if (Written < AInput.Bytes.size() / 8) { // indented input shrinks a lot when compact
       AState.SkipWithError("the output is too short");
       break;
     }

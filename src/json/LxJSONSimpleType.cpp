@@ -36,7 +36,7 @@ std::u16string_view TLxJSONSimpleType::ShortText(char16_t* ABuffer) const noexce
 void TLxJSONSimpleType::SetText(std::u16string_view AText) {
   if (AText.size() <= ShortCapacity) {
     // Narrowed first and checked once: one loop without branches.
-    char Narrow[ShortCapacity];
+    char Narrow[ShortCapacity] = {};
     char16_t Units = 0;
     for (std::size_t I = 0; I < AText.size(); ++I) {
       Units |= AText[I];
@@ -54,7 +54,7 @@ bool TLxJSONSimpleType::SetShortRawText(std::u16string_view AText, bool APercent
   if (AText.size() > ShortCapacity)
     return false;
   // Width and escapes in the same one pass.
-  char Narrow[ShortCapacity];
+  char Narrow[ShortCapacity] = {};
   char16_t Units = 0;
   bool Escaped = false;
   for (std::size_t I = 0; I < AText.size(); ++I) {
@@ -72,7 +72,8 @@ bool TLxJSONSimpleType::SetShortRawText(std::u16string_view AText, bool APercent
 void TLxJSONSimpleType::StoreShort(const char* ANarrow, std::size_t ALength) noexcept {
   if (!HoldsShortText())
     FValue.~Variant();
-  std::memcpy(FShort, ANarrow, ALength);
+  // All of it, so that the writer may widen the whole buffer in one go.
+  std::memcpy(FShort, ANarrow, ShortCapacity);
   FShortLength = static_cast<std::uint8_t>(ALength);
 }
 

@@ -135,11 +135,13 @@ template <class Unit> void TWriter::WriteEscaped(const Unit* AText, std::size_t 
   }
 }
 
-void TWriter::PutNarrow(const char* AText, std::size_t ALength) {
-  char16_t* Out = Room(ALength);
-  for (std::size_t I = 0; I < ALength; ++I)
-    Out[I] = static_cast<unsigned char>(AText[I]);
-  FLength += ALength;
+void TWriter::PutShort(const TLxJSONSimpleType* AValue) {
+  // The whole buffer, widened in a loop of fixed length: no branch to guess per text.
+  constexpr std::size_t Capacity = TLxJSONSimpleType::ShortCapacity;
+  char16_t* Out = Room(Capacity);
+  for (std::size_t I = 0; I < Capacity; ++I)
+    Out[I] = static_cast<unsigned char>(AValue->FShort[I]);
+  FLength += AValue->FShortLength;
 }
 
 void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
@@ -156,7 +158,7 @@ void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
       return;
     case jdtNumber:
     case jdtBoolean:
-      PutNarrow(AValue->FShort, AValue->FShortLength);
+      PutShort(AValue);
       return;
     default:
       throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);

@@ -38,8 +38,8 @@ private:
   /// Escaped: the units of a UTF-16 text, or units below U+0100 of one byte each.
   template <class Unit> void WriteEscaped(const Unit* AText, std::size_t ALength);
   void WriteEscaped(std::u16string_view AText) { WriteEscaped(AText.data(), AText.size()); }
-  /// Units of one byte each, widened.
-  void PutNarrow(const char* AText, std::size_t ALength);
+  /// The short text of AValue, widened.
+  void PutShort(const TLxJSONSimpleType* AValue);
   void WritePad(Integer ADepth);
   /// Where the next ACount units go: the text is collected in a buffer of our own, written to by
   /// pointer, which a string's appends can't match for the many short pieces of JSON.

@@ -371,6 +371,7 @@ private:
   /// Holds AText in place and answers true when it is short and narrow and has no escape (a
   /// backslash; with APercent a percent sign too); otherwise changes nothing.
   bool SetShortRawText(std::u16string_view AText, bool APercent) noexcept;
+  /// Takes ShortCapacity bytes from ANarrow, of which ALength are the text.
   void StoreShort(const char* ANarrow, std::size_t ALength) noexcept;
   /// Holds AValue as the Variant it is.
   void SetVariant(const Variant& AValue);
