@@ -60,6 +60,12 @@ case "$task" in
                shared-mime-info iso-codes libgirepository1.0-dev)  # real XML files for bench/dom_load_save
     install_missing
     build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
+    # Real JSON for bench_json_load_save, unpacked beside the build and never committed.
+    [ -f build-bench/jsonexamples/twitter.json ] ||
+      (cd build-bench && npm pack simdjson@0.9.2 >/dev/null &&
+        tar xzf simdjson-0.9.2.tgz package/jsonexamples && rm -rf jsonexamples &&
+        mv package/jsonexamples . && rm -rf package simdjson-0.9.2.tgz) ||
+      echo "note: the JSON examples could not be fetched; bench_json_load_save skips them"
     for b in build-bench/bench/bench_*; do
       [ -x "$b" ] && "$b" "${@:2}"
     done

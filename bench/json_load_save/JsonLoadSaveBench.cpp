@@ -50,6 +50,8 @@ std::vector<Input>& Inputs() {
     D.push_back({"mixed", bench::MixedDocument()});
     D.push_back({"numbers", bench::NumbersDocument()});
     D.push_back({"strings", bench::StringsDocument()});
+    for (bench::TJSONFile& File : bench::JSONFileDocuments())
+      D.push_back({File.Name, std::move(File.Bytes)});
     return D;
   }();
   return Docs;
@@ -258,7 +260,7 @@ void MeasureSave(benchmark::State& AState, const Input& AInput, bool AFormatted)
     const double Start = bench::ThreadSeconds();
     const std::size_t Written = Side::Save(Tree, AFormatted, AInput.Bytes.size() * 2);
     AState.SetIterationTime(bench::ThreadSeconds() - Start);
-    if (Written < AInput.Bytes.size() / 2) {
+    if (Written < AInput.Bytes.size() / 8) { // indented input shrinks a lot when compact
       AState.SkipWithError("the output is too short");
       break;
     }
@@ -313,9 +315,65 @@ void PrintSummary(const std::map<std::string, double>& ATimes,
   }
 }
 
+/// One load (or save) of one document by one side and nothing else, for instruction counts:
+/// valgrind --tool=callgrind --toggle-collect='*CallgrindRun*' bench_json_load_save
+/// --callgrind=SIDE:PHASE:DOCUMENT, SIDE lorvane, rapidjson or nlohmann, PHASE load, compact or
+/// formatted, DOCUMENT a generated one (cut to 2 MB) or a file's name.
+template <class Side>
+[[gnu::noinline]] std::size_t CallgrindRun(typename Side::Tree& ATree, const std::string& ABytes,
+                                           const std::string& APhase) {
+  if (APhase == "load") {
+    ATree = Side::Load(ABytes);
+    return ATree ? 1 : 0;
+  }
+  return Side::Save(ATree, APhase == "formatted", ABytes.size() * 2);
+}
+
+template <class Side> int CallgrindSide(const std::string& APhase, const std::string& ABytes) {
+  typename Side::Tree Tree;
+  if (APhase != "load")
+    Tree = Side::Load(ABytes);
+  const std::size_t Result = CallgrindRun<Side>(Tree, ABytes, APhase);
+  std::printf("%zu input bytes, result %zu\n", ABytes.size(), Result);
+  return Result ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int CallgrindMain(const std::string& AWhat) {
+  const std::size_t Colon1 = AWhat.find(':'), Colon2 = AWhat.find(':', Colon1 + 1);
+  if (Colon1 == std::string::npos || Colon2 == std::string::npos)
+    return EXIT_FAILURE;
+  const std::string Side = AWhat.substr(0, Colon1);
+  const std::string Phase = AWhat.substr(Colon1 + 1, Colon2 - Colon1 - 1);
+  const std::string Name = AWhat.substr(Colon2 + 1);
+  constexpr std::size_t Small = 2 * 1024 * 1024;
+  std::string Bytes = Name == "mixed"     ? bench::MixedDocument(Small)
+                      : Name == "numbers" ? bench::NumbersDocument(Small)
+                      : Name == "strings" ? bench::StringsDocument(Small)
+                                          : std::string();
+  if (Bytes.empty())
+    for (bench::TJSONFile& File : bench::JSONFileDocuments())
+      if (File.Name == Name)
+        Bytes = std::move(File.Bytes);
+  if (Bytes.empty())
+    return EXIT_FAILURE;
+  if (Side == "lorvane")
+    return CallgrindSide<LorvaneSide>(Phase, Bytes);
+#ifdef LORVANE_BENCH_RAPIDJSON
+  if (Side == "rapidjson")
+    return CallgrindSide<RapidJSONSide>(Phase, Bytes);
+#endif
+#ifdef LORVANE_BENCH_NLOHMANN
+  if (Side == "nlohmann")
+    return CallgrindSide<NlohmannSide>(Phase, Bytes);
+#endif
+  return EXIT_FAILURE;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string(argv[1]).rfind("--callgrind=", 0) == 0)
+    return CallgrindMain(std::string(argv[1]).substr(12));
   std::vector<std::string> Sides;
   if (!AddSide<LorvaneSide>("Lorvane", Sides))
     return EXIT_FAILURE;

@@ -3,11 +3,16 @@
 ///                    and arrays
 ///   NumbersDocument  arrays of integers and floats
 ///   StringsDocument  objects of long strings with escapes and non-ASCII text
+/// and real documents read from files where they are installed (JSONFileDocuments).
 #pragma once
 
 #include "support/Documents.h"
 
+#include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace lorvane::bench {
 
@@ -72,6 +77,41 @@ inline std::string StringsDocument(std::size_t ABytes = DocumentBytes) {
     S += "\"}";
   }
   return S + "]";
+}
+
+struct TJSONFile {
+  std::string Name;
+  std::string Bytes;
+};
+
+/// Where the examples of real JSON (twitter.json, citm_catalog.json, canada.json) are unpacked;
+/// the bench script fetches them, nothing in the repository carries them.
+#ifndef LORVANE_BENCH_JSON_EXAMPLES
+#define LORVANE_BENCH_JSON_EXAMPLES "jsonexamples"
+#endif
+
+/// The real documents that are there: the examples and Debian's iso-codes tables. A missing file
+/// is skipped with a note on stderr.
+inline std::vector<TJSONFile> JSONFileDocuments() {
+  const std::string Examples = LORVANE_BENCH_JSON_EXAMPLES;
+  const std::string IsoCodes = "/usr/share/iso-codes/json/";
+  const std::pair<const char*, std::string> Files[] = {
+      {"twitter", Examples + "/twitter.json"},    {"citm_catalog", Examples + "/citm_catalog.json"},
+      {"canada", Examples + "/canada.json"},      {"iso_3166-2", IsoCodes + "iso_3166-2.json"},
+      {"iso_639-3", IsoCodes + "iso_639-3.json"},
+  };
+  std::vector<TJSONFile> Result;
+  for (const auto& [Name, Path] : Files) {
+    std::ifstream In(Path, std::ios::binary);
+    if (!In) {
+      std::fprintf(stderr, "note: %s is missing, %s skipped\n", Path.c_str(), Name);
+      continue;
+    }
+    std::ostringstream Bytes;
+    Bytes << In.rdbuf();
+    Result.push_back({Name, Bytes.str()});
+  }
+  return Result;
 }
 
 } // namespace lorvane::bench

@@ -18,21 +18,51 @@
 namespace lorvane {
 
 void TJSONChildList::erase(std::size_t AIndex) noexcept {
-  TLxJSONBase** Items = data();
-  std::copy(Items + AIndex + 1, Items + FCount, Items + AIndex);
-  --FCount;
+  if (!HasBlock()) {
+    FOne = nullptr;
+    return;
+  }
+  TBlock* Items = Block();
+  TLxJSONBase** At = Items->Items();
+  std::copy(At + AIndex + 1, At + Items->Count, At + AIndex);
+  --Items->Count;
 }
 
-void TJSONChildList::Grow() {
-  if (FCapacity > UINT32_MAX / 2)
+void TJSONChildList::Grow(TLxJSONBase* AItem) {
+  const std::uint32_t Count = static_cast<std::uint32_t>(size());
+  if (Count > UINT32_MAX / 2 - 1)
     throw std::bad_alloc();
-  const std::uint32_t Capacity = FCapacity * 2;
-  auto* Items = new TLxJSONBase*[Capacity];
-  std::copy(data(), data() + FCount, Items);
-  if (FCapacity > 1)
-    delete[] FItems.Many;
-  FItems.Many = Items;
-  FCapacity = Capacity;
+  // Capacities 5, 11, 23, ... fill the pool's sizes with the count in front; most objects of a
+  // document have a handful of members.
+  const std::uint32_t Capacity = HasBlock() ? Count * 2 + 1 : 5;
+  auto* Items = static_cast<TBlock*>(smallpool::Allocate(BlockBytes(Capacity)));
+  Items->Count = Count + 1;
+  Items->Capacity = Capacity;
+  std::copy(data(), data() + Count, Items->Items());
+  Items->Items()[Count] = AItem;
+  if (HasBlock())
+    FreeBlock(Block());
+  FOne = reinterpret_cast<TLxJSONBase*>(reinterpret_cast<std::uintptr_t>(Items) + 1);
+}
+
+void TJSONChildList::FreeBlock(TBlock* ABlock) noexcept {
+  smallpool::Release(ABlock, BlockBytes(ABlock->Capacity));
+}
+
+TJSONName::TJSONName(std::u16string_view AText) {
+  if (AText.empty())
+    return;
+  void* Memory = smallpool::Allocate(sizeof(TText) + AText.size() * sizeof(char16_t));
+  FText = new (Memory) TText{{1}, AText.size()};
+  std::copy(AText.begin(), AText.end(), FText->Chars());
+}
+
+void TJSONName::Release(TText* AText) noexcept {
+  if (AText->Refs.fetch_sub(1, std::memory_order_acq_rel) != 1)
+    return;
+  const std::size_t Size = sizeof(TText) + AText->Length * sizeof(char16_t);
+  AText->~TText();
+  smallpool::Release(AText, Size);
 }
 
 TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
@@ -177,6 +207,7 @@ void TLxJSONBase::LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFo
                                                  : New<TLxJSONReader>());
   TOwned<TLxJSONHandler> Handler(New<TLxJSONHandler>(Reader.get(), this));
   Handler->SetAutoDestroy(false);
+  Handler->FDeferNullValues = true;
   Reader->SetContentHandler(Handler.get());
   Reader->SetErrorHandler(Handler.get());
   // The reader lets go of the handler before either is freed, also when the parse fails.
@@ -187,7 +218,14 @@ void TLxJSONBase::LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFo
       Reader->SetErrorHandler(nullptr);
     }
   } Detach{Reader.get()};
-  Reader->ParseStream(AStream, ACodePage, LxJSONString());
+  try {
+    Reader->ParseStream(AStream, ACodePage, LxJSONString());
+  } catch (...) {
+    // A member the failure left waiting has its null value, as if made with the member.
+    Handler->Settle();
+    throw;
+  }
+  Handler->Settle();
 }
 
 void TLxJSONBase::SaveToStream(TStream* AStream, bool AFormatted, Integer ADepth,

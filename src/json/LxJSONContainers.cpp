@@ -138,7 +138,9 @@ HRESULT TLxJSONObject::QueryInterface(const TGUID& AIID, void** AObj) {
 }
 
 void TLxJSONObject::InsertObject(TLxJSONBase* AObject) {
-  Assert(AObject && AObject->Kind() == TKind::Member, u"The children of a JSON object are members");
+  // Not through Assert: its message would be measured on every call.
+  if (!AObject || AObject->Kind() != TKind::Member) [[unlikely]]
+    RaiseAssertionFailed(u"The children of a JSON object are members");
   TLxJSONBase::InsertObject(AObject);
 }
 
@@ -158,9 +160,20 @@ void TLxJSONObject::SaveToStream(TStream* AStream, bool AFormatted, Integer ADep
 Integer TLxJSONObject::Count() { return static_cast<Integer>(FObjects.size()); }
 
 TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName) {
+  TJSONName Name(AName);
+  TLxJSONMember* Member = New<TLxJSONMember>(this);
+  Member->FName = std::move(Name);
+  FLastMember = Member;
+  return Member;
+}
+
+TLxJSONMember* TLxJSONObject::AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
+                                             bool AWithValue) {
   TLxJSONMember* Member = New<TLxJSONMember>(this);
   Member->FName = AName;
   FLastMember = Member;
+  if (AWithValue)
+    Member->CreateValue(AValueType);
   return Member;
 }
 
@@ -176,7 +189,7 @@ TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName, TLxJSONDataTy
     RaiseInvalidCast();
   TLxJSONMember* Member = AddMember(AName, AValueType);
   auto* Value = static_cast<TLxJSONSimpleType*>(Member->FValue);
-  Value->FValue = AValue;
+  Value->SetText(AValue);
   Value->FJSONType = AValueType;
   return Member;
 }
@@ -216,7 +229,8 @@ void TLxJSONObject::RemoveMember(TLxJSONMember* AMember) {
 TLxJSONMember* TLxJSONObject::DoFindMember(const LxJSONString& AName, bool ACaseInsensitive) {
   for (TLxJSONBase* Child : FObjects) {
     auto* Member = static_cast<TLxJSONMember*>(Child);
-    if (ACaseInsensitive ? SameText(Member->FName, AName) : Member->FName == AName)
+    const std::u16string_view Name = Member->FName.View();
+    if (ACaseInsensitive ? SameText(Name, AName) : Name == AName)
       return Member;
   }
   return nullptr;
@@ -237,15 +251,15 @@ TLxJSONBase* TLxJSONObject::DoItem(Integer AIdx) { return ChildAt(AIdx); }
 
 LxJSONString TLxJSONObject::GetPath() {
   // Names are gathered from here up and put together in the order from the root down.
-  std::vector<const LxJSONString*> Names;
+  std::vector<std::u16string_view> Names;
   for (TLxJSONBase* Value = FOwner; Value; Value = Value->GetOwner())
     if (Value->Kind() == TKind::Member)
-      Names.push_back(&static_cast<TLxJSONMember*>(Value)->FName);
+      Names.push_back(static_cast<TLxJSONMember*>(Value)->FName.View());
   LxJSONString Result = u"#/";
   for (auto Name = Names.rbegin(); Name != Names.rend(); ++Name) {
     if (Name != Names.rbegin())
       Result += u'/';
-    Result += **Name;
+    Result += *Name;
   }
   return Result;
 }
@@ -310,7 +324,7 @@ TLxJSONBase* TLxJSONArray::AddValue(TLxJSONDataType AValueType, const LxJSONStri
   if (IsStructure(AValueType))
     RaiseInvalidCast();
   auto* Value = static_cast<TLxJSONSimpleType*>(AddValue(AValueType));
-  Value->FValue = AValue;
+  Value->SetText(AValue);
   return Value;
 }
 
@@ -319,7 +333,7 @@ TLxJSONBase* TLxJSONArray::AddValue(const Variant& AValue) {
   if (IsStructure(ValueType))
     RaiseInvalidCast();
   auto* Value = static_cast<TLxJSONSimpleType*>(AddValue(ValueType));
-  Value->FValue = AValue;
+  Value->SetVariant(AValue);
   return Value;
 }
 

@@ -6,6 +6,8 @@
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/platform/Generics.h"
 
+#include <utility>
+
 namespace lorvane {
 
 namespace {
@@ -24,10 +26,22 @@ HRESULT TLxJSONHandler::QueryInterface(const TGUID& AIID, void** AObj) {
       this, AIID, AObj, [&] { return TLxObject::QueryInterface(AIID, AObj); });
 }
 
+void TLxJSONHandler::Settle() {
+  if (TLxJSONMember* Member = std::exchange(FPending, nullptr))
+    if (!Member->FValue)
+      Member->CreateValue(jdtNull);
+}
+
+void TLxJSONHandler::SettleUnlessNext() {
+  if (FPending && !(FCurrValue && FCurrValue->FKind == TLxJSONBase::TKind::Object &&
+                    static_cast<TLxJSONObject*>(FCurrValue)->FLastMember == FPending))
+    Settle();
+}
+
 void TLxJSONHandler::SetDocumentLocator(ILxJSONLocator*) {}
 void TLxJSONHandler::StartDocument() {}
-void TLxJSONHandler::EndMember() {}
-void TLxJSONHandler::EndDocument() {}
+void TLxJSONHandler::EndMember() { Settle(); }
+void TLxJSONHandler::EndDocument() { Settle(); }
 void TLxJSONHandler::Warning(ILxJSONLocator*, const LxJSONString&) {}
 void TLxJSONHandler::Error(ILxJSONLocator*, const LxJSONString&) {}
 void TLxJSONHandler::FatalError(ILxJSONLocator*, const LxJSONString&) {}
@@ -42,6 +56,7 @@ void TLxJSONHandler::EndObject() { EndStructure(jdtObject); }
 void TLxJSONHandler::EndArray() { EndStructure(jdtArray); }
 
 void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
+  SettleUnlessNext();
   TLxJSONBase* Cursor = FCurrValue;
   if (!Cursor)
     RaiseMisplaced();
@@ -55,6 +70,7 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
   case TLxJSONBase::TKind::Object:
     if (TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember) {
       FCurrValue = Last->CreateValue(AValueType);
+      FPending = nullptr;
       return;
     }
     // An object without members takes the members of an object text itself: the cursor stays
@@ -71,12 +87,32 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
 }
 
 void TLxJSONHandler::StartMember(const LxJSONString& AName) {
+  Settle();
   if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
     throw Exception(UnicodeString(u"Invalid objecttype"));
-  static_cast<TLxJSONObject*>(FCurrValue)->AddMember(AName, jdtNull);
+  // Names met lately are shared by hash of their text; a user's own class adds as it likes.
+  auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
+  if (Object->ClassType() != TLxJSONObject::StaticClass()) {
+    Object->AddMember(AName, jdtNull);
+    return;
+  }
+  // The length and three units tell the names of one document apart well enough.
+  const std::size_t Size = AName.size();
+  std::uint32_t Hash = static_cast<std::uint32_t>(Size);
+  if (Size > 0)
+    Hash = (Hash * 31 + AName[0]) * 31 + AName[Size / 2] * 7 + AName[Size - 1];
+  TJSONName& Seen = FNames[(Hash * 0x9E3779B1u) >> 26];
+  static_assert(NameSlots == 64, "the hash gives six bits");
+  if (Seen.View() != std::u16string_view(AName))
+    Seen = TJSONName(AName);
+  if (FDeferNullValues)
+    FPending = Object->AddNamedMember(Seen, jdtNull, /*AWithValue=*/false);
+  else
+    Object->AddNamedMember(Seen, jdtNull);
 }
 
 void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+  SettleUnlessNext();
   // Only a simple value holds text.
   if (AValueType == jdtObject || AValueType == jdtArray)
     throw EInvalidCast(UnicodeString(SInvalidCast));
@@ -94,19 +130,26 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
       Target = static_cast<TLxJSONSimpleType*>(Empty);
     else
       Target = static_cast<TLxJSONSimpleType*>(Last->CreateValue(AValueType));
+    FPending = nullptr;
   } else if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array) {
     Target =
         static_cast<TLxJSONSimpleType*>(static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
   } else {
     RaiseMisplaced();
   }
-  // Most texts have no escapes and go into the value as they are, without a string between.
-  Target->FValue = JSONTextHasEscapes(AValue, AValueType) ? Variant(LxJSONtoStr(AValue, AValueType))
-                                                          : Variant(std::u16string_view(AValue));
+  // Most texts are short and have no escapes (those JSONTextHasEscapes looks for: a backslash,
+  // in a number a percent sign), and go into the value as they are.
+  if (!Target->SetShortRawText(AValue, AValueType == jdtNumber)) {
+    if (JSONTextHasEscapes(AValue, AValueType))
+      Target->SetText(LxJSONtoStr(AValue, AValueType));
+    else
+      Target->SetText(AValue);
+  }
   Target->FJSONType = AValueType;
 }
 
 void TLxJSONHandler::EndStructure(TLxJSONDataType AValueType) {
+  Settle();
   // A cursor that has climbed out of the tree already stays where it is.
   if (!FCurrValue)
     return;

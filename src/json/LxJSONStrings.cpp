@@ -2,8 +2,10 @@
 #include "lorvane/json/LxJSONStrings.h"
 
 #include "lorvane/platform/SysUtils.h"
+#include "json/LxJSONWriter.h"
 
 #include <array>
+#include <type_traits>
 
 namespace lorvane {
 
@@ -51,6 +53,41 @@ void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr) {
     }
   }
   ATarget.append(Run, End);
+}
+
+namespace {
+template <class Unit>
+char16_t* EscapeUnits(char16_t* AOut, const Unit* AText, std::size_t ALength) noexcept {
+  for (std::size_t I = 0; I < ALength; ++I) {
+    const char16_t C = static_cast<std::make_unsigned_t<Unit>>(AText[I]);
+    if (C < 0x100) {
+      const Byte Escape = EscapeTable[C];
+      if (Escape == KeepUnit) {
+        *AOut++ = C;
+      } else if (Escape != DropUnit) {
+        *AOut++ = u'\\';
+        *AOut++ = Escape;
+      }
+      continue;
+    }
+    *AOut++ = u'\\';
+    *AOut++ = u'u';
+    *AOut++ = UpperHexDigits[C >> 12];
+    *AOut++ = UpperHexDigits[(C >> 8) & 15];
+    *AOut++ = UpperHexDigits[(C >> 4) & 15];
+    *AOut++ = UpperHexDigits[C & 15];
+  }
+  return AOut;
+}
+} // namespace
+
+char16_t* jsonwriter::EscapeInto(char16_t* AOut, const char16_t* AText,
+                                 std::size_t ALength) noexcept {
+  return EscapeUnits(AOut, AText, ALength);
+}
+
+char16_t* jsonwriter::EscapeInto(char16_t* AOut, const char* AText, std::size_t ALength) noexcept {
+  return EscapeUnits(AOut, AText, ALength);
 }
 
 UnicodeString LxStrToJSON(std::u16string_view AStr) {

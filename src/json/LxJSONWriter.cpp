@@ -7,6 +7,9 @@
 #include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace lorvane::jsonwriter {
 
 namespace {
@@ -17,18 +20,23 @@ constexpr std::size_t BlockSize = 32768;
 
 TWriter::TWriter(TStream* ATarget) : FTarget(ATarget) {
   if (FTarget)
-    FText.reserve(BlockSize + 1024);
+    Grow(BlockSize + 1024);
+}
+
+void TWriter::Grow(std::size_t ACount) {
+  const std::size_t Capacity = std::max({FCapacity * 2, FLength + ACount, std::size_t{256}});
+  std::unique_ptr<char16_t[]> Buffer(new char16_t[Capacity]);
+  std::copy(FBuffer.get(), FBuffer.get() + FLength, Buffer.get());
+  FBuffer = std::move(Buffer);
+  FCapacity = Capacity;
 }
 
 void TWriter::Flush() {
-  if (!FTarget || FText.empty())
+  if (!FTarget || FLength == 0)
     return;
   // Emptied first: a failing stream must not be handed the same text again.
-  UnicodeString Block;
-  Block.swap(FText);
-  FTarget->WriteBuffer(Block.data(), static_cast<Int64>(Block.size() * sizeof(char16_t)));
-  Block.clear();
-  Block.swap(FText);
+  const std::size_t Length = std::exchange(FLength, 0);
+  FTarget->WriteBuffer(FBuffer.get(), static_cast<Int64>(Length * sizeof(char16_t)));
 }
 
 void TWriter::Write(TLxJSONBase* AValue, bool AFormatted, Integer ADepth, bool AAddLeadingSpace) {
@@ -36,7 +44,7 @@ void TWriter::Write(TLxJSONBase* AValue, bool AFormatted, Integer ADepth, bool A
   FStack.clear();
   Open(AValue, ADepth, AAddLeadingSpace);
   while (!FStack.empty()) {
-    if (FTarget && FText.size() >= BlockSize)
+    if (FTarget && FLength >= BlockSize)
       Flush();
     TFrame& Top = FStack.back();
     const TJSONChildList& Children = Top.Node->FObjects;
@@ -71,7 +79,7 @@ void TWriter::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
       if (AAddLeadingSpace)
         WritePad(ADepth);
       Put(u'"');
-      WriteEscaped(Member->FName);
+      WriteEscaped(Member->FName.View());
       Put(u"\": ");
       if (!Member->FValue) {
         Put(u"null");
@@ -109,13 +117,53 @@ void TWriter::Close(const TFrame& AFrame) {
 }
 
 void TWriter::WritePad(Integer ADepth) {
-  if (FFormatted && ADepth > 0)
-    FText.append(static_cast<std::size_t>(ADepth) * 2, u' ');
+  if (FFormatted && ADepth > 0) {
+    const std::size_t Count = static_cast<std::size_t>(ADepth) * 2;
+    std::fill_n(Room(Count), Count, u' ');
+    FLength += Count;
+  }
 }
 
-void TWriter::WriteEscaped(std::u16string_view AText) { AppendJSONEscaped(FText, AText); }
+template <class Unit> void TWriter::WriteEscaped(const Unit* AText, std::size_t ALength) {
+  // In pieces, so that a long text doesn't ask for six times its size at once.
+  constexpr std::size_t Piece = 4096;
+  while (ALength > 0) {
+    const std::size_t Count = std::min(ALength, Piece);
+    FLength = static_cast<std::size_t>(EscapeInto(Room(Count * 6), AText, Count) - FBuffer.get());
+    AText += Count;
+    ALength -= Count;
+  }
+}
+
+void TWriter::PutShort(const TLxJSONSimpleType* AValue) {
+  // The whole buffer, widened in a loop of fixed length: no branch to guess per text.
+  constexpr std::size_t Capacity = TLxJSONSimpleType::ShortCapacity;
+  char16_t* Out = Room(Capacity);
+  for (std::size_t I = 0; I < Capacity; ++I)
+    Out[I] = static_cast<unsigned char>(AValue->FShort[I]);
+  FLength += AValue->FShortLength;
+}
 
 void TWriter::WriteSimple(TLxJSONSimpleType* AValue) {
+  if (AValue->HoldsShortText()) {
+    // Text as it was read: a string escaped in quotes, anything else unexamined.
+    switch (AValue->FJSONType) {
+    case jdtNull:
+      Put(u"null");
+      return;
+    case jdtString:
+      Put(u'"');
+      WriteEscaped(AValue->FShort, AValue->FShortLength);
+      Put(u'"');
+      return;
+    case jdtNumber:
+    case jdtBoolean:
+      PutShort(AValue);
+      return;
+    default:
+      throw ELxJSONException(_cLxJSONUnexpectedType, cLxJSONErrUnexpectedType);
+    }
+  }
   const Variant& Value = AValue->FValue;
   const TLxMainTypeKind Kind = VarMainTypeKind(Value);
   // A byte string is decoded; wide text is read where it lies.
@@ -181,7 +229,7 @@ void SaveValue(TLxJSONBase* AValue, TStream* AStream, bool AFormatted, Integer A
 UnicodeString TextOf(TLxJSONBase* AValue, bool AFormatted) {
   TWriter Writer(/*ATarget=*/nullptr);
   Writer.Write(AValue, AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
-  return std::move(Writer.Text());
+  return Writer.Text();
 }
 
 } // namespace lorvane::jsonwriter

@@ -134,6 +134,15 @@ TEST_F(JSONHandler, NamesStayRawAndValuesAreUnescapedOnce) {
   EXPECT_EQ(Member->GetName(), u"k\\u0041");
   EXPECT_EQ(Member->GetAsString(), u"A\\u0042");
   EXPECT_EQ(Doc->FindMember(u"n")->GetAsDouble(), -1500.0);
+  // A percent group is an escape in a number only, short text or long.
+  TOwned<TLxJSONDocument> List(TLxJSONDocument::CreateFromJSON(u"[]"));
+  TOwned<TLxJSONHandler> Handler(New<TLxJSONHandler>(nullptr, List->GetRootValue()));
+  const UnicodeString Long(30, u'1');
+  for (const UnicodeString& Digits : {UnicodeString(u"5"), Long}) {
+    Handler->Value(jdtNumber, Digits + u"%41");
+    Handler->Value(jdtString, Digits + u"%41");
+  }
+  EXPECT_EQ(List->GetAsJSON(), u"[5A, \"5%41\", " + Long + u"A, \"" + Long + u"%41\"]");
 }
 
 TEST_F(JSONHandler, AFailedReadLeavesWhatWasBuilt) {
@@ -145,6 +154,30 @@ TEST_F(JSONHandler, AFailedReadLeavesWhatWasBuilt) {
   EXPECT_EQ(Doc->GetAsJSON(), u"[1, [2]]");
   EXPECT_THROW(Doc->SetAsJSON(u"{\"a\":[1,2"), ELxTextParserEOF);
   EXPECT_EQ(Doc->GetAsJSON(), u"{\"a\": [1, 2]}");
+  // A member whose value never came has a null value, in a nested object too.
+  EXPECT_THROW(Doc->SetAsJSON(u"{\"a\":{\"x\":{},\"y\":"), ELxJSONParseError);
+  EXPECT_EQ(Doc->GetAsJSON(), u"{\"a\": {\"x\": {}, \"y\": null}}");
+  EXPECT_EQ(Doc->FindMember(u"a")->GetAsObject()->FindMember(u"y")->GetValueObj()->GetJSONType(),
+            jdtNull);
+}
+
+TEST_F(JSONHandler, MembersOfOneNameShareNoChangeOfIt) {
+  // Names repeat across objects, and many names meet in the handler's table of recent ones.
+  UnicodeString Text = u"[{\"id\":0,\"idx\":1},{\"id\":2,\"idx\":3},{";
+  for (int I = 0; I < 200; ++I)
+    Text += (I ? u",\"" : u"\"") + IntToStr(I % 150) + u"\":" + IntToStr(I);
+  Text += u"}]";
+  TOwned<TLxJSONDocument> Doc(TLxJSONDocument::CreateFromJSON(Text));
+  TLxJSONBase* Root = Doc->GetRootValue();
+  Root->Item(0)->Item(0)->SetName(u"other");
+  EXPECT_EQ(Root->Item(1)->Item(0)->GetName(), u"id");
+  EXPECT_EQ(Root->Item(0)->GetAsJSON(), u"{\"other\": 0, \"idx\": 1}");
+  TLxJSONBase* Many = Root->Item(2);
+  ASSERT_EQ(Many->Count(), 200);
+  for (int I = 0; I < 200; ++I)
+    EXPECT_EQ(Many->Item(I)->GetName(), IntToStr(I % 150));
+  EXPECT_EQ(Many->FindMember(u"149")->GetAsInteger(), 149);
+  EXPECT_EQ(Many->FindMember(u"10")->GetAsInteger(), 10) << "the first of the name";
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "lorvane/json/LxJSONOutput.h"
 
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/json/LxJSONValues.h"
 #include "support/TestHelpers.h"
 
@@ -124,6 +125,18 @@ TEST_F(JSONOutput, LargeTextGoesOutInBlocksAndFailuresKeepWhatCameBefore) {
   EXPECT_EQ(Stream->Text(), Doc->GetAsJSON());
   EXPECT_GT(Stream->Text().size(), 300000u);
   EXPECT_LT(Stream->Writes, 20);
+
+  // One text longer than a block and than the pieces it is escaped in, with every unit: the
+  // same as escaping it alone gives.
+  UnicodeString All;
+  for (char32_t C = 0; C < 0x10000; ++C)
+    All.push_back(static_cast<char16_t>(C));
+  TLxJSONBase* Long = Doc->CreateRootValue(jdtArray)->AddValue(jdtString, u"");
+  Long->SetAsString(All);
+  TOwned<TCountingStream> LongStream(New<TCountingStream>());
+  Doc->SaveToStream(LongStream.get(), false, 1200, false);
+  EXPECT_EQ(LongStream->Text(), u"[\"" + LxStrToJSON(All) + u"\"]");
+  EXPECT_EQ(Doc->GetAsJSON(), LongStream->Text());
 
   TOwned<TLxJSONDocument> Bad(TLxJSONDocument::CreateFromJSON(u"[1,2]"));
   Bad->Item(1)->SetJSONType(jdtArray);

@@ -155,6 +155,73 @@ TEST_F(JSONValue, ParsedValuesStayTextUntilAsked) {
   EXPECT_EQ(N->GetValueObj()->GetJSONType(), jdtString);
 }
 
+TEST_F(JSONValue, TextOfAnyLengthAndRangeReadsBackAsItCame) {
+  // Short text of one-byte units lies in the value itself, the rest in a Variant: both sides of
+  // each limit read, write and change the same way.
+  const UnicodeString Fits(24, u'7'), Over(25, u'7');
+  const UnicodeString Latin = UnicodeString(23, u'a') + u'\u00FF';
+  const UnicodeString Wide = UnicodeString(23, u'a') + u'\u0100';
+  UnicodeString WideJSON(1, u'"'); // every unit from U+0100 up goes out escaped
+  WideJSON.append(23, u'a').append(u"\\u0100\"");
+  struct TCase {
+    UnicodeString Text;
+    TLxJSONDataType Type;
+    UnicodeString JSON;
+  };
+  const TCase Cases[] = {
+      {u"", jdtString, u"\"\""},      {Fits, jdtNumber, Fits},
+      {Over, jdtNumber, Over},        {Latin, jdtString, u"\"" + Latin + u"\""},
+      {Wide, jdtString, WideJSON},    {u"a\"\t/", jdtString, u"\"a\\\"\\t\\/\""},
+      {u"true", jdtBoolean, u"true"}, {u"null", jdtNull, u"null"},
+  };
+  TLxJSONArray* Items = static_cast<TLxJSONArray*>(Doc->CreateRootValue(jdtArray));
+  TLxJSONObject* Object = static_cast<TLxJSONObject*>(Items->AddValue(jdtObject));
+  for (const TCase& Case : Cases) {
+    SCOPED_TRACE(StringToUTF8(Case.JSON));
+    TLxJSONBase* Made[] = {Items->AddValue(Case.Type, Case.Text),
+                           Object->AddMember(u"m", Case.Type, Case.Text)->GetValueObj()};
+    for (TLxJSONBase* Value : Made) {
+      EXPECT_EQ(Value->GetJSONType(), Case.Type);
+      EXPECT_EQ(Value->GetAsString(), Case.Text);
+      const Variant Held = Value->GetAsVariant();
+      EXPECT_EQ(VarType(Held), varUString);
+      EXPECT_EQ(Held.AsString(), Case.Text);
+      EXPECT_EQ(Value->GetAsJSON(), Case.JSON);
+      if (Case.Type == jdtNumber) { // all sevens
+        EXPECT_DOUBLE_EQ(Value->GetAsDouble(), (std::pow(10.0, Case.Text.size()) - 1) / 9 * 7);
+      }
+      // Read back from its own text, and typed over with a number.
+      TOwned<TLxJSONDocument> Again(New<TLxJSONDocument>());
+      Again->SetAsJSON(u"[" + Case.JSON + u"]");
+      EXPECT_EQ(Again->GetRootValue()->Item(0)->GetAsString(), Case.Text);
+      EXPECT_EQ(Again->GetAsJSON(), u"[" + Case.JSON + u"]");
+      Value->SetAsInteger(-3);
+      EXPECT_EQ(Value->GetAsJSON(), u"-3");
+      EXPECT_EQ(VarType(Value->GetAsVariant()), varInteger);
+    }
+  }
+}
+
+TEST_F(JSONValue, ChildrenStayInOrderAcrossEveryGrowthOfTheList) {
+  for (const int Count : {1, 2, 3, 4, 5, 8, 9, 32, 33, 70}) {
+    SCOPED_TRACE(Count);
+    TLxJSONArray* Items = static_cast<TLxJSONArray*>(Doc->CreateRootValue(jdtArray));
+    for (int I = 0; I < Count; ++I)
+      Items->AddValue(jdtNumber, IntToStr(I));
+    // Every third goes, from the back, so that the indexes ahead stay right.
+    UnicodeString Expected;
+    for (int I = 0; I < Count; ++I)
+      if (I % 3 != 1)
+        Expected += (Expected.empty() ? u"" : u", ") + IntToStr(I);
+    for (int I = (Count - 2) / 3 * 3 + 1; I >= 1; I -= 3)
+      if (I < Count)
+        Items->DeleteValue(I);
+    EXPECT_EQ(Items->GetAsJSON(), u"[" + Expected + u"]");
+    Items->AddValue(jdtBoolean, u"true");
+    EXPECT_EQ(Items->Item(Items->Count() - 1)->GetAsJSON(), u"true");
+  }
+}
+
 TEST_F(JSONValue, MembersKeepOrderAndDuplicatesAndAreFoundFirstFirst) {
   TLxJSONBase* Root = Load(u"{\"a\":1,\"A\":2,\"a\":3}");
   EXPECT_EQ(Root->Count(), 3);

@@ -70,6 +70,19 @@ private:
   bool FFormPost;
   /// The form's object, out of which closing calls of a form post don't climb.
   TLxJSONBase* FFormObject = nullptr;
+  /// Names met lately, by a hash of their text: members of the same name share one text.
+  static constexpr std::size_t NameSlots = 64;
+  TJSONName FNames[NameSlots];
+  /// Set by the tree's own load, which calls Settle when the parse ends however it ends: a new
+  /// member waits for its value instead of taking a null value that an object or array value
+  /// would free again. No one else sees the tree in between.
+  bool FDeferNullValues = false;
+  TLxJSONMember* FPending = nullptr;
+  /// The waiting member, if any, takes its null value now.
+  void Settle();
+  /// Settle, unless the member that waits is the one the next value goes to.
+  void SettleUnlessNext();
+  friend class TLxJSONBase;
 
   void StartStructure(TLxJSONDataType AValueType);
   void EndStructure(TLxJSONDataType AValueType);

@@ -26,8 +26,10 @@
 #include "lorvane/json/LxJSONValueInterfaces.h"
 #include "lorvane/platform/Variants.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace lorvane {
@@ -43,48 +45,102 @@ namespace jsonwriter {
 class TWriter;
 }
 
-/// The children of a value, in insertion order, owning none of them: one child is held in
-/// place (a member has one, its value) and more go to an array on the heap. Sixteen bytes, for
-/// every value of a tree has one.
+/// The children of a value, in insertion order, owning none of them. Eight bytes, for every
+/// value of a tree has one: a single child (a member has one, its value) is held in place, more
+/// go to a block from the small-object pool, as the values do, whose address is marked by its
+/// lowest bit.
 class TJSONChildList {
 public:
   TJSONChildList() noexcept = default;
   TJSONChildList(const TJSONChildList&) = delete;
   TJSONChildList& operator=(const TJSONChildList&) = delete;
   ~TJSONChildList() {
-    if (FCapacity > 1)
-      delete[] FItems.Many;
+    if (HasBlock())
+      FreeBlock(Block());
   }
 
-  std::size_t size() const noexcept { return FCount; }
-  bool empty() const noexcept { return FCount == 0; }
+  std::size_t size() const noexcept { return HasBlock() ? Block()->Count : FOne ? 1 : 0; }
+  bool empty() const noexcept { return size() == 0; }
   TLxJSONBase*& operator[](std::size_t AIndex) noexcept { return data()[AIndex]; }
   TLxJSONBase* operator[](std::size_t AIndex) const noexcept { return data()[AIndex]; }
   TLxJSONBase* front() const noexcept { return data()[0]; }
-  TLxJSONBase* back() const noexcept { return data()[FCount - 1]; }
+  TLxJSONBase* back() const noexcept { return data()[size() - 1]; }
   TLxJSONBase* const* begin() const noexcept { return data(); }
-  TLxJSONBase* const* end() const noexcept { return data() + FCount; }
+  TLxJSONBase* const* end() const noexcept { return data() + size(); }
 
   void push_back(TLxJSONBase* AItem) {
-    if (FCount == FCapacity)
-      Grow();
-    data()[FCount++] = AItem;
+    if (HasBlock() && Block()->Count < Block()->Capacity)
+      Block()->Items()[Block()->Count++] = AItem;
+    else if (!HasBlock() && !FOne)
+      FOne = AItem;
+    else
+      Grow(AItem);
   }
   /// Closes the gap; the capacity stays.
   void erase(std::size_t AIndex) noexcept;
-  void clear() noexcept { FCount = 0; }
+  void clear() noexcept {
+    if (HasBlock())
+      Block()->Count = 0;
+    else
+      FOne = nullptr;
+  }
 
 private:
-  TLxJSONBase** data() noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
-  TLxJSONBase* const* data() const noexcept { return FCapacity > 1 ? FItems.Many : &FItems.One; }
-  void Grow();
+  /// Capacity pointers follow it.
+  struct TBlock {
+    std::uint32_t Count;
+    std::uint32_t Capacity;
+    TLxJSONBase** Items() noexcept { return reinterpret_cast<TLxJSONBase**>(this + 1); }
+  };
+  bool HasBlock() const noexcept { return (reinterpret_cast<std::uintptr_t>(FOne) & 1) != 0; }
+  TBlock* Block() const noexcept {
+    return reinterpret_cast<TBlock*>(reinterpret_cast<std::uintptr_t>(FOne) - 1);
+  }
+  TLxJSONBase** data() noexcept { return HasBlock() ? Block()->Items() : &FOne; }
+  TLxJSONBase* const* data() const noexcept { return HasBlock() ? Block()->Items() : &FOne; }
+  /// Appends AItem to a full list.
+  void Grow(TLxJSONBase* AItem);
+  static void FreeBlock(TBlock* ABlock) noexcept;
+  static std::size_t BlockBytes(std::uint32_t ACapacity) noexcept {
+    return sizeof(TBlock) + ACapacity * sizeof(TLxJSONBase*);
+  }
 
-  union {
-    TLxJSONBase* One;
-    TLxJSONBase** Many;
-  } FItems{nullptr};
-  std::uint32_t FCount = 0;
-  std::uint32_t FCapacity = 1;
+  /// The child, nil, or the block's address plus one.
+  TLxJSONBase* FOne = nullptr;
+};
+
+/// A member's name: counted text from the small-object pool that copies share, so that the many
+/// members a load gives the same name hold one text. Eight bytes; nil for the empty name.
+class TJSONName {
+public:
+  TJSONName() noexcept = default;
+  explicit TJSONName(std::u16string_view AText);
+  TJSONName(const TJSONName& AOther) noexcept : FText(AOther.FText) {
+    if (FText)
+      FText->Refs.fetch_add(1, std::memory_order_relaxed);
+  }
+  TJSONName(TJSONName&& AOther) noexcept : FText(std::exchange(AOther.FText, nullptr)) {}
+  TJSONName& operator=(TJSONName AOther) noexcept {
+    std::swap(FText, AOther.FText);
+    return *this;
+  }
+  ~TJSONName() {
+    if (FText)
+      Release(FText);
+  }
+
+  std::u16string_view View() const noexcept {
+    return FText ? std::u16string_view(FText->Chars(), FText->Length) : std::u16string_view();
+  }
+
+private:
+  struct TText {
+    std::atomic<std::uint32_t> Refs;
+    std::size_t Length;
+    char16_t* Chars() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
+  };
+  static void Release(TText* AText) noexcept;
+  TText* FText = nullptr;
 };
 
 class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
@@ -291,14 +347,41 @@ class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
                     bool AAddLeadingSpace) override;
 
 protected:
-  ~TLxJSONSimpleType() override = default;
+  ~TLxJSONSimpleType() override;
 
 private:
   friend class TLxJSONHandler;
   friend class TLxJSONObject;
   friend class TLxJSONArray;
   friend class jsonwriter::TWriter;
-  Variant FValue;
+
+  /// Text of up to this many units that each fit in a byte is held in the value itself, one
+  /// byte a unit, and becomes a Variant only for the moment a getter needs one: most values of
+  /// a loaded tree are short numbers and words that nobody asks for.
+  static constexpr std::size_t ShortCapacity = 24;
+  static constexpr std::uint8_t NoShortText = 0xFF;
+
+  bool HoldsShortText() const noexcept { return FShortLength != NoShortText; }
+  /// The value as a Variant: the held one, or a new text Variant of the short text.
+  Variant AsVariant() const;
+  /// The short text widened into ABuffer (ShortCapacity units).
+  std::u16string_view ShortText(char16_t* ABuffer) const noexcept;
+  /// Holds AText unchanged as text: in place when it is short and narrow, else as a Variant.
+  void SetText(std::u16string_view AText);
+  /// Holds AText in place and answers true when it is short and narrow and has no escape (a
+  /// backslash; with APercent a percent sign too); otherwise changes nothing.
+  bool SetShortRawText(std::u16string_view AText, bool APercent) noexcept;
+  /// Takes ShortCapacity bytes from ANarrow, of which ALength are the text.
+  void StoreShort(const char* ANarrow, std::size_t ALength) noexcept;
+  /// Holds AValue as the Variant it is.
+  void SetVariant(const Variant& AValue);
+
+  std::uint8_t FShortLength = NoShortText;
+  // One or the other, as FShortLength says.
+  union {
+    Variant FValue;
+    char FShort[ShortCapacity];
+  };
 };
 
 class TLxJSONMember : public TLxJSONBase, public virtual ILxJSONMember {
@@ -309,8 +392,8 @@ class TLxJSONMember : public TLxJSONBase, public virtual ILxJSONMember {
   HRESULT QueryInterface(const TGUID& AIID, void** AObj) override;
 
   /// The name as stored: a parsed name keeps its escapes; nothing checks for duplicates.
-  LxJSONString GetName() override { return FName; }
-  void SetName(const LxJSONString& AName) override { FName = AName; }
+  LxJSONString GetName() override { return LxJSONString(FName.View()); }
+  void SetName(const LxJSONString& AName) override { FName = TJSONName(AName); }
   /// Nil while the member has no value.
   TLxJSONBase* GetValueObj() override { return FValue; }
   /// A value of this member that the tree still owns is freed first. jdtObject makes an object,
@@ -364,7 +447,7 @@ private:
   /// unsupported error with ALabel.
   TLxJSONSimpleType* SimpleValueFor(TLxJSONDataType AValueType, std::u16string_view ALabel);
 
-  LxJSONString FName;
+  TJSONName FName;
   TLxJSONBase* FValue = nullptr;
 };
 
@@ -428,6 +511,10 @@ protected:
 
 private:
   friend class TLxJSONHandler;
+  /// AddMember(name, type) with a name that may be shared; without AWithValue the member has no
+  /// value yet.
+  TLxJSONMember* AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
+                                bool AWithValue = true);
   TLxJSONMember* FLastMember = nullptr;
 };
 
