@@ -88,6 +88,12 @@ std::vector<HostileCase> MakeCases() {
 
       {E::XMLDocumentLoad, F::DOMSyntax, "a text ending in a tag",
        [] { LoadXMLDocument(u"<a b='1'"); }},
+      {E::XMLDocumentLoad, F::JSONTextRefused, "a stream with no markup at all",
+       [] {
+         TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+         TOwned<TLxMemoryStream> Stream(New<TLxMemoryStream>("{}", Int64(2)));
+         Document->LoadFromStream(Stream.get());
+       }},
 
       {E::JSONDocumentLoad, F::JSONParseError, "a wrong keyword letter",
        [] { LoadJSONDocument("[tru]", CP_UTF8, false); }},

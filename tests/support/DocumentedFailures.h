@@ -6,6 +6,7 @@
 #include "lorvane/dom/LxDOMTypes.h"
 #include "lorvane/json/LxJSONTypes.h"
 #include "lorvane/platform/SysUtils.h"
+#include "lorvane/sax/LxSAXParser.h"
 #include "lorvane/sax/LxXMLParser.h"
 
 #include <algorithm>
@@ -19,12 +20,13 @@ namespace lorvane::documented {
 /// One documented failure: an exception class, or for the plain Exception its message (or the
 /// start of it).
 enum class TFailure {
-  XMLParseError,        // ELxXMLParseError
-  TextEnded,            // ELxTextParserEOF: the text ended inside a construct
-  JSONParseError,       // ELxJSONParseError
-  JSONException,        // ELxJSONException that is no parse error: a tree that can't take it
-  DOMSyntax,            // ELxDomSyntax: the document loader's form of a reader failure
-  ConvertError,         // EConvertError
+  XMLParseError,   // ELxXMLParseError
+  JSONTextRefused, // ELxXMLParseError code 13: a loader meets JSON text, which it can't read yet
+  TextEnded,       // ELxTextParserEOF: the text ended inside a construct
+  JSONParseError,  // ELxJSONParseError
+  JSONException,   // ELxJSONException that is no parse error: a tree that can't take it
+  DOMSyntax,       // ELxDomSyntax: the document loader's form of a reader failure
+  ConvertError,    // EConvertError
   EncodingNotSupported, // Exception "The specified encoding is not supported!"
   EncodingError,        // EEncodingError: an encoding the text declares that isn't known
   InvalidObjectType,    // Exception "Invalid objecttype": a form whose keys mix kinds
@@ -38,8 +40,9 @@ enum class TFailure {
 /// Which documented failure AFailure is: the most derived class first, then the plain messages.
 inline TFailure Classify(const std::exception& AFailure) {
   const auto* E = &AFailure;
-  if (dynamic_cast<const ELxXMLParseError*>(E))
-    return TFailure::XMLParseError;
+  if (const auto* XML = dynamic_cast<const ELxXMLParseError*>(E))
+    return XML->ErrorCode() == cSAXParserErrJSONNotSupported ? TFailure::JSONTextRefused
+                                                             : TFailure::XMLParseError;
   if (dynamic_cast<const ELxTextParserEOF*>(E))
     return TFailure::TextEnded;
   if (dynamic_cast<const ELxJSONParseError*>(E))
@@ -103,7 +106,9 @@ inline const TEntryFailures Census[] = {
      "form post reader",
      {TFailure::TextEnded, TFailure::ConvertError, TFailure::EncodingNotSupported,
       TFailure::InvalidUTF8, TFailure::BracketExpected}},
-    {TEntry::XMLDocumentLoad, "XML document load", {TFailure::DOMSyntax}},
+    {TEntry::XMLDocumentLoad,
+     "XML document load",
+     {TFailure::DOMSyntax, TFailure::JSONTextRefused}},
     {TEntry::JSONDocumentLoad,
      "JSON document load",
      {TFailure::JSONParseError, TFailure::TextEnded, TFailure::JSONException,
