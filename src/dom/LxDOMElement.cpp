@@ -171,15 +171,22 @@ TLxDOMAttribute* TLxDOMElement::AddLoadedAttribute(const TLxDOMName::TRef& AName
   return Attribute.release();
 }
 
-bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild) {
+bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild, TLoadScopes& AScopes) {
   if (!FDOMDocument || FDestroying)
     return false;
   // An "xml:space" of its own is read while linking, and its value may not decode: that takes
-  // the general road. The test is OwnSpaceAttribute's own first filter.
+  // the general road. The test is OwnSpaceAttribute's own first filter. The same pass finds
+  // whether AChild declares anything, by IsNamespace's names ("xmlns", "xmlns:...").
+  bool Declares = AChild->FNamespaces != nullptr;
   if (TLxDOMNodeList* Own = AChild->FChildNodes)
-    for (TLxDOMNode* Node : *Own)
-      if (Node->GetPrefix().size() + 1 + Node->GetLocalName().size() == SpaceAttribute.size())
+    for (TLxDOMNode* Node : *Own) {
+      const std::size_t PrefixSize = Node->GetPrefix().size();
+      const std::size_t LocalSize = Node->GetLocalName().size();
+      if (PrefixSize + 1 + LocalSize == SpaceAttribute.size())
         return false;
+      if (!Declares && (PrefixSize == 5 || (PrefixSize == 0 && LocalSize == 5)))
+        Declares = static_cast<TLxDOMAttribute*>(Node)->IsNamespace();
+    }
   // What AddChild and SetParentNode do for a fresh element under an element of a document: its
   // own declaration of its URI (the only link it has) is kept as it is, and the document goes
   // to it and its attributes.
@@ -189,30 +196,38 @@ bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild) {
   try {
     AChild->FParent = this;
     AChild->SetDOMDocument(FDOMDocument);
-    // The namespace refresh of the new subtree: the element, then its children in order, which
-    // are all attributes. Unprefixed ones all link to the same default declaration, looked up
-    // once: their refresh changes no scope.
-    AChild->RefreshOwnNamespaces();
-    TLxDOMAttribute* Default = nullptr;
-    bool DefaultFound = false;
-    if (TLxDOMNodeList* Own = AChild->FChildNodes)
-      for (TLxDOMNode* Node : *Own) {
-        auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
-        if (!Attribute->GetPrefix().empty()) {
-          Attribute->RefreshOwnNamespaces();
-          continue;
+    if (!Declares) {
+      LinkLoadedNamespaces(AChild, AScopes);
+    } else {
+      // The namespace refresh of the new subtree: the element, then its children in order,
+      // which are all attributes. Unprefixed ones all link to the same default declaration,
+      // looked up once: their refresh changes no scope.
+      AScopes.Clear();
+      AChild->RefreshOwnNamespaces();
+      TLxDOMAttribute* Default = nullptr;
+      bool DefaultFound = false;
+      if (TLxDOMNodeList* Own = AChild->FChildNodes)
+        for (TLxDOMNode* Node : *Own) {
+          auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+          if (!Attribute->GetPrefix().empty()) {
+            Attribute->RefreshOwnNamespaces();
+            continue;
+          }
+          if (!DefaultFound) {
+            Default = AChild->DeclarationInScope(Attribute->GetPrefix());
+            DefaultFound = true;
+          }
+          Attribute->FNamespace = Default;
         }
-        if (!DefaultFound) {
-          Default = AChild->DeclarationInScope(Attribute->GetPrefix());
-          DefaultFound = true;
-        }
-        Attribute->FNamespace = Default;
-      }
+    }
     // Without "xml:space" the state comes from here; below AChild there is no element yet.
     AChild->FPreserveSpace = FPreserveSpace;
-    if (!AChild->FNamespaceURI.empty())
+    if (!AChild->FNamespaceURI.empty()) {
+      AScopes.Clear();
       AChild->SetNamespaceURI(AChild->FNamespaceURI);
+    }
   } catch (...) {
+    AScopes.Clear();
     // Back out as LinkChild does.
     ForgetChild(AChild);
     if (AChild->FParent) {

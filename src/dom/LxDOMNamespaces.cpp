@@ -103,6 +103,45 @@ void TLxDOMElement::RefreshOwnNamespaces() {
     SetPrefix(UnicodeString(GetPrefix()));
 }
 
+void TLxDOMElement::LinkLoadedNamespaces(TLxDOMElement* AChild, TLoadScopes& AScopes) {
+  // RefreshOwnNamespaces for an element that has no declaration, no list of them and no link
+  // yet: the attribute walk adds nothing to the scope, and the prefix is resolved through the
+  // load's look-ups.
+  AChild->FScopeOwner = FScopeOwner;
+  AChild->FNamespace = nullptr;
+  const UnicodeString& Prefix = AChild->GetPrefix();
+  if (Prefix == GetPrefix() || AChild->GetCollation()->SameText(Prefix, GetPrefix())) {
+    AChild->FNamespace = FNamespace;
+    if (Prefix.empty() && AChild->FNamespaceURI.empty() && AChild->FNamespace) {
+      AChild->FNamespace = nullptr;
+      AScopes.Clear();
+      AChild->SetNamespaceURI(UnicodeString());
+    }
+  } else {
+    AChild->FNamespace = AScopes.Find(AChild, Prefix);
+  }
+  // Each attribute's own refresh, prefixed or not: the declaration in scope for its prefix.
+  if (TLxDOMNodeList* Own = AChild->FChildNodes)
+    for (TLxDOMNode* Node : *Own)
+      static_cast<TLxDOMAttribute*>(Node)->FNamespace = AScopes.Find(AChild, Node->GetPrefix());
+}
+
+TLxDOMAttribute* TLxDOMElement::TLoadScopes::Find(TLxDOMElement* AElement,
+                                                  const UnicodeString& APrefix) {
+  const TLxDOMAttrList* Scope = AElement->ScopeList();
+  if (!Scope || Scope->Count() == 0)
+    return nullptr;
+  for (std::size_t I = 0; I < FUsed; ++I)
+    if (FEntries[I].Scope == Scope && FEntries[I].Prefix == APrefix)
+      return FEntries[I].Declaration;
+  TLxDOMAttribute* Found = AElement->DeclarationInScope(APrefix);
+  TEntry& Entry = FEntries[FUsed < Entries ? FUsed++ : FNext++ % Entries];
+  Entry.Scope = Scope;
+  Entry.Prefix = APrefix;
+  Entry.Declaration = Found;
+  return Found;
+}
+
 void TLxDOMElement::LinkOwnDeclaration(TLxDOMAttribute* ADeclaration,
                                        const UnicodeString& ANamespaceURI) {
   FNamespace = ADeclaration;

@@ -39,18 +39,22 @@ void TLxDOMParser::Warning(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) 
   bool Handled = false;
   if (FOnParseWarning)
     FOnParseWarning(ALocator, AErrMsg, Handled);
+  // A handler may have changed the tree.
+  FScopes.Clear();
 }
 
 void TLxDOMParser::Error(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
   bool Handled = false;
   if (FOnParseError)
     FOnParseError(ALocator, AErrMsg, Handled);
+  FScopes.Clear();
 }
 
 void TLxDOMParser::FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
   bool Handled = false;
   if (FOnParseFatalError)
     FOnParseFatalError(ALocator, AErrMsg, Handled);
+  FScopes.Clear();
   if (!Handled)
     throw ELxDomSyntax(u"Line %d, column %d: %s",
                        {ALocator->GetLineNr(), ALocator->GetColNr(), AErrMsg});
@@ -79,8 +83,11 @@ void TLxDOMParser::StartElement(const LxXMLString& ANamespaceURI, const LxXMLStr
   }
   // Below the node loaded into, every node is an element of this load.
   if (FDOMNode == FTargetNode ||
-      !static_cast<TLxDOMElement*>(FDOMNode)->AppendLoadedElement(Element.get()))
+      !static_cast<TLxDOMElement*>(FDOMNode)->AppendLoadedElement(Element.get(), FScopes)) {
+    // The general road may change scopes that the look-ups have seen.
+    FScopes.Clear();
     FDOMNode->AppendChild(Element.get());
+  }
   TLxDOMElement* Linked = Element.release();
   if (DeclaresSchemaInstance && FDOMNode->GetNodeType() == ntDocument)
     static_cast<TLxDOMDocument*>(FDOMNode)->FUseSchemaInstance = true;
@@ -129,6 +136,7 @@ const TLxDOMName::TRef& TLxDOMParser::NameOf(const LxXMLString& AQName) {
 void TLxDOMParser::AppendLeaf(TLxDOMCharacterData* ALeaf, TLxDOMPosition APos) {
   // At the end either way; the node loaded into may be of a class with an AddChild of its own.
   if (FDOMNode == FTargetNode) {
+    FScopes.Clear();
     FDOMNode->AddChild(ALeaf, /*ARefNode=*/nullptr, APos);
     return;
   }
@@ -142,6 +150,7 @@ void TLxDOMParser::IgnorableWhitespace(const LxXMLString& AWhiteSpace) {
 }
 
 void TLxDOMParser::ProcessingInstruction(const LxXMLString& ATarget, const LxXMLString& AData) {
+  FScopes.Clear();
   TOwned<TLxDOMProcessingInstruction> Instruction(New<TLxDOMProcessingInstruction>());
   FDOMNode->AddChild(Instruction.get(), /*ARefNode=*/nullptr, ldpAfter);
   TLxDOMProcessingInstruction* Linked = Instruction.release();
@@ -150,6 +159,7 @@ void TLxDOMParser::ProcessingInstruction(const LxXMLString& ATarget, const LxXML
 }
 
 void TLxDOMParser::Comment(const LxXMLString& AComment) {
+  FScopes.Clear();
   TOwned<TLxDOMComment> Node(New<TLxDOMComment>());
   FDOMNode->AppendChild(Node.get());
   Node.release()->SetNodeValue(AComment);

@@ -196,11 +196,13 @@ TEST_F(DomNamespaces, ALoadLinksNodesAsLinkingThemOneByOneDoes) {
   // Loading links each element with its attributes in one step; what it resolves must be what
   // the general linking rules give: own declarations, shared scopes, default declarations for
   // unprefixed attributes, "xml:space" (read where it stands) and preserve-space passed down.
+  // A prefix bound anew in one subtree ("s") must not leak into a later sibling ("v").
   const UnicodeString Text =
       u"<r xmlns=\"u\" xmlns:p=\"v\" a=\"1\" p:b=\"2\">"
       u"<c d=\"3\"><p:e f=\"4\" p:g=\"5\"/></c>"
       u"<p:h xmlns:p=\"w\" p:i=\"6\"><j xml:space=\"preserve\" k=\"7\"><l> t </l></j></p:h>"
-      u"<m xmlns=\"x\"><n/><P:o/></m><q xml:space=\"default\"/></r>";
+      u"<m xmlns=\"x\"><n/><P:o/></m><s xmlns:p=\"y\"><t p:u=\"8\"/></s><v p:w=\"9\"/>"
+      u"<q xml:space=\"default\"/></r>";
   struct Case {
     const char* Name;
     const char16_t* Into; // the element of the document loaded into; nil: the document
@@ -209,12 +211,13 @@ TEST_F(DomNamespaces, ALoadLinksNodesAsLinkingThemOneByOneDoes) {
       {"into a document", nullptr,
        "r{u} xmlns{u} xmlns:p{} a{u} p:b{v} c{} d{u} p:e{v} f{u} p:g{v} / / p:h{w} xmlns:p{} "
        "p:i{w} j{u}* xml:space{http://www.w3.org/XML/1998/namespace} k{u} l{}* / / / m{x} "
-       "xmlns{x} n{} / P:o{v} / / q{} xml:space{http://www.w3.org/XML/1998/namespace} / / / "},
+       "xmlns{x} n{} / P:o{v} / / s{} xmlns:p{} t{} p:u{y} / / v{} p:w{v} / q{} "
+       "xml:space{http://www.w3.org/XML/1998/namespace} / / / "},
       {"into an element of a document", u"z",
        "z{} r{u} xmlns{u} xmlns:p{} a{u} p:b{v} c{} d{u} p:e{v} f{u} p:g{v} / / p:h{w} "
        "xmlns:p{} p:i{w} j{u}* xml:space{http://www.w3.org/XML/1998/namespace} k{u} l{}* / / "
-       "/ m{x} xmlns{x} n{} / P:o{v} / / q{} xml:space{http://www.w3.org/XML/1998/namespace} / "
-       "/ / / "},
+       "/ m{x} xmlns{x} n{} / P:o{v} / / s{} xmlns:p{} t{} p:u{y} / / v{} p:w{v} / q{} "
+       "xml:space{http://www.w3.org/XML/1998/namespace} / / / / "},
   };
   for (const Case& C : Cases) {
     TOwned<TLxDOMDocument> Doc(New<TLxDOMDocument>());

@@ -248,11 +248,34 @@ private:
   /// Adds an attribute named AName to this element, which a load has just made and not linked
   /// yet: the attribute gets its place and parent, and nothing else changes.
   TLxDOMAttribute* AddLoadedAttribute(const TLxDOMName::TRef& AName);
+  /// The declarations a load has looked up, by scope list and prefix. Linking an element that
+  /// declares nothing changes no scope list, so a look-up holds until the load does anything
+  /// else; Clear then.
+  class TLoadScopes {
+  public:
+    /// As AElement->DeclarationInScope(APrefix).
+    TLxDOMAttribute* Find(TLxDOMElement* AElement, const UnicodeString& APrefix);
+    void Clear() noexcept { FUsed = 0; }
+
+  private:
+    struct TEntry {
+      const TLxDOMAttrList* Scope = nullptr;
+      UnicodeString Prefix;
+      TLxDOMAttribute* Declaration = nullptr;
+    };
+    static constexpr std::size_t Entries = 8;
+    TEntry FEntries[Entries];
+    std::size_t FUsed = 0;
+    std::size_t FNext = 0;
+  };
   /// Appends AChild, which a load has made with its attributes and not linked yet, to this
   /// element of a document, with the same outcome as AppendChild. False, with nothing changed,
   /// where the short road doesn't apply (no document, or AChild may have its own "xml:space");
   /// AppendChild is the road then.
-  bool AppendLoadedElement(TLxDOMElement* AChild);
+  bool AppendLoadedElement(TLxDOMElement* AChild, TLoadScopes& AScopes);
+  /// The namespace refresh of AChild, a fresh element without declarations of its own, linked
+  /// below this one: it shares this element's scope.
+  void LinkLoadedNamespaces(TLxDOMElement* AChild, TLoadScopes& AScopes);
   friend class TLxDOMParser;
   /// Makes a node of class T, links it at the position, then sets its value.
   template <class T>

@@ -5,6 +5,7 @@
 /// the writer puts it out as "&quot;", so that the saved text reads back as the same tree.
 #pragma once
 
+#include "lorvane/dom/LxDOMElement.h"
 #include "lorvane/dom/LxDOMNode.h"
 #include "lorvane/platform/Classes.h"
 #include "lorvane/sax/LxSAXReader.h"
@@ -12,8 +13,6 @@
 #include <memory>
 
 namespace lorvane {
-
-class TLxDOMCharacterData;
 
 /// Interface references to it aren't counted; it lives for one load.
 class TLxDOMParser : public TComponent,
@@ -84,6 +83,8 @@ private:
   };
   /// The names this load has met, by a hash of the qualified name.
   std::unique_ptr<TNameSlot[]> FNames{new TNameSlot[NameSlots]};
+  /// Declarations looked up for the elements linked since the load last did anything else.
+  TLxDOMElement::TLoadScopes FScopes;
   TLxDOMNode* FDOMNode;
   /// What is loaded into: end tags without a start tag never lead above it.
   TLxDOMNode* FTargetNode;
