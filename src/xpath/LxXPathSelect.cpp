@@ -1,0 +1,407 @@
+// The path walk: alternatives, start nodes, step forms, filters and soCreate, on an explicit stack.
+#include "xpath/LxXPathSelect.h"
+#include "lorvane/dom/LxDOMDocument.h"
+#include "lorvane/dom/LxDOMPathSelection.h"
+
+namespace lorvane {
+
+TXPathDepthGuard::TXPathDepthGuard() {
+  if (++Depth() > cXPathMaxDepth) {
+    --Depth();
+    throw ELxDomSyntax(UnicodeString(SXPathTooDeep));
+  }
+}
+
+Integer& TXPathDepthGuard::Depth() noexcept {
+  thread_local Integer Value = 0;
+  return Value;
+}
+
+namespace {
+
+using View = std::u16string_view;
+
+View TrimView(View AText) noexcept {
+  size_t Start = 0;
+  size_t End = AText.size();
+  while (Start < End && AText[Start] <= u' ')
+    ++Start;
+  while (End > Start && AText[End - 1] <= u' ')
+    --End;
+  return AText.substr(Start, End - Start);
+}
+
+bool SameAscii(View A, View B) noexcept { return A.size() == B.size() && SameText(A, B); }
+
+bool IsAttribute(const TLxDOMNode* ANode) noexcept { return ANode->GetNodeType() == ntAttribute; }
+
+/// One unit of the walk: a step walk of APath on ANode, or (Descend) the loop over ANode's
+/// children that a recursive step runs once its own candidates are done.
+struct TFrame {
+  TLxDOMNode* Node;
+  View Path;
+  View Previous;
+  bool Recursive;
+  bool Descend;
+};
+
+/// A name that soCreate may give a new element: none of the step forms, nothing that a path
+/// gives a meaning.
+bool IsPlainName(View AName) noexcept {
+  if (AName.empty() || AName == u"." || AName == u"..")
+    return false;
+  for (WideChar C : AName)
+    if (C <= u' ' || View(u"@()[]*/|\"'=<>!:").find(C) != View::npos)
+      return false;
+  return true;
+}
+
+class TWalker {
+public:
+  TWalker(const TXPathContext& AContext, TXPathResult& AResult)
+      : FContext(AContext), FResult(AResult) {}
+
+  void Walk(TLxDOMNode* AStart, View APath, bool ARecursive) {
+    FStack.push_back({AStart, APath, View(), ARecursive, false});
+    while (!FStack.empty()) {
+      const TFrame Frame = FStack.back();
+      FStack.pop_back();
+      if (Frame.Descend)
+        PushChildren(Frame);
+      else
+        Step(Frame);
+    }
+  }
+
+private:
+  const TXPathContext& FContext;
+  TXPathResult& FResult;
+  std::vector<TFrame> FStack;
+  TLxXPathNodes FCandidates;
+  UnicodeString FLocal;
+  UnicodeString FPrefix;
+
+  bool Same(const UnicodeString& A, const UnicodeString& B) const {
+    return FContext.Collation->SameText(A, B);
+  }
+
+  void PushChildren(const TFrame& AFrame) {
+    TLxDOMNode* Node = AFrame.Node;
+    if (!Node->HasChilds())
+      return;
+    TLxDOMNodeList* Children = Node->ChildNodes();
+    for (Integer I = Children->Count() - 1; I >= 0; --I) {
+      TLxDOMNode* Child = Children->GetItem(I);
+      if (!IsAttribute(Child))
+        FStack.push_back({Child, AFrame.Path, AFrame.Previous, true, false});
+    }
+  }
+
+  template <class F> static void EachChild(TLxDOMNode* ANode, F&& AVisit) {
+    if (!ANode->HasChilds())
+      return;
+    TLxDOMNodeList* Children = ANode->ChildNodes();
+    const Integer Count = Children->Count();
+    for (Integer I = 0; I < Count; ++I)
+      AVisit(Children->GetItem(I));
+  }
+
+  void Step(const TFrame& AFrame) {
+    TLxDOMNode* const N = AFrame.Node;
+    const View P = AFrame.Path;
+    if (!P.empty() && P[0] == u'/')
+      throw ELxDomSyntax(u"The specified nodePath started with an unexpected token (/)!");
+
+    // Cut the step: a leading group is skipped whole, a "/" before the first "]" of a filter
+    // doesn't end the step.
+    size_t Pos = 0;
+    size_t Mark = 0;
+    if (!P.empty() && P[0] == u'(') {
+      Integer Depth = 0;
+      while (Pos < P.size()) {
+        const WideChar C = P[Pos++];
+        if (C == u'(')
+          ++Depth;
+        else if (C == u')' && --Depth == 0)
+          break;
+      }
+      Mark = Pos;
+    }
+    while (Pos < P.size() && P[Pos] != u'/') {
+      if (P[Pos] == u'[') {
+        const size_t Close = P.find(u']', Pos);
+        Pos = Close == View::npos ? P.size() : Close + 1;
+      } else
+        ++Pos;
+    }
+    View StepText;
+    View Rest;
+    if (Pos >= P.size())
+      StepText = TrimView(P);
+    else {
+      StepText = P.substr(Mark, Pos - Mark);
+      Rest = P.substr(Pos);
+    }
+
+    bool Deeper = false;
+    if (Rest.starts_with(u"//")) {
+      Deeper = true;
+      Rest.remove_prefix(2);
+    } else if (!Rest.empty()) {
+      if (Rest == u"/")
+        throw ELxDomSyntax(u"The XPath expression does not return a DOM Node!");
+      Rest.remove_prefix(1);
+    }
+
+    View Filter;
+    if (const size_t Bracket = StepText.find(u'['); Bracket != View::npos) {
+      Filter = TrimView(StepText.substr(Bracket));
+      StepText = StepText.substr(0, Bracket);
+    }
+    StepText = TrimView(StepText);
+
+    if (StepText.empty() && !AFrame.Recursive)
+      throw ELxDomSyntax(u"The XPath expression is not valid!");
+    if (const size_t Colon = StepText.find(u':'); Colon != View::npos) {
+      FPrefix.assign(StepText.substr(0, Colon));
+      FLocal.assign(StepText.substr(Colon + 1));
+    } else {
+      FPrefix.clear();
+      FLocal.assign(StepText);
+    }
+    if ((FContext.LocalNames || FLocal == u"*" || FLocal == u".") && FPrefix.empty())
+      FPrefix = u"*";
+    if (!FPrefix.empty() && FPrefix[0] == u'@') {
+      FLocal.insert(FLocal.begin(), u'@');
+      FPrefix.erase(0, 1);
+    }
+
+    FCandidates.clear();
+    const bool Handled = Collect(AFrame, N, StepText);
+    if (!Handled)
+      EachChild(N, [&](TLxDOMNode* AChild) {
+        if (!IsAttribute(AChild) && Same(AChild->GetLocalName(), FLocal) &&
+            (FPrefix == u"*" || Same(AChild->GetPrefix(), FPrefix)))
+          FCandidates.push_back(AChild);
+      });
+
+    if (!FCandidates.empty() && !Filter.empty())
+      ApplyFilters(Filter);
+
+    if (FContext.Create && FCandidates.empty() && (Filter.empty() || Filter == u"[0]") &&
+        N->GetNodeType() == ntElement) {
+      if (AFrame.Recursive)
+        throw Exception(
+            u"The soCreate option cannot be used in combination with the \"//\" search option!");
+      // Only a plain name makes an element; the other forms select nothing and the call fails.
+      if (IsPlainName(FLocal) && (FPrefix == u"*" || FPrefix.empty() || IsPlainName(FPrefix)))
+        FCandidates.push_back(static_cast<TLxDOMElement*>(N)->AddElement(
+            FPrefix.empty() || FPrefix == u"*" ? FLocal : FPrefix + u":" + FLocal));
+    }
+
+    if (AFrame.Recursive)
+      FStack.push_back({N, P, StepText, true, true});
+    if (!Rest.empty() || Deeper) {
+      for (size_t I = FCandidates.size(); I-- > 0;)
+        FStack.push_back({FCandidates[I], Rest, StepText, Deeper, false});
+    } else
+      for (TLxDOMNode* Candidate : FCandidates)
+        FResult.Add(Candidate);
+  }
+
+  /// The candidates of the step forms that the table names; gives whether the form is complete
+  /// (the child scan by name is left out).
+  bool Collect(const TFrame& AFrame, TLxDOMNode* N, View AStep) {
+    const UnicodeString& Local = FLocal;
+    if (!Local.empty() && Local[0] == u'(') {
+      // The group's own selection, all of it, from this node.
+      const View Inner = AStep.size() >= 2 ? AStep.substr(1, AStep.size() - 2) : View();
+      TXPathResult Group;
+      XPathSelect(N, Inner, false, FContext, Group);
+      FCandidates = Group.Nodes;
+      return false;
+    }
+    if (SameAscii(Local, u"text()")) {
+      EachChild(N, [&](TLxDOMNode* AChild) {
+        if (AChild->GetNodeType() == ntText || AChild->GetNodeType() == ntCDATA)
+          FCandidates.push_back(AChild);
+      });
+      return true;
+    }
+    if (SameAscii(Local, u"node()")) {
+      EachChild(N, [&](TLxDOMNode* AChild) {
+        if (!IsAttribute(AChild))
+          FCandidates.push_back(AChild);
+      });
+      return true;
+    }
+    if (!Local.empty() && Local[0] == u'@') {
+      CollectAttributes(N);
+      return true;
+    }
+    if (Local == u"*") {
+      auto Test = [&](TLxDOMElement* AElement) {
+        if (FPrefix == u"*" || Same(AElement->GetPrefix(), FPrefix))
+          FCandidates.push_back(AElement);
+      };
+      if (N->GetNodeType() == ntElement)
+        static_cast<TLxDOMElement*>(N)->VisitChildElements(Test);
+      else if (N->GetNodeType() == ntDocument) {
+        if (TLxDOMElement* Root = static_cast<TLxDOMDocument*>(N)->GetRootNode())
+          Test(Root);
+      }
+      return true;
+    }
+    if (Local == u".") {
+      if (!(AFrame.Previous == u"." && !AFrame.Recursive))
+        FCandidates.push_back(N);
+      return true;
+    }
+    if (Local == u"..") {
+      if (AFrame.Recursive)
+        throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\nThe \"//\" "
+                           u"cannot be used in combination with \"..\".",
+                           {UnicodeString(AStep)});
+      if (TLxDOMNode* Parent = N->ParentNode())
+        FCandidates.push_back(Parent);
+      return true;
+    }
+    if (!Local.empty() && Local[0] == u'.')
+      throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\na \"/\" or \"[\" "
+                         u"was expected after the \"..\".",
+                         {UnicodeString(AStep)});
+    if (!Local.empty() && Local[0] == u'*')
+      throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\na \"/\" or \"[\" "
+                         u"was expected after the \"*\".",
+                         {UnicodeString(AStep)});
+    if (Local.empty() && AFrame.Recursive)
+      EachChild(N, [&](TLxDOMNode* AChild) {
+        if (!IsAttribute(AChild))
+          FCandidates.push_back(AChild);
+      });
+    return false;
+  }
+
+  void CollectAttributes(TLxDOMNode* N) {
+    const View Name = View(FLocal).substr(1);
+    // In local-name mode any prefix passes; in qualified mode only "@*" widens an empty one.
+    const UnicodeString Prefix =
+        FContext.LocalNames || (FPrefix.empty() && Name == u"*") ? UnicodeString(u"*") : FPrefix;
+    const UnicodeString NameText(Name);
+    TLxDOMNode* Element = N;
+    if (N->GetNodeType() == ntDocument)
+      Element = static_cast<TLxDOMDocument*>(N)->GetRootNode();
+    if (!Element || Element->GetNodeType() != ntElement)
+      return;
+    EachChild(Element, [&](TLxDOMNode* AChild) {
+      if (!IsAttribute(AChild))
+        return;
+      auto* Attribute = static_cast<TLxDOMAttribute*>(AChild);
+      if (!FContext.LocalNames && Attribute->IsNamespace())
+        return;
+      if ((NameText == u"*" || Same(Attribute->GetLocalName(), NameText)) &&
+          (Prefix == u"*" || Same(Attribute->GetPrefix(), Prefix)))
+        FCandidates.push_back(Attribute);
+    });
+  }
+
+  /// Each bracket group in turn, on what the one before left.
+  void ApplyFilters(View AFilter) {
+    size_t Pos = 0;
+    while (Pos < AFilter.size() && !FCandidates.empty()) {
+      const size_t Start = Pos;
+      Integer Depth = 0;
+      while (Pos < AFilter.size()) {
+        const WideChar C = AFilter[Pos++];
+        if (C == u'[')
+          ++Depth;
+        else if (C == u']' && --Depth <= 0)
+          break;
+      }
+      const View Group = TrimView(AFilter.substr(Start, Pos - Start));
+      TOwned<TLxXPathEquation> Equation = TLxXPathEquation::Parse(
+          Group, FContext.LocalNames ? soLocalName : soQualifiedName, FContext.Collation);
+      // Terms may run selections of their own, which reuse nothing of this walker's state but
+      // the candidate list, which they only read.
+      const TLxXPathNodes Candidates = FCandidates;
+      TLxXPathNodes Passed;
+      for (Integer I = 0; I < static_cast<Integer>(Candidates.size()); ++I)
+        if (Equation->Evaluate(Candidates, I))
+          Passed.push_back(Candidates[I]);
+      FCandidates = std::move(Passed);
+      if (Pos < AFilter.size()) {
+        const size_t Next = AFilter.find(u'[', Pos);
+        Pos = Next == View::npos ? AFilter.size() : Next;
+      }
+    }
+  }
+};
+
+void SplitAlternatives(View APath, std::vector<View>& AParts) {
+  if (APath.find(u'|') == View::npos) {
+    AParts.push_back(APath);
+    return;
+  }
+  size_t Start = 0;
+  for (;;) {
+    const size_t Bar = APath.find(u'|', Start);
+    AParts.push_back(APath.substr(Start, Bar == View::npos ? View::npos : Bar - Start));
+    if (Bar == View::npos)
+      break;
+    Start = Bar + 1;
+  }
+}
+
+} // namespace
+
+void XPathSelect(TLxDOMNode* AStart, std::u16string_view APath, bool AFirstOnly,
+                 const TXPathContext& AContext, TXPathResult& AResult) {
+  const TXPathDepthGuard Guard;
+  std::vector<View> Alternatives;
+  SplitAlternatives(APath, Alternatives);
+  for (View Alternative : Alternatives) {
+    Alternative = TrimView(Alternative);
+    if (Alternative == u"/")
+      AResult.Add(AStart);
+    else if (Alternative.starts_with(u"/")) {
+      const bool Recursive = Alternative.starts_with(u"//");
+      // A node in no document has no start for a document-relative path: it selects nothing.
+      if (TLxDOMDocument* Document = AStart->GetDocument())
+        TWalker(AContext, AResult).Walk(Document, Alternative.substr(Recursive ? 2 : 1), Recursive);
+    } else
+      TWalker(AContext, AResult).Walk(AStart, Alternative, false);
+    if (AFirstOnly && !AResult.Nodes.empty())
+      break;
+  }
+}
+
+namespace {
+
+/// The tree's path hook: option checks, collation and match mode, then the walk.
+void SelectForTree(TLxDOMNode* AStart, const UnicodeString& APath, TLxDOMSelectOptions AOptions,
+                   bool AFirstOnly, TLxDOMNodeListBase* AResult) {
+  if (AOptions.Contains(soCaseSensitive) && AOptions.Contains(soCaseInsensitive))
+    throw Exception(u"It is not possible to specify both soCaseSensitive and soCaseInsensitive!");
+  if (AOptions.Contains(soRaise) && AOptions.Contains(soCreate))
+    throw Exception(u"It is not possible to specify both soRaise and soCreate!");
+  TXPathContext Context;
+  Context.Collation = AOptions.Contains(soCaseSensitive) ? TLxXPathCollationCodepoint::StaticClass()
+                      : AOptions.Contains(soCaseInsensitive)
+                          ? TLxXPathCollationASCIICI::StaticClass()
+                          : AStart->GetCollation();
+  Context.LocalNames = AOptions.Contains(soLocalName) ? true
+                       : AOptions.Contains(soQualifiedName)
+                           ? false
+                           : AStart->GetSelectMatchOption() == soLocalName;
+  Context.Create = AOptions.Contains(soCreate);
+  TXPathResult Result;
+  XPathSelect(AStart, APath, AFirstOnly, Context, Result);
+  for (TLxDOMNode* Node : Result.Nodes)
+    AResult->Add(Node, ldpLast);
+}
+
+} // namespace
+
+void RegisterXPathSelection() { SetDOMPathSelector(&SelectForTree); }
+
+} // namespace lorvane
