@@ -43,6 +43,8 @@ struct TFrame {
   View Previous;
   bool Recursive;
   bool Descend;
+  /// Reached through a "//": soCreate here would add below every descendant, the new ones too.
+  bool Descended;
 };
 
 /// A name that soCreate may give a new element: none of the step forms, nothing that a path
@@ -56,16 +58,55 @@ bool IsPlainName(View AName) noexcept {
   return true;
 }
 
+[[noreturn]] void RaiseCreateUnderDescendants() {
+  throw Exception(
+      u"The soCreate option cannot be used in combination with the \"//\" search option!");
+}
+
+/// A frame's identity: what it adds to the result depends on nothing else while the tree stays.
+struct TFrameKey {
+  TLxDOMNode* Node;
+  const WideChar* Path;
+  size_t Length;
+  Byte Flags;
+  bool operator==(const TFrameKey&) const = default;
+};
+struct TFrameKeyHash {
+  size_t operator()(const TFrameKey& AKey) const noexcept {
+    size_t Hash = std::hash<const void*>()(AKey.Node);
+    Hash = Hash * 31 + std::hash<const void*>()(AKey.Path);
+    return (Hash * 31 + AKey.Length) * 8 + AKey.Flags;
+  }
+};
+
+/// Whether frames of APath can meet again: ".." climbs back to where a walk came from, and a
+/// second "//" reaches the same descendants from each match of the first. Such paths are walked
+/// once per distinct frame, which bounds them by the nodes times the path's length.
+bool FramesMayRepeat(View APath) noexcept {
+  const size_t First = APath.find(u"//");
+  return APath.find(u"..") != View::npos ||
+         (First != View::npos && APath.find(u"//", First + 2) != View::npos);
+}
+
 class TWalker {
 public:
   TWalker(const TXPathContext& AContext, TXPathResult& AResult)
       : FContext(AContext), FResult(AResult) {}
 
   void Walk(TLxDOMNode* AStart, View APath, bool ARecursive) {
-    FStack.push_back({AStart, APath, View(), ARecursive, false});
+    // soCreate changes the tree as it goes: a frame seen before may find more the second time.
+    const bool Memo = !FContext.Create && FramesMayRepeat(APath);
+    FStack.push_back({AStart, APath, View(), ARecursive, false, ARecursive});
     while (!FStack.empty()) {
       const TFrame Frame = FStack.back();
       FStack.pop_back();
+      if (Memo) {
+        const TFrameKey Key{Frame.Node, Frame.Path.data(), Frame.Path.size(),
+                            static_cast<Byte>((Frame.Recursive ? 1 : 0) | (Frame.Descend ? 2 : 0) |
+                                              (Frame.Previous == u"." ? 4 : 0))};
+        if (!FSeen.insert(Key).second)
+          continue;
+      }
       if (Frame.Descend)
         PushChildren(Frame);
       else
@@ -77,6 +118,7 @@ private:
   const TXPathContext& FContext;
   TXPathResult& FResult;
   std::vector<TFrame> FStack;
+  std::unordered_set<TFrameKey, TFrameKeyHash> FSeen;
   TLxXPathNodes FCandidates;
   UnicodeString FLocal;
   UnicodeString FPrefix;
@@ -93,7 +135,7 @@ private:
     for (Integer I = Children->Count() - 1; I >= 0; --I) {
       TLxDOMNode* Child = Children->GetItem(I);
       if (!IsAttribute(Child))
-        FStack.push_back({Child, AFrame.Path, AFrame.Previous, true, false});
+        FStack.push_back({Child, AFrame.Path, AFrame.Previous, true, false, true});
     }
   }
 
@@ -190,9 +232,8 @@ private:
 
     if (FContext.Create && FCandidates.empty() && (Filter.empty() || Filter == u"[0]") &&
         N->GetNodeType() == ntElement) {
-      if (AFrame.Recursive)
-        throw Exception(
-            u"The soCreate option cannot be used in combination with the \"//\" search option!");
+      if (AFrame.Descended)
+        RaiseCreateUnderDescendants();
       // Only a plain name makes an element; the other forms select nothing and the call fails.
       if (IsPlainName(FLocal) && (FPrefix == u"*" || FPrefix.empty() || IsPlainName(FPrefix)))
         FCandidates.push_back(static_cast<TLxDOMElement*>(N)->AddElement(
@@ -200,10 +241,11 @@ private:
     }
 
     if (AFrame.Recursive)
-      FStack.push_back({N, P, StepText, true, true});
+      FStack.push_back({N, P, StepText, true, true, true});
     if (!Rest.empty() || Deeper) {
       for (size_t I = FCandidates.size(); I-- > 0;)
-        FStack.push_back({FCandidates[I], Rest, StepText, Deeper, false});
+        FStack.push_back(
+            {FCandidates[I], Rest, StepText, Deeper, false, AFrame.Descended || Deeper});
     } else
       for (TLxDOMNode* Candidate : FCandidates)
         FResult.Add(Candidate);
@@ -214,7 +256,10 @@ private:
   bool Collect(const TFrame& AFrame, TLxDOMNode* N, View AStep) {
     const UnicodeString& Local = FLocal;
     if (!Local.empty() && Local[0] == u'(') {
-      // The group's own selection, all of it, from this node.
+      // The group's own selection, all of it, from this node. Under "//" it would create below
+      // every node it descends to, the new ones included, without end.
+      if (FContext.Create && AFrame.Descended)
+        RaiseCreateUnderDescendants();
       const View Inner = AStep.size() >= 2 ? AStep.substr(1, AStep.size() - 2) : View();
       TXPathResult Group;
       XPathSelect(N, Inner, false, FContext, Group);

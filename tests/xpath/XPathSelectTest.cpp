@@ -352,6 +352,13 @@ TEST_F(XPathSelect, CreateAddsThePlainNamesOfAPath) {
   ExpectRaises<Exception>([&] { Root()->SelectSingleNode(u"//q", {soCreate}); },
                           u"The soCreate option cannot be used in combination with the \"//\" "
                           u"search option!");
+  // A group under "//" would create below each new element without end.
+  ExpectRaises<Exception>([&] { Root()->SelectSingleNode(u"x//(q)[1]", {soCreate}); },
+                          u"The soCreate option cannot be used in combination with the \"//\" "
+                          u"search option!");
+  ExpectRaises<Exception>([&] { Root()->SelectSingleNode(u"x//./q", {soCreate}); },
+                          u"The soCreate option cannot be used in combination with the \"//\" "
+                          u"search option!");
   // Steps made before the walk gives up stay.
   ExpectRaises<ELxDomNotFound>([&] { Root()->SelectSingleNode(u"m/n[@k]", {soCreate}); },
                                u"The given path \"m/n[@k]\" was too complex to use the soCreate "
