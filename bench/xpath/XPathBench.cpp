@@ -12,6 +12,7 @@
 #ifdef LORVANE_BENCH_LIBXML2
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
 #endif
 
 #include <cstdio>

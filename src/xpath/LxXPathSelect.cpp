@@ -3,6 +3,8 @@
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/dom/LxDOMPathSelection.h"
 
+#include <unordered_map>
+
 namespace lorvane {
 
 TXPathDepthGuard::TXPathDepthGuard() {
@@ -88,6 +90,66 @@ bool FramesMayRepeat(View APath) noexcept {
          (First != View::npos && APath.find(u"//", First + 2) != View::npos);
 }
 
+/// The attributes of an "@" step on N: the name behind the "@" ("*" for any) and the step's
+/// prefix. In local-name mode any prefix passes, and declarations too; in qualified mode only
+/// "@*" widens an empty prefix, and declarations never pass. A document tests its root.
+void CollectAttributeNodes(TLxDOMNode* N, View AName, const UnicodeString& APrefix,
+                           const TXPathContext& AContext, TLxXPathNodes& AOut) {
+  const UnicodeString Prefix =
+      AContext.LocalNames || (APrefix.empty() && AName == u"*") ? UnicodeString(u"*") : APrefix;
+  const UnicodeString Name(AName);
+  TLxDOMNode* Element = N;
+  if (N->GetNodeType() == ntDocument)
+    Element = static_cast<TLxDOMDocument*>(N)->GetRootNode();
+  if (!Element || Element->GetNodeType() != ntElement || !Element->HasChilds())
+    return;
+  const TLxXPathCollationClass Collation = AContext.Collation;
+  for (TLxDOMNode* Child : *Element->ChildNodes()) {
+    if (!IsAttribute(Child))
+      continue;
+    auto* Attribute = static_cast<TLxDOMAttribute*>(Child);
+    if (!AContext.LocalNames && Attribute->IsNamespace())
+      continue;
+    if ((Name == u"*" || Collation->SameText(Attribute->GetLocalName(), Name)) &&
+        (Prefix == u"*" || Collation->SameText(Attribute->GetPrefix(), Prefix)))
+      AOut.push_back(Attribute);
+  }
+}
+
+/// Whether APath is one "@" step and nothing else: the form filters test most, which is
+/// answered without a walk.
+bool IsSingleAttributeStep(View APath) noexcept {
+  return APath.size() > 1 && APath[0] == u'@' &&
+         APath.find_first_of(u"/[]|()@ \t\r\n", 1) == View::npos;
+}
+
+enum class TStepForm : Byte {
+  Name,
+  Group,
+  Text,
+  Node,
+  Attribute,
+  Star,
+  Dot,
+  DotDot,
+  Empty,
+  BadDot,
+  BadStar
+};
+
+/// A step as cut from the path text, with its form; the same for every node a walk visits
+/// with that text, so it is cut once per walk.
+struct TStep {
+  View Path;
+  View Text;
+  View Rest;
+  View Filter;
+  bool Deeper;
+  TStepForm Form;
+  UnicodeString Local;
+  UnicodeString Prefix;
+};
+
 class TWalker {
 public:
   TWalker(const TXPathContext& AContext, TXPathResult& AResult)
@@ -120,8 +182,8 @@ private:
   std::vector<TFrame> FStack;
   std::unordered_set<TFrameKey, TFrameKeyHash> FSeen;
   TLxXPathNodes FCandidates;
-  UnicodeString FLocal;
-  UnicodeString FPrefix;
+  /// The steps cut so far, by where their text begins; their addresses stay.
+  std::unordered_map<const WideChar*, TStep> FSteps;
 
   bool Same(const UnicodeString& A, const UnicodeString& B) const {
     return FContext.Collation->SameText(A, B);
@@ -148,9 +210,11 @@ private:
       AVisit(Children->GetItem(I));
   }
 
-  void Step(const TFrame& AFrame) {
-    TLxDOMNode* const N = AFrame.Node;
-    const View P = AFrame.Path;
+  /// The step at the start of AP, cut and classified once; raises the errors of the path text.
+  const TStep& Cut(View P) {
+    // Every path a walk meets is a suffix of its start path: where it begins tells it apart.
+    if (const auto Known = FSteps.find(P.data()); Known != FSteps.end())
+      return Known->second;
     if (!P.empty() && P[0] == u'/')
       throw ELxDomSyntax(u"The specified nodePath started with an unexpected token (/)!");
 
@@ -176,76 +240,105 @@ private:
       } else
         ++Pos;
     }
-    View StepText;
-    View Rest;
+    TStep Step;
+    Step.Path = P;
     if (Pos >= P.size())
-      StepText = TrimView(P);
+      Step.Text = TrimView(P);
     else {
-      StepText = P.substr(Mark, Pos - Mark);
-      Rest = P.substr(Pos);
+      Step.Text = P.substr(Mark, Pos - Mark);
+      Step.Rest = P.substr(Pos);
     }
 
-    bool Deeper = false;
-    if (Rest.starts_with(u"//")) {
-      Deeper = true;
-      Rest.remove_prefix(2);
-    } else if (!Rest.empty()) {
-      if (Rest == u"/")
+    Step.Deeper = false;
+    if (Step.Rest.starts_with(u"//")) {
+      Step.Deeper = true;
+      Step.Rest.remove_prefix(2);
+    } else if (!Step.Rest.empty()) {
+      if (Step.Rest == u"/")
         throw ELxDomSyntax(u"The XPath expression does not return a DOM Node!");
-      Rest.remove_prefix(1);
+      Step.Rest.remove_prefix(1);
     }
 
-    View Filter;
-    if (const size_t Bracket = StepText.find(u'['); Bracket != View::npos) {
-      Filter = TrimView(StepText.substr(Bracket));
-      StepText = StepText.substr(0, Bracket);
+    if (const size_t Bracket = Step.Text.find(u'['); Bracket != View::npos) {
+      Step.Filter = TrimView(Step.Text.substr(Bracket));
+      Step.Text = Step.Text.substr(0, Bracket);
     }
-    StepText = TrimView(StepText);
+    Step.Text = TrimView(Step.Text);
 
-    if (StepText.empty() && !AFrame.Recursive)
+    if (const size_t Colon = Step.Text.find(u':'); Colon != View::npos) {
+      Step.Prefix.assign(Step.Text.substr(0, Colon));
+      Step.Local.assign(Step.Text.substr(Colon + 1));
+    } else
+      Step.Local.assign(Step.Text);
+    UnicodeString& Local = Step.Local;
+    UnicodeString& Prefix = Step.Prefix;
+    if ((FContext.LocalNames || Local == u"*" || Local == u".") && Prefix.empty())
+      Prefix = u"*";
+    if (!Prefix.empty() && Prefix[0] == u'@') {
+      Local.insert(Local.begin(), u'@');
+      Prefix.erase(0, 1);
+    }
+
+    if (!Local.empty() && Local[0] == u'(')
+      Step.Form = TStepForm::Group;
+    else if (SameAscii(Local, u"text()"))
+      Step.Form = TStepForm::Text;
+    else if (SameAscii(Local, u"node()"))
+      Step.Form = TStepForm::Node;
+    else if (!Local.empty() && Local[0] == u'@')
+      Step.Form = TStepForm::Attribute;
+    else if (Local == u"*")
+      Step.Form = TStepForm::Star;
+    else if (Local == u".")
+      Step.Form = TStepForm::Dot;
+    else if (Local == u"..")
+      Step.Form = TStepForm::DotDot;
+    else if (!Local.empty() && Local[0] == u'.')
+      Step.Form = TStepForm::BadDot;
+    else if (!Local.empty() && Local[0] == u'*')
+      Step.Form = TStepForm::BadStar;
+    else if (Local.empty())
+      Step.Form = TStepForm::Empty;
+    else
+      Step.Form = TStepForm::Name;
+    return FSteps.emplace(P.data(), std::move(Step)).first->second;
+  }
+
+  void Step(const TFrame& AFrame) {
+    TLxDOMNode* const N = AFrame.Node;
+    // A reference into FSteps stays valid: Collect may start other walks, never this one's.
+    const TStep& S = Cut(AFrame.Path);
+    if (S.Text.empty() && !AFrame.Recursive)
       throw ELxDomSyntax(u"The XPath expression is not valid!");
-    if (const size_t Colon = StepText.find(u':'); Colon != View::npos) {
-      FPrefix.assign(StepText.substr(0, Colon));
-      FLocal.assign(StepText.substr(Colon + 1));
-    } else {
-      FPrefix.clear();
-      FLocal.assign(StepText);
-    }
-    if ((FContext.LocalNames || FLocal == u"*" || FLocal == u".") && FPrefix.empty())
-      FPrefix = u"*";
-    if (!FPrefix.empty() && FPrefix[0] == u'@') {
-      FLocal.insert(FLocal.begin(), u'@');
-      FPrefix.erase(0, 1);
-    }
 
     FCandidates.clear();
-    const bool Handled = Collect(AFrame, N, StepText);
+    const bool Handled = Collect(AFrame, N, S);
     if (!Handled)
       EachChild(N, [&](TLxDOMNode* AChild) {
-        if (!IsAttribute(AChild) && Same(AChild->GetLocalName(), FLocal) &&
-            (FPrefix == u"*" || Same(AChild->GetPrefix(), FPrefix)))
+        if (!IsAttribute(AChild) && Same(AChild->GetLocalName(), S.Local) &&
+            (S.Prefix == u"*" || Same(AChild->GetPrefix(), S.Prefix)))
           FCandidates.push_back(AChild);
       });
 
-    if (!FCandidates.empty() && !Filter.empty())
-      ApplyFilters(Filter);
+    if (!FCandidates.empty() && !S.Filter.empty())
+      ApplyFilters(S.Filter);
 
-    if (FContext.Create && FCandidates.empty() && (Filter.empty() || Filter == u"[0]") &&
+    if (FContext.Create && FCandidates.empty() && (S.Filter.empty() || S.Filter == u"[0]") &&
         N->GetNodeType() == ntElement) {
       if (AFrame.Descended)
         RaiseCreateUnderDescendants();
       // Only a plain name makes an element; the other forms select nothing and the call fails.
-      if (IsPlainName(FLocal) && (FPrefix == u"*" || FPrefix.empty() || IsPlainName(FPrefix)))
+      if (IsPlainName(S.Local) && (S.Prefix == u"*" || S.Prefix.empty() || IsPlainName(S.Prefix)))
         FCandidates.push_back(static_cast<TLxDOMElement*>(N)->AddElement(
-            FPrefix.empty() || FPrefix == u"*" ? FLocal : FPrefix + u":" + FLocal));
+            S.Prefix.empty() || S.Prefix == u"*" ? S.Local : S.Prefix + u":" + S.Local));
     }
 
     if (AFrame.Recursive)
-      FStack.push_back({N, P, StepText, true, true, true});
-    if (!Rest.empty() || Deeper) {
+      FStack.push_back({N, AFrame.Path, S.Text, true, true, true});
+    if (!S.Rest.empty() || S.Deeper) {
       for (size_t I = FCandidates.size(); I-- > 0;)
         FStack.push_back(
-            {FCandidates[I], Rest, StepText, Deeper, false, AFrame.Descended || Deeper});
+            {FCandidates[I], S.Rest, S.Text, S.Deeper, false, AFrame.Descended || S.Deeper});
     } else
       for (TLxDOMNode* Candidate : FCandidates)
         FResult.Add(Candidate);
@@ -253,40 +346,37 @@ private:
 
   /// The candidates of the step forms that the table names; gives whether the form is complete
   /// (the child scan by name is left out).
-  bool Collect(const TFrame& AFrame, TLxDOMNode* N, View AStep) {
-    const UnicodeString& Local = FLocal;
-    if (!Local.empty() && Local[0] == u'(') {
+  bool Collect(const TFrame& AFrame, TLxDOMNode* N, const TStep& S) {
+    switch (S.Form) {
+    case TStepForm::Group: {
       // The group's own selection, all of it, from this node. Under "//" it would create below
       // every node it descends to, the new ones included, without end.
       if (FContext.Create && AFrame.Descended)
         RaiseCreateUnderDescendants();
-      const View Inner = AStep.size() >= 2 ? AStep.substr(1, AStep.size() - 2) : View();
+      const View Inner = S.Text.size() >= 2 ? S.Text.substr(1, S.Text.size() - 2) : View();
       TXPathResult Group;
       XPathSelect(N, Inner, false, FContext, Group);
       FCandidates = Group.Nodes;
       return false;
     }
-    if (SameAscii(Local, u"text()")) {
+    case TStepForm::Text:
       EachChild(N, [&](TLxDOMNode* AChild) {
         if (AChild->GetNodeType() == ntText || AChild->GetNodeType() == ntCDATA)
           FCandidates.push_back(AChild);
       });
       return true;
-    }
-    if (SameAscii(Local, u"node()")) {
+    case TStepForm::Node:
       EachChild(N, [&](TLxDOMNode* AChild) {
         if (!IsAttribute(AChild))
           FCandidates.push_back(AChild);
       });
       return true;
-    }
-    if (!Local.empty() && Local[0] == u'@') {
-      CollectAttributes(N);
+    case TStepForm::Attribute:
+      CollectAttributes(N, S);
       return true;
-    }
-    if (Local == u"*") {
+    case TStepForm::Star: {
       auto Test = [&](TLxDOMElement* AElement) {
-        if (FPrefix == u"*" || Same(AElement->GetPrefix(), FPrefix))
+        if (S.Prefix == u"*" || Same(AElement->GetPrefix(), S.Prefix))
           FCandidates.push_back(AElement);
       };
       if (N->GetNodeType() == ntElement)
@@ -297,57 +387,41 @@ private:
       }
       return true;
     }
-    if (Local == u".") {
+    case TStepForm::Dot:
       if (!(AFrame.Previous == u"." && !AFrame.Recursive))
         FCandidates.push_back(N);
       return true;
-    }
-    if (Local == u"..") {
+    case TStepForm::DotDot:
       if (AFrame.Recursive)
         throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\nThe \"//\" "
                            u"cannot be used in combination with \"..\".",
-                           {UnicodeString(AStep)});
+                           {UnicodeString(S.Text)});
       if (TLxDOMNode* Parent = N->ParentNode())
         FCandidates.push_back(Parent);
       return true;
-    }
-    if (!Local.empty() && Local[0] == u'.')
+    case TStepForm::BadDot:
       throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\na \"/\" or \"[\" "
                          u"was expected after the \"..\".",
-                         {UnicodeString(AStep)});
-    if (!Local.empty() && Local[0] == u'*')
+                         {UnicodeString(S.Text)});
+    case TStepForm::BadStar:
       throw ELxDomSyntax(u"The XPath expression contains an error at \"%s\"!\r\na \"/\" or \"[\" "
                          u"was expected after the \"*\".",
-                         {UnicodeString(AStep)});
-    if (Local.empty() && AFrame.Recursive)
-      EachChild(N, [&](TLxDOMNode* AChild) {
-        if (!IsAttribute(AChild))
-          FCandidates.push_back(AChild);
-      });
+                         {UnicodeString(S.Text)});
+    case TStepForm::Empty:
+      if (AFrame.Recursive)
+        EachChild(N, [&](TLxDOMNode* AChild) {
+          if (!IsAttribute(AChild))
+            FCandidates.push_back(AChild);
+        });
+      return false;
+    case TStepForm::Name:
+      break;
+    }
     return false;
   }
 
-  void CollectAttributes(TLxDOMNode* N) {
-    const View Name = View(FLocal).substr(1);
-    // In local-name mode any prefix passes; in qualified mode only "@*" widens an empty one.
-    const UnicodeString Prefix =
-        FContext.LocalNames || (FPrefix.empty() && Name == u"*") ? UnicodeString(u"*") : FPrefix;
-    const UnicodeString NameText(Name);
-    TLxDOMNode* Element = N;
-    if (N->GetNodeType() == ntDocument)
-      Element = static_cast<TLxDOMDocument*>(N)->GetRootNode();
-    if (!Element || Element->GetNodeType() != ntElement)
-      return;
-    EachChild(Element, [&](TLxDOMNode* AChild) {
-      if (!IsAttribute(AChild))
-        return;
-      auto* Attribute = static_cast<TLxDOMAttribute*>(AChild);
-      if (!FContext.LocalNames && Attribute->IsNamespace())
-        return;
-      if ((NameText == u"*" || Same(Attribute->GetLocalName(), NameText)) &&
-          (Prefix == u"*" || Same(Attribute->GetPrefix(), Prefix)))
-        FCandidates.push_back(Attribute);
-    });
+  void CollectAttributes(TLxDOMNode* N, const TStep& S) {
+    CollectAttributeNodes(N, View(S.Local).substr(1), S.Prefix, FContext, FCandidates);
   }
 
   /// Each bracket group in turn, on what the one before left.
@@ -402,6 +476,16 @@ void SplitAlternatives(View APath, std::vector<View>& AParts) {
 void XPathSelect(TLxDOMNode* AStart, std::u16string_view APath, bool AFirstOnly,
                  const TXPathContext& AContext, TXPathResult& AResult) {
   const TXPathDepthGuard Guard;
+  if (IsSingleAttributeStep(APath)) {
+    const size_t Colon = APath.find(u':');
+    const UnicodeString Prefix(Colon == View::npos ? View() : APath.substr(1, Colon - 1));
+    TLxXPathNodes Found;
+    CollectAttributeNodes(AStart, Colon == View::npos ? APath.substr(1) : APath.substr(Colon + 1),
+                          Prefix, AContext, Found);
+    for (TLxDOMNode* Node : Found)
+      AResult.Add(Node);
+    return;
+  }
   std::vector<View> Alternatives;
   SplitAlternatives(APath, Alternatives);
   for (View Alternative : Alternatives) {

@@ -8,6 +8,7 @@
 
 #include "lorvane/xpath/LxXPath.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace lorvane {
@@ -23,12 +24,21 @@ struct TXPathContext {
 class TXPathResult {
 public:
   void Add(TLxDOMNode* ANode) {
+    // A short list is searched; the set is made once the list grows.
+    if (Nodes.size() < cSearched) {
+      if (std::find(Nodes.begin(), Nodes.end(), ANode) == Nodes.end())
+        Nodes.push_back(ANode);
+      return;
+    }
+    if (Seen.empty())
+      Seen.insert(Nodes.begin(), Nodes.end());
     if (Seen.insert(ANode).second)
       Nodes.push_back(ANode);
   }
   TLxXPathNodes Nodes;
 
 private:
+  static constexpr size_t cSearched = 16;
   std::unordered_set<TLxDOMNode*> Seen;
 };
 
