@@ -3,6 +3,7 @@
 #include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/json/LxJSONValues.h"
 #include "lorvane/uLxXMLDOM.h"
+#include "lorvane/uLxXPath.h"
 
 namespace lorvane {
 
@@ -13,6 +14,8 @@ void RunLibraryStartup() {
     // A document without owner ends with its last interface reference.
     return IPtr<IInterface>::From(IPtr<ILxJSONDocument>(TLxJSONDocument::CreateFromJSON(AText)));
   });
+  // Collations and functions of the path language, and the tree's path hook.
+  LxXPathStartup();
 }
 
 } // namespace lorvane

@@ -1,9 +1,10 @@
 // lxtool: the command-line face of the library; `events` prints a reader's events, one a line,
-// and `format` writes a document back, indented or compact.
+// `format` writes a document back, indented or compact, and `query` prints what a path selects.
 #include <lorvane/platform/CodePages.h>
 #include <lorvane/uLxJSON.h>
 #include <lorvane/uLxSAX.h>
 #include <lorvane/uLxXMLDOM.h>
+#include <lorvane/uLxXPath.h>
 
 #include <cstdio>
 #include <exception>
@@ -18,6 +19,7 @@ namespace {
 constexpr char Usage[] =
     "usage: lxtool events FILE\n"
     "       lxtool format [--compact] [--json] FILE\n"
+    "       lxtool query [--options OPTION,...] FILE PATH\n"
     "\n"
     "events  reads FILE with the event reader of its format and prints one line per event:\n"
     "        the handler method's name, then each argument as a JSON value, separated by tabs.\n"
@@ -43,6 +45,15 @@ constexpr char Usage[] =
     "        escapes and all, so a backslash in it is escaped again. The top of the text must\n"
     "        be an object or array. --json is accepted for JSON input only: XML as JSON\n"
     "        isn't supported yet.\n"
+    "\n"
+    "query   loads the XML FILE into a document and prints each node that PATH selects from\n"
+    "        the document node (CreateNodeList), one line per node in the order selected:\n"
+    "        its node type (\"Element\", \"Attribute\", \"Text\"...), its qualified name and\n"
+    "        its value, each as a JSON string, separated by tabs. --options takes select options "
+    "by their names,\n"
+    "        comma-separated: soCaseSensitive, soCaseInsensitive, soLocalName,\n"
+    "        soQualifiedName, soRaise. A path that fails prints nothing and exits 1 with the\n"
+    "        message.\n"
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
@@ -337,6 +348,74 @@ int Format(const std::vector<std::string_view>& AArgs) {
   return RunFormatXML(Name, !Compact);
 }
 
+/// The select option of that name; false for a name that is none of them.
+bool SelectOptionByName(std::string_view AName, TLxDOMSelectOption& AOption) {
+  static constexpr struct {
+    std::string_view Name;
+    TLxDOMSelectOption Option;
+  } Names[] = {{"soRaise", soRaise},
+               {"soCaseSensitive", soCaseSensitive},
+               {"soCaseInsensitive", soCaseInsensitive},
+               {"soLocalName", soLocalName},
+               {"soQualifiedName", soQualifiedName}};
+  for (const auto& Entry : Names)
+    if (Entry.Name == AName) {
+      AOption = Entry.Option;
+      return true;
+    }
+  return false;
+}
+
+/// `query [--options A,B] FILE PATH`; AArgs follow the command.
+int Query(const std::vector<std::string_view>& AArgs) {
+  TLxDOMSelectOptions Options;
+  std::vector<std::string_view> Positional;
+  for (size_t I = 0; I < AArgs.size(); ++I) {
+    if (AArgs[I] == "--options") {
+      if (++I == AArgs.size())
+        return Misuse();
+      std::string_view List = AArgs[I];
+      while (!List.empty()) {
+        const size_t Comma = List.find(',');
+        TLxDOMSelectOption Option;
+        if (!SelectOptionByName(List.substr(0, Comma), Option))
+          return Misuse("unknown select option");
+        Options.Include(Option);
+        List = Comma == std::string_view::npos ? std::string_view() : List.substr(Comma + 1);
+      }
+    } else if (AArgs[I].starts_with("--"))
+      return Misuse();
+    else
+      Positional.push_back(AArgs[I]);
+  }
+  if (Positional.size() != 2)
+    return Misuse();
+  std::string Out;
+  try {
+    TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+    {
+      TOwned<TFileStream> Input(New<TFileStream>(UTF8ToString(std::string(Positional[0])),
+                                                 fmOpenRead | fmShareDenyWrite));
+      Document->LoadFromStream(Input.get());
+    }
+    TOwned<TLxDOMNodeList> Found(
+        Document->CreateNodeList(UTF8ToString(std::string(Positional[1])), Options));
+    for (TLxDOMNode* Node : *Found) {
+      Out += LxStrToJSONLiteral(LxDOMNodeTypes[Node->GetNodeType()]);
+      Out += '\t';
+      Out += LxStrToJSONLiteral(Node->GetQualifiedName());
+      Out += '\t';
+      Out += LxStrToJSONLiteral(Node->GetNodeValue());
+      Out += '\n';
+    }
+  } catch (const Exception& E) {
+    return Fail(StringToUTF8(E.Message()));
+  }
+  std::fwrite(Out.data(), 1, Out.size(), stdout);
+  std::fflush(stdout);
+  return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -350,6 +429,8 @@ int main(int argc, char** argv) {
       return RunEvents(argv[2]);
     if (Command == "format")
       return Format(std::vector<std::string_view>(argv + 2, argv + argc));
+    if (Command == "query")
+      return Query(std::vector<std::string_view>(argv + 2, argv + argc));
     return Misuse();
   } catch (const std::exception& E) {
     return Fail(E.what());

@@ -95,6 +95,17 @@ class TLxDOMDocument : public TLxDOMNode {
   void SetDocumentURI(const UnicodeString& Value) { FDocumentURI = Value; }
   TLxDOMLoadState GetLoadState() const noexcept { return FLoadState; }
 
+  /// Path selection from the root element, so the first step names a child of the root. An
+  /// empty path raises ELxDomNotFound "The specified nodePath is empty!". Without a root:
+  /// soRaise raises ELxDomNotFound "There is no node for the given path \"%s\".", soCreate
+  /// ELxDomNotFound "It is not possible to use XPath statements on documents without rootnode!",
+  /// else nil.
+  TLxDOMElement* SelectSingleElement(const UnicodeString& nodePath,
+                                     TLxDOMSelectOptions ASelectOptions = {});
+  /// The root element's CreateElementList; without a root as above, else a new empty list.
+  TLxDOMElementList* CreateElementList(const UnicodeString& nodePath,
+                                       TLxDOMSelectOptions ASelectOptions = {});
+
 protected:
   void WriteXML(TLxDOMWriter& AWriter, bool AFormatted, Integer& ALevel) override;
   ~TLxDOMDocument() override = default;
@@ -158,6 +169,10 @@ class TLxDOMDocumentImpl : public TLxDOMNodeImpl, public virtual ILxDOMDocument 
   void SaveToStreamEx(TStream* AStream, bool AFormatted, bool AWriteBOM) override;
   void LoadFromFile(const UnicodeString& AFilename, Word AMode) override;
   void SaveToFile(const UnicodeString& AFilename, bool AFormatted, bool AWriteBOM) override;
+  IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodePath,
+                                            TLxDOMSelectOptions ASelectOptions = {}) override;
+  IPtr<ILxDOMElement> SelectSingleElement(const UnicodeString& nodePath,
+                                          TLxDOMSelectOptions ASelectOptions = {}) override;
 
 protected:
   ~TLxDOMDocumentImpl() override = default;

@@ -163,6 +163,18 @@ class TLxDOMElement : public TLxDOMNode {
   /// The same by namespace URI and local name; an empty URI matches elements without namespace.
   TLxDOMElementList* CreateElementList(std::u16string_view namespaceURI,
                                        std::u16string_view localName, bool ARecursive);
+  /// Path selection (as CreateNodeList) into a new element list that the caller frees. The nodes
+  /// are not filtered: a path that ends at attributes lists attributes.
+  TLxDOMElementList* CreateElementList(const UnicodeString& nodePath,
+                                       TLxDOMSelectOptions ASelectOptions = {});
+  /// A braced option set would otherwise read as the recursive flag of the name form.
+  TLxDOMElementList* CreateElementList(const UnicodeString& nodePath,
+                                       std::initializer_list<TLxDOMSelectOption> ASelectOptions) {
+    return CreateElementList(nodePath, TLxDOMSelectOptions(ASelectOptions));
+  }
+  /// SelectSingleNode cast to an element: nil stays nil, another node kind raises EInvalidCast.
+  TLxDOMElement* SelectSingleElement(const UnicodeString& nodePath,
+                                     TLxDOMSelectOptions ASelectOptions = {});
 
   /// Stores the state, writes "xml:space" ("preserve" or "default"), and passes the state to the
   /// descendants down to those that have an "xml:space" of their own.
@@ -380,6 +392,11 @@ class TLxDOMElementImpl : public TLxDOMNodeImpl, public virtual ILxDOMElement {
   IPtr<ILxDOMElementList> CreateElementList(std::u16string_view namespaceURI,
                                             std::u16string_view localName,
                                             bool ARecursive) override;
+  IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodePath,
+                                            TLxDOMSelectOptions ASelectOptions = {}) override;
+  using ILxDOMElement::CreateElementList;
+  IPtr<ILxDOMElement> SelectSingleElement(const UnicodeString& nodePath,
+                                          TLxDOMSelectOptions ASelectOptions = {}) override;
 
 protected:
   ~TLxDOMElementImpl() override = default;

@@ -10,6 +10,8 @@
 #include "lorvane/dom/LxDOMTypes.h"
 #include "lorvane/platform/Variants.h"
 
+#include <initializer_list>
+
 namespace lorvane {
 
 class ILxDOMNodeList;
@@ -63,6 +65,12 @@ public:
   virtual void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) = 0;
   /// Nil for a node in no document.
   virtual IPtr<ILxDOMDocument> Document() = 0;
+  /// Path selection (see TLxDOMNode::SelectSingleNode): the first node of the path, or nil.
+  virtual IPtr<ILxDOMNode> SelectSingleNode(const UnicodeString& nodePath,
+                                            TLxDOMSelectOptions ASelectOptions = {}) = 0;
+  /// All nodes of the path in a new list that the result owns.
+  virtual IPtr<ILxDOMNodeList> CreateNodeList(const UnicodeString& nodePath,
+                                              TLxDOMSelectOptions ASelectOptions = {}) = 0;
 
 protected:
   ~ILxDOMNode() = default;
@@ -266,6 +274,19 @@ public:
   virtual IPtr<ILxDOMElementList> CreateElementList(std::u16string_view namespaceURI,
                                                     std::u16string_view localName,
                                                     bool ARecursive) = 0;
+  /// Path selection into a new element list that the result owns; the nodes are not filtered,
+  /// so a path that ends at attributes lists attributes.
+  virtual IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodePath,
+                                                    TLxDOMSelectOptions ASelectOptions = {}) = 0;
+  /// A braced option set would otherwise read as the recursive flag of the name form.
+  IPtr<ILxDOMElementList>
+  CreateElementList(const UnicodeString& nodePath,
+                    std::initializer_list<TLxDOMSelectOption> ASelectOptions) {
+    return CreateElementList(nodePath, TLxDOMSelectOptions(ASelectOptions));
+  }
+  /// SelectSingleNode cast to an element: nil stays nil, another node kind raises EInvalidCast.
+  virtual IPtr<ILxDOMElement> SelectSingleElement(const UnicodeString& nodePath,
+                                                  TLxDOMSelectOptions ASelectOptions = {}) = 0;
 
 protected:
   ~ILxDOMElement() = default;
@@ -377,6 +398,11 @@ public:
   virtual void SaveToStreamEx(TStream* AStream, bool AFormatted, bool AWriteBOM) = 0;
   virtual void LoadFromFile(const UnicodeString& AFilename, Word AMode) = 0;
   virtual void SaveToFile(const UnicodeString& AFilename, bool AFormatted, bool AWriteBOM) = 0;
+  /// Path selection from the root element (see TLxDOMDocument::CreateElementList).
+  virtual IPtr<ILxDOMElementList> CreateElementList(const UnicodeString& nodePath,
+                                                    TLxDOMSelectOptions ASelectOptions = {}) = 0;
+  virtual IPtr<ILxDOMElement> SelectSingleElement(const UnicodeString& nodePath,
+                                                  TLxDOMSelectOptions ASelectOptions = {}) = 0;
 
 protected:
   ~ILxDOMDocument() = default;

@@ -222,6 +222,17 @@ class TLxDOMNode : public TLxDOMObject {
 
   /// The children in document order, attributes of an element included; owned by this node.
   TLxDOMNodeList* ChildNodes();
+
+  /// Path selection: the first node that nodePath names from here, or nil. soRaise turns a miss
+  /// into ELxDomNotFound; soCreate adds the missing elements of a plain path of names. Both case
+  /// options, or both of soRaise and soCreate, raise Exception. The path language and its
+  /// failures are the xpath module's (lorvane/xpath/LxXPath.h); without it, ENotSupportedException.
+  TLxDOMNode* SelectSingleNode(const UnicodeString& nodePath,
+                               TLxDOMSelectOptions ASelectOptions = {});
+  /// All nodes that nodePath names, each once, in a new list that the caller frees; the list
+  /// owns no node. Empty without soRaise or soCreate when nothing matches.
+  TLxDOMNodeList* CreateNodeList(const UnicodeString& nodePath,
+                                 TLxDOMSelectOptions ASelectOptions = {});
   TLxDOMNodeImpl* DOMNodeImpl() const noexcept;
 
 protected:
@@ -358,6 +369,10 @@ class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {
   void LoadFromStream(TStream* AStream, Word AStreamCodePage) override;
   void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) override;
   IPtr<ILxDOMDocument> Document() override;
+  IPtr<ILxDOMNode> SelectSingleNode(const UnicodeString& nodePath,
+                                    TLxDOMSelectOptions ASelectOptions = {}) override;
+  IPtr<ILxDOMNodeList> CreateNodeList(const UnicodeString& nodePath,
+                                      TLxDOMSelectOptions ASelectOptions = {}) override;
 
 protected:
   ~TLxDOMNodeImpl() override = default;
