@@ -45,6 +45,13 @@ void LoadXMLDocument(std::u16string_view AText) {
   Document->LoadXML(UnicodeString(AText));
 }
 
+/// Loads bytes through the stream load, which detects the encoding.
+void LoadXMLBytes(std::string_view ABytes) {
+  TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+  TOwned<TLxMemoryStream> Stream(New<TLxMemoryStream>(ABytes.data(), Int64(ABytes.size())));
+  Document->LoadFromStream(Stream.get());
+}
+
 void LoadJSONDocument(std::string_view AText, Word ACodePage, bool AForm) {
   TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
   TOwned<TLxMemoryStream> Stream(
@@ -88,12 +95,10 @@ std::vector<HostileCase> MakeCases() {
 
       {E::XMLDocumentLoad, F::DOMSyntax, "a text ending in a tag",
        [] { LoadXMLDocument(u"<a b='1'"); }},
+      {E::XMLDocumentLoad, F::EncodingError, "a declared encoding nobody knows",
+       [] { LoadXMLBytes("<?xml version=\"1.0\" encoding=\"]tf-8\"?><a/>"); }},
       {E::XMLDocumentLoad, F::JSONTextRefused, "a stream with no markup at all",
-       [] {
-         TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
-         TOwned<TLxMemoryStream> Stream(New<TLxMemoryStream>("{}", Int64(2)));
-         Document->LoadFromStream(Stream.get());
-       }},
+       [] { LoadXMLBytes("{}"); }},
 
       {E::JSONDocumentLoad, F::JSONParseError, "a wrong keyword letter",
        [] { LoadJSONDocument("[tru]", CP_UTF8, false); }},

@@ -108,7 +108,7 @@ inline const TEntryFailures Census[] = {
       TFailure::InvalidUTF8, TFailure::BracketExpected}},
     {TEntry::XMLDocumentLoad,
      "XML document load",
-     {TFailure::DOMSyntax, TFailure::JSONTextRefused}},
+     {TFailure::DOMSyntax, TFailure::JSONTextRefused, TFailure::EncodingError}},
     {TEntry::JSONDocumentLoad,
      "JSON document load",
      {TFailure::JSONParseError, TFailure::TextEnded, TFailure::JSONException,
