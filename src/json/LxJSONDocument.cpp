@@ -98,14 +98,10 @@ void TLxJSONDocument::SaveToStream(TStream* AStream, bool AFormatted, Word ACode
       AStream->WriteBuffer(cLxUTF16LE.data(), cLxUTF16LE.size());
     TLxJSONBase::SaveToStream(AStream, AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
     return;
-  case CP_UTF8: {
-    // The UTF-16 blocks of the writer go through the adapter as they come.
-    TOwned<TLxUTF8StreamAdapter> Adapter(
-        New<TLxUTF8StreamAdapter>(AStream, /*AOwnsTarget=*/false, AWriteBOM));
-    TLxJSONBase::SaveToStream(Adapter.get(), AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);
-    Adapter->Flush();
+  case CP_UTF8:
+    // Encoded as it is written: no UTF-16 text in between.
+    jsonwriter::SaveValueUTF8(this, AStream, AFormatted, AWriteBOM);
     return;
-  }
   default: {
     TOwned<TLxStringStream> Text(New<TLxStringStream>(CP_UTF16LE, Int64{1024}));
     TLxJSONBase::SaveToStream(Text.get(), AFormatted, /*ADepth=*/0, /*AAddLeadingSpace=*/false);

@@ -1,6 +1,7 @@
 // Writing and undoing the escapes of JSON strings.
 #include "lorvane/json/LxJSONStrings.h"
 
+#include "core/internal/RawScan.h"
 #include "lorvane/platform/SysUtils.h"
 #include "json/LxJSONWriter.h"
 
@@ -56,26 +57,33 @@ void AppendJSONEscaped(UnicodeString& ATarget, std::u16string_view AStr) {
 }
 
 namespace {
-template <class Unit>
-char16_t* EscapeUnits(char16_t* AOut, const Unit* AText, std::size_t ALength) noexcept {
+// TOut char16_t writes UTF-16 units, char UTF-8 bytes: the escapes leave only units below U+0100,
+// and those from U+0080 on take two bytes there.
+template <class TOut, class Unit>
+TOut* EscapeUnits(TOut* AOut, const Unit* AText, std::size_t ALength) noexcept {
   for (std::size_t I = 0; I < ALength; ++I) {
     const char16_t C = static_cast<std::make_unsigned_t<Unit>>(AText[I]);
     if (C < 0x100) {
       const Byte Escape = EscapeTable[C];
       if (Escape == KeepUnit) {
-        *AOut++ = C;
+        if (std::is_same_v<TOut, char> && C >= 0x80) {
+          *AOut++ = static_cast<TOut>(0xC0 | (C >> 6));
+          *AOut++ = static_cast<TOut>(0x80 | (C & 0x3F));
+        } else {
+          *AOut++ = static_cast<TOut>(C);
+        }
       } else if (Escape != DropUnit) {
-        *AOut++ = u'\\';
-        *AOut++ = Escape;
+        *AOut++ = '\\';
+        *AOut++ = static_cast<TOut>(Escape);
       }
       continue;
     }
-    *AOut++ = u'\\';
-    *AOut++ = u'u';
-    *AOut++ = UpperHexDigits[C >> 12];
-    *AOut++ = UpperHexDigits[(C >> 8) & 15];
-    *AOut++ = UpperHexDigits[(C >> 4) & 15];
-    *AOut++ = UpperHexDigits[C & 15];
+    *AOut++ = '\\';
+    *AOut++ = 'u';
+    *AOut++ = static_cast<TOut>(UpperHexDigits[C >> 12]);
+    *AOut++ = static_cast<TOut>(UpperHexDigits[(C >> 8) & 15]);
+    *AOut++ = static_cast<TOut>(UpperHexDigits[(C >> 4) & 15]);
+    *AOut++ = static_cast<TOut>(UpperHexDigits[C & 15]);
   }
   return AOut;
 }
@@ -88,6 +96,31 @@ char16_t* jsonwriter::EscapeInto(char16_t* AOut, const char16_t* AText,
 
 char16_t* jsonwriter::EscapeInto(char16_t* AOut, const char* AText, std::size_t ALength) noexcept {
   return EscapeUnits(AOut, AText, ALength);
+}
+
+namespace {
+// Runs of units that go out as they are are copied many at a time; the unit that stops a run
+// takes the careful road.
+template <class Unit>
+char* EscapeUTF8(char* AOut, const Unit* AText, std::size_t ALength) noexcept {
+  for (;;) {
+    const std::size_t Plain = rawscan::CopyJSONPlain(AText, ALength, AOut);
+    AOut += Plain;
+    if (Plain == ALength)
+      return AOut;
+    AOut = EscapeUnits(AOut, AText + Plain, 1);
+    AText += Plain + 1;
+    ALength -= Plain + 1;
+  }
+}
+} // namespace
+
+char* jsonwriter::EscapeInto(char* AOut, const char16_t* AText, std::size_t ALength) noexcept {
+  return EscapeUTF8(AOut, AText, ALength);
+}
+
+char* jsonwriter::EscapeInto(char* AOut, const char* AText, std::size_t ALength) noexcept {
+  return EscapeUTF8(AOut, AText, ALength);
 }
 
 UnicodeString LxStrToJSON(std::u16string_view AStr) {

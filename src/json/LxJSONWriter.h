@@ -1,5 +1,5 @@
-// The one writer of the JSON value tree: a walk over an explicit stack that collects UTF-16 text
-// and hands it on in blocks.
+// The one writer of the JSON value tree: a walk over an explicit stack that collects text, UTF-16
+// or UTF-8, and hands it on in blocks.
 #pragma once
 
 #include "lorvane/json/LxJSONValues.h"
@@ -10,18 +10,23 @@
 
 namespace lorvane::jsonwriter {
 
-/// Writes values as the tree's SaveToStream describes. With a target stream the text goes there
-/// in blocks (Flush writes the rest); without one it stays in Text().
-class TWriter {
+/// Writes values as the tree's SaveToStream describes, in units of TUnit: char16_t for UTF-16,
+/// char for UTF-8 bytes. With a target stream the text goes there in blocks (Flush writes the
+/// rest); without one it stays in Text().
+template <class TUnit> class TBasicWriter {
 public:
-  explicit TWriter(TStream* ATarget);
-  TWriter(const TWriter&) = delete;
-  TWriter& operator=(const TWriter&) = delete;
+  /// AWriteMark (UTF-8 only): the byte order mark goes out just before the first bytes.
+  explicit TBasicWriter(TStream* ATarget, bool AWriteMark = false);
+  TBasicWriter(const TBasicWriter&) = delete;
+  TBasicWriter& operator=(const TBasicWriter&) = delete;
 
   void Write(TLxJSONBase* AValue, bool AFormatted, Integer ADepth, bool AAddLeadingSpace);
   void Flush();
+  /// Ends the text: a high surrogate still waiting for its low half goes out as U+FFFD, as the
+  /// UTF-8 stream adapter ends it.
+  void Finish();
   /// What was collected and not flushed.
-  UnicodeString Text() const { return UnicodeString(FBuffer.get(), FLength); }
+  std::basic_string_view<TUnit> Text() const { return {FBuffer.get(), FLength}; }
 
 private:
   struct TFrame {
@@ -36,45 +41,66 @@ private:
   void Close(const TFrame& AFrame);
   void WriteSimple(TLxJSONSimpleType* AValue);
   /// Escaped: the units of a UTF-16 text, or units below U+0100 of one byte each.
-  template <class Unit> void WriteEscaped(const Unit* AText, std::size_t ALength);
+  template <class Unit>
+  [[gnu::always_inline]] void WriteEscaped(const Unit* AText, std::size_t ALength);
   void WriteEscaped(std::u16string_view AText) { WriteEscaped(AText.data(), AText.size()); }
-  /// The short text of AValue, widened.
+  /// The short text of AValue, one unit per byte.
   void PutShort(const TLxJSONSimpleType* AValue);
   void WritePad(Integer ADepth);
   /// Where the next ACount units go: the text is collected in a buffer of our own, written to by
   /// pointer, which a string's appends can't match for the many short pieces of JSON.
-  char16_t* Room(std::size_t ACount) {
-    if (FCapacity - FLength < ACount)
+  TUnit* Room(std::size_t ACount) {
+    // FLimit is 0 while a high surrogate waits: what follows here is never its low half, so the
+    // slow road puts out U+FFFD first and the fast one needs no test of its own.
+    if (FLength + ACount > FLimit)
       Grow(ACount);
     return FBuffer.get() + FLength;
   }
   void Grow(std::size_t ACount);
+  void Reserve(std::size_t ACount);
+  /// ASCII text that the writer itself makes.
   void Put(std::u16string_view AText) {
-    std::copy(AText.begin(), AText.end(), Room(AText.size()));
+    TUnit* Out = Room(AText.size());
+    for (const char16_t C : AText)
+      *Out++ = static_cast<TUnit>(C);
     FLength += AText.size();
   }
   void Put(char16_t AChar) {
-    *Room(1) = AChar;
+    *Room(1) = static_cast<TUnit>(AChar);
     ++FLength;
   }
+  /// Any text, encoded: a value's own text, which may hold any unit.
+  void PutText(std::u16string_view AText);
+  void PutPendingHigh();
 
   TStream* FTarget;
+  bool FMarkPending;
   bool FFormatted = false;
-  std::unique_ptr<char16_t[]> FBuffer;
-  std::size_t FLength = 0, FCapacity = 0;
+  char16_t FPendingHigh = 0;
+  std::unique_ptr<TUnit[]> FBuffer;
+  std::size_t FLength = 0, FCapacity = 0, FLimit = 0;
   std::vector<TFrame> FStack;
 };
 
+using TWriter = TBasicWriter<char16_t>;
+using TUTF8Writer = TBasicWriter<char>;
+
 /// AText escaped as AppendJSONEscaped escapes it, written at AOut, which has room for six units
-/// per unit of AText; the end of what was written. The narrow form takes bytes as the units
-/// below U+0100.
+/// per unit of AText; the end of what was written. The narrow forms take bytes as the units
+/// below U+0100; the char output is that text in UTF-8 (the escapes leave only units below
+/// U+0100, which take one or two bytes).
 char16_t* EscapeInto(char16_t* AOut, const char16_t* AText, std::size_t ALength) noexcept;
 char16_t* EscapeInto(char16_t* AOut, const char* AText, std::size_t ALength) noexcept;
+char* EscapeInto(char* AOut, const char16_t* AText, std::size_t ALength) noexcept;
+char* EscapeInto(char* AOut, const char* AText, std::size_t ALength) noexcept;
 
 /// SaveToStream of the tree's classes: on a failure, what was collected before it is still
 /// written.
 void SaveValue(TLxJSONBase* AValue, TStream* AStream, bool AFormatted, Integer ADepth,
                bool AAddLeadingSpace);
+/// As SaveValue from depth 0 without leading space, in UTF-8 straight to AStream: the bytes that
+/// the UTF-8 stream adapter would make of SaveValue's text, byte order mark included.
+void SaveValueUTF8(TLxJSONBase* AValue, TStream* AStream, bool AFormatted, bool AWriteMark);
 /// The text of AValue from depth 0 without leading space.
 UnicodeString TextOf(TLxJSONBase* AValue, bool AFormatted);
 

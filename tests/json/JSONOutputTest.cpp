@@ -5,6 +5,7 @@
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/json/LxJSONValues.h"
+#include "lorvane/platform/CodePages.h"
 #include "support/TestHelpers.h"
 
 #include <gtest/gtest.h>
@@ -143,6 +144,78 @@ TEST_F(JSONOutput, LargeTextGoesOutInBlocksAndFailuresKeepWhatCameBefore) {
   TOwned<TCountingStream> Partial(New<TCountingStream>());
   EXPECT_THROW(Bad->SaveToStream(Partial.get(), false, 1200, false), ELxJSONException);
   EXPECT_EQ(Partial->Text(), u"[1, ");
+}
+
+// UTF-8 output is encoded as it is written; the adapter, fed the UTF-16 text, is the reference
+// for every byte: runs of plain units at the edges of the 16-unit blocks they are copied in,
+// units that take two bytes, escapes, and lone or paired surrogates in a value's own text.
+TEST_F(JSONOutput, UTF8OutputMatchesTheAdapterByteForByte) {
+  auto Bytes = [](TCountingStream* AStream) {
+    return std::string(reinterpret_cast<const char*>(AStream->Memory()),
+                       static_cast<std::size_t>(AStream->GetSize()));
+  };
+  auto Check = [&](TLxJSONDocument* ADoc) {
+    for (const bool Formatted : {false, true}) {
+      for (const bool Mark : {false, true}) {
+        TOwned<TCountingStream> Reference(New<TCountingStream>());
+        {
+          TOwned<TLxUTF8StreamAdapter> Adapter(
+              New<TLxUTF8StreamAdapter>(Reference.get(), /*AOwnsTarget=*/false, Mark));
+          static_cast<TLxJSONBase*>(ADoc)->SaveToStream(Adapter.get(), Formatted, 0, false);
+          Adapter->Flush();
+        }
+        TOwned<TCountingStream> Direct(New<TCountingStream>());
+        ADoc->SaveToStream(Direct.get(), Formatted, CP_UTF8, Mark);
+        EXPECT_EQ(Bytes(Direct.get()), Bytes(Reference.get()));
+      }
+    }
+  };
+  const std::u16string_view Stops[] = {u"\"",   u"/",      u"\\",     u"\n",     u"\x01",  u"\x1F",
+                                       u"\x7F", u"\u0080", u"\u00FF", u"\u0100", u"\uFFFF"};
+  for (const std::u16string_view Stop : Stops) {
+    for (std::size_t Before : {0, 1, 14, 15, 16, 17, 31, 32, 33}) {
+      const UnicodeString Text = UnicodeString(Before, u'a') + UnicodeString(Stop) + u"bc";
+      SCOPED_TRACE(StringToUTF8(Text));
+      TOwned<TLxJSONDocument> Doc(New<TLxJSONDocument>());
+      TLxJSONBase* Root = Doc->CreateRootValue(jdtObject);
+      // As a name and a string held as Variants, and loaded: short strings held as bytes.
+      Root->AddMember(Text, Variant(Text));
+      Root->AddMember(u"long", Variant(Text + UnicodeString(40, u'z') + Text));
+      Check(Doc.get());
+      TOwned<TLxJSONDocument> Loaded(TLxJSONDocument::CreateFromJSON(Doc->GetAsJSON()));
+      Check(Loaded.get());
+    }
+  }
+  // A value's own text goes out unescaped: pairs join, lone halves become U+FFFD, also a high
+  // half that ends the whole text.
+  const std::u16string_view Raw[] = {u"1\u00E9",
+                                     u"1\U0001F600",
+                                     u"1\xD800",
+                                     u"1\xDC00x",
+                                     u"\xD800\xD800",
+                                     u"\xDBFF\xDFFF"
+                                     u"2",
+                                     u"\u20AC\u07FF"};
+  for (const std::u16string_view Text : Raw) {
+    SCOPED_TRACE(StringToUTF8(UnicodeString(Text)));
+    for (const bool Alone : {false, true}) {
+      TOwned<TLxJSONDocument> Doc(New<TLxJSONDocument>());
+      TLxJSONBase* Value = Alone ? Doc->CreateRootValue(jdtNull)
+                                 : Doc->CreateRootValue(jdtArray)->AddValue(jdtNull, u"");
+      Value->SetAsVariant(Variant(UnicodeString(Text)));
+      Value->SetJSONType(jdtNumber);
+      if (!Alone)
+        Doc->GetRootValue()->AddValue(jdtNumber, u"1");
+      Check(Doc.get());
+    }
+  }
+  // Every unit of the first plane in one text, longer than a block of the writer.
+  UnicodeString All;
+  for (char32_t C = 0; C < 0x10000; ++C)
+    All.push_back(static_cast<char16_t>(C));
+  TOwned<TLxJSONDocument> Doc(New<TLxJSONDocument>());
+  Doc->CreateRootValue(jdtArray)->AddValue(jdtString, u"")->SetAsString(All + All);
+  Check(Doc.get());
 }
 
 TEST_F(JSONOutput, VariantsAsJSON) {

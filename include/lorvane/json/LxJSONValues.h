@@ -42,7 +42,7 @@ class TLxJSONDocument;
 class TLxJSONHandler;
 
 namespace jsonwriter {
-class TWriter;
+template <class TUnit> class TBasicWriter;
 }
 
 /// The children of a value, in insertion order, owning none of them. Eight bytes, for every
@@ -308,7 +308,7 @@ private:
   friend class TLxJSONArray;
   friend class TLxJSONDocument;
   friend class TLxJSONHandler;
-  friend class jsonwriter::TWriter;
+  template <class> friend class jsonwriter::TBasicWriter;
   TKind FKind;
 };
 
@@ -353,7 +353,7 @@ private:
   friend class TLxJSONHandler;
   friend class TLxJSONObject;
   friend class TLxJSONArray;
-  friend class jsonwriter::TWriter;
+  template <class> friend class jsonwriter::TBasicWriter;
 
   /// Text of up to this many units that each fit in a byte is held in the value itself, one
   /// byte a unit, and becomes a Variant only for the moment a getter needs one: most values of
@@ -440,7 +440,7 @@ protected:
 private:
   friend class TLxJSONObject;
   friend class TLxJSONHandler;
-  friend class jsonwriter::TWriter;
+  template <class> friend class jsonwriter::TBasicWriter;
   /// The simple value, or the unsupported error with ALabel.
   TLxJSONSimpleType* SimpleValue(std::u16string_view ALabel);
   /// The simple value, made with AValueType when there is none; on an object or array the

@@ -7,6 +7,7 @@
 
 #include "lorvane/platform/System.h"
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
@@ -213,6 +214,60 @@ inline std::size_t NarrowASCII(const Byte* AFrom, std::size_t AUnits, Byte* AOut
     if (Unit >= 0x80)
       break;
     AOut[I] = static_cast<Byte>(Unit);
+  }
+  return I;
+}
+
+/// Whether a unit goes into a JSON string as the byte it is: ASCII from U+0020 on, except '"',
+/// '/' and '\\'.
+constexpr bool IsJSONPlain(unsigned AUnit) noexcept {
+  return AUnit >= 0x20 && AUnit < 0x80 && AUnit != '"' && AUnit != '/' && AUnit != '\\';
+}
+
+/// Copies the units from the start of [AFrom, AFrom + ALength) that IsJSONPlain takes, as bytes,
+/// to AOut (room for ALength bytes) and gives their count: ALength, or the index of the first
+/// other unit. TChar is char for bytes or char16_t for UTF-16 units.
+template <class TChar>
+inline std::size_t CopyJSONPlain(const TChar* AFrom, std::size_t ALength, char* AOut) noexcept {
+  static_assert(sizeof(TChar) == 1 || sizeof(TChar) == 2);
+  std::size_t I = 0;
+#if defined(__SSE2__)
+  // 16 units a time as bytes; UTF-16 units are narrowed with saturation first, so every unit
+  // from U+0080 on becomes a byte that is negative as a signed byte, as control characters are
+  // below ' '.
+  const __m128i Space = _mm_set1_epi8(0x20), Quote = _mm_set1_epi8('"');
+  const __m128i Slash = _mm_set1_epi8('/'), Backslash = _mm_set1_epi8('\\');
+  for (; I + 16 <= ALength; I += 16) {
+    __m128i Block;
+    if constexpr (sizeof(TChar) == 1) {
+      Block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(AFrom + I));
+    } else {
+      const __m128i Low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(AFrom + I));
+      const __m128i High = _mm_loadu_si128(reinterpret_cast<const __m128i*>(AFrom + I + 8));
+      Block = _mm_packus_epi16(Low, High);
+    }
+    __m128i Hit = _mm_cmplt_epi8(Block, Space);
+    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Quote));
+    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Slash));
+    Hit = _mm_or_si128(Hit, _mm_cmpeq_epi8(Block, Backslash));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(AOut + I), Block);
+    if (const int Mask = _mm_movemask_epi8(Hit))
+      return I + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(Mask)));
+  }
+#endif
+  // One look-up a unit: short texts (most names and words) never reach a block.
+  static constexpr auto Plain = [] {
+    std::array<bool, 128> Table{};
+    for (unsigned Unit = 0; Unit < 128; ++Unit)
+      Table[Unit] = IsJSONPlain(Unit);
+    return Table;
+  }();
+  using TUnsigned = std::conditional_t<sizeof(TChar) == 1, Byte, char16_t>;
+  for (; I < ALength; ++I) {
+    const TUnsigned Unit = static_cast<TUnsigned>(AFrom[I]);
+    if (Unit >= 0x80 || !Plain[Unit])
+      break;
+    AOut[I] = static_cast<char>(Unit);
   }
   return I;
 }
