@@ -234,6 +234,39 @@ TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
   return nullptr;
 }
 
+TLxDOMNode* TLxDOMNodeListBase::FindDeclaration(const UnicodeString& APrefix) {
+  const TLxXPathCollationClass Collation = GetCollation();
+  const bool IgnoreCase = Collation == TLxXPathCollationASCIICI::StaticClass();
+  if (!IgnoreCase && Collation != TLxXPathCollationCodepoint::StaticClass())
+    return Find(APrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + APrefix, {soQualifiedName});
+  // The built-in collations compare code point by code point and keep ':' as it is, so the
+  // declaration's name can be matched in its parts: "xmlns" as prefix and APrefix as local name
+  // (or "xmlns" alone as local name). A candidate named some other way only matches when its
+  // joined name has the right length, which names of a load never have; it is joined then.
+  constexpr std::u16string_view Xmlns = u"xmlns";
+  const std::size_t Length = APrefix.empty() ? Xmlns.size() : Xmlns.size() + 1 + APrefix.size();
+  for (auto It = FList.end(); It != FList.begin();) {
+    TLxDOMNode* Node = *--It;
+    const UnicodeString& Prefix = Node->GetPrefix();
+    const UnicodeString& Local = Node->GetLocalName();
+    bool Matches;
+    if (Prefix.size() == Xmlns.size() && !APrefix.empty())
+      Matches = Local.size() == APrefix.size() && SameStringInvariant(Local, APrefix, IgnoreCase) &&
+                SameStringInvariant(Prefix, Xmlns, IgnoreCase);
+    else if (Prefix.empty() && APrefix.empty())
+      Matches = SameStringInvariant(Local, Xmlns, IgnoreCase);
+    else if ((Prefix.empty() ? Local.size() : Prefix.size() + 1 + Local.size()) != Length)
+      Matches = false;
+    else
+      Matches = SameStringInvariant(Prefix.empty() ? Local : Prefix + u':' + Local,
+                                    APrefix.empty() ? UnicodeString(Xmlns) : u"xmlns:" + APrefix,
+                                    IgnoreCase);
+    if (Matches)
+      return Node;
+  }
+  return nullptr;
+}
+
 TLxDOMNode* TLxDOMNodeListBase::Find(std::u16string_view ANamespaceURI,
                                      std::u16string_view ALocalName) {
   const TLxXPathCollationClass Collation = GetCollation();

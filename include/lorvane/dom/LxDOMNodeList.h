@@ -120,6 +120,9 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   /// The last node with ALocalName in ANamespaceURI (any namespace when empty); nil when none.
   TLxDOMNode* Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  /// Find of "xmlns" (APrefix empty) or "xmlns:" APrefix by qualified name: the declaration of
+  /// APrefix among a list of declarations, without joining the name per look-up.
+  TLxDOMNode* FindDeclaration(const UnicodeString& APrefix);
   TLxDOMNodeListBaseEnumerator GetEnumerator() const noexcept {
     return TLxDOMNodeListBaseEnumerator(this);
   }
