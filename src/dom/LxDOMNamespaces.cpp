@@ -16,7 +16,7 @@ TLxDOMAttribute* TLxDOMElement::DeclarationInScope(const UnicodeString& APrefix)
   TLxDOMAttrList* Scope = ScopeList();
   if (!Scope || Scope->Count() == 0)
     return nullptr;
-  return static_cast<TLxDOMAttribute*>(Scope->Find(DeclarationName(APrefix), {soQualifiedName}));
+  return static_cast<TLxDOMAttribute*>(Scope->FindDeclaration(APrefix));
 }
 
 UnicodeString TLxDOMElement::GetNamespaceURI() {

@@ -3,6 +3,9 @@
 
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/platform/Collation.h"
+#include "platform/internal/SmallObjectPool.h"
+
+#include <cstring>
 
 namespace lorvane {
 
@@ -59,6 +62,48 @@ bool TLxDOMNodeListBaseEnumerator::MoveNext() { return ++FIndex < FList->Count()
 
 TLxDOMNode* TLxDOMNodeListBaseEnumerator::GetCurrent() const { return FList->GetItem(FIndex); }
 
+// --- items -------------------------------------------------------------------------------------
+
+void TLxDOMNodeArray::Grow() {
+  // Two items fit the pool's smallest chunk; most parents of a loaded tree hold one or two.
+  const std::uint32_t Capacity = FCapacity == 0 ? 2 : FCapacity * 2;
+  auto** Items = static_cast<TLxDOMNode**>(smallpool::Allocate(Capacity * sizeof(TLxDOMNode*)));
+  if (FCount != 0)
+    std::memcpy(Items, FItems, FCount * sizeof(TLxDOMNode*));
+  Release();
+  FItems = Items;
+  FCapacity = Capacity;
+}
+
+void TLxDOMNodeArray::Release() noexcept {
+  if (FItems)
+    smallpool::Release(FItems, FCapacity * sizeof(TLxDOMNode*));
+}
+
+void TLxDOMNodeArray::Insert(Integer AIndex, TLxDOMNode* ANode) {
+  if (static_cast<std::uint32_t>(AIndex) > FCount)
+    RaiseListIndexError(AIndex);
+  if (FCount == FCapacity)
+    Grow();
+  std::memmove(FItems + AIndex + 1, FItems + AIndex, (FCount - AIndex) * sizeof(TLxDOMNode*));
+  FItems[AIndex] = ANode;
+  ++FCount;
+}
+
+void TLxDOMNodeArray::Delete(Integer AIndex) {
+  if (static_cast<std::uint32_t>(AIndex) >= FCount)
+    RaiseListIndexError(AIndex);
+  --FCount;
+  std::memmove(FItems + AIndex, FItems + AIndex + 1, (FCount - AIndex) * sizeof(TLxDOMNode*));
+}
+
+Integer TLxDOMNodeArray::IndexOf(const TLxDOMNode* ANode) const noexcept {
+  for (std::uint32_t I = 0; I < FCount; ++I)
+    if (FItems[I] == ANode)
+      return static_cast<Integer>(I);
+  return -1;
+}
+
 TLxDOMObjectImpl* TLxDOMNodeListBase::CreateDOMImpl(TLxDOMObject* ADOMObject) {
   return New<TLxDOMNodeListImpl>(static_cast<TLxDOMNodeListBase*>(ADOMObject));
 }
@@ -78,9 +123,6 @@ TLxDOMSelectMatchOption TLxDOMNodeListBase::GetSelectMatchOption() {
 // --- positions ----------------------------------------------------------------------------------
 
 TLxDOMNode* TLxDOMNodeListBase::Add(TLxDOMNode* ANode, TLxDOMNode* ARefNode, TLxDOMPosition APos) {
-  // The smallest heap block holds three pointers: take them at once rather than growing 1, 2, 4.
-  if (FList.GetCapacity() == 0)
-    FList.SetCapacity(3);
   switch (APos) {
   case ldpFirst:
     FList.Insert(0, ANode);
@@ -160,13 +202,11 @@ TLxDOMNode* TLxDOMNodeListBase::Previous(const TLxDOMNode* ARefNode) const {
 
 bool TLxDOMNodeListBase::ContainsNode(const TLxDOMNode* ANode) const { return IndexOf(ANode) >= 0; }
 
-Integer TLxDOMNodeListBase::IndexOf(const TLxDOMNode* ANode) const {
-  return FList.IndexOf(const_cast<TLxDOMNode*>(ANode));
-}
+Integer TLxDOMNodeListBase::IndexOf(const TLxDOMNode* ANode) const { return FList.IndexOf(ANode); }
 
 Integer TLxDOMNodeListBase::LastIndexOf(const TLxDOMNode* ANode) const noexcept {
   for (Integer I = FList.GetCount() - 1; I >= 0; --I)
-    if (FList[I] == ANode)
+    if (FList.GetItems(I) == ANode)
       return I;
   return -1;
 }
@@ -191,6 +231,39 @@ TLxDOMNode* TLxDOMNodeListBase::Find(const UnicodeString& ANodeName,
   }
   if (ASelectOptions.Contains(soRaise))
     throw ELxDomNotFound(u"There is no node for the given name \"%s\".", {ANodeName});
+  return nullptr;
+}
+
+TLxDOMNode* TLxDOMNodeListBase::FindDeclaration(const UnicodeString& APrefix) {
+  const TLxXPathCollationClass Collation = GetCollation();
+  const bool IgnoreCase = Collation == TLxXPathCollationASCIICI::StaticClass();
+  if (!IgnoreCase && Collation != TLxXPathCollationCodepoint::StaticClass())
+    return Find(APrefix.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + APrefix, {soQualifiedName});
+  // The built-in collations compare code point by code point and keep ':' as it is, so the
+  // declaration's name can be matched in its parts: "xmlns" as prefix and APrefix as local name
+  // (or "xmlns" alone as local name). A candidate named some other way only matches when its
+  // joined name has the right length, which names of a load never have; it is joined then.
+  constexpr std::u16string_view Xmlns = u"xmlns";
+  const std::size_t Length = APrefix.empty() ? Xmlns.size() : Xmlns.size() + 1 + APrefix.size();
+  for (auto It = FList.end(); It != FList.begin();) {
+    TLxDOMNode* Node = *--It;
+    const UnicodeString& Prefix = Node->GetPrefix();
+    const UnicodeString& Local = Node->GetLocalName();
+    bool Matches;
+    if (Prefix.size() == Xmlns.size() && !APrefix.empty())
+      Matches = Local.size() == APrefix.size() && SameStringInvariant(Local, APrefix, IgnoreCase) &&
+                SameStringInvariant(Prefix, Xmlns, IgnoreCase);
+    else if (Prefix.empty() && APrefix.empty())
+      Matches = SameStringInvariant(Local, Xmlns, IgnoreCase);
+    else if ((Prefix.empty() ? Local.size() : Prefix.size() + 1 + Local.size()) != Length)
+      Matches = false;
+    else
+      Matches = SameStringInvariant(Prefix.empty() ? Local : Prefix + u':' + Local,
+                                    APrefix.empty() ? UnicodeString(Xmlns) : u"xmlns:" + APrefix,
+                                    IgnoreCase);
+    if (Matches)
+      return Node;
+  }
   return nullptr;
 }
 

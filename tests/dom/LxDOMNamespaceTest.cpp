@@ -161,6 +161,31 @@ TEST_F(DomNamespaces, DeclarationsAreRecognisedWithoutRegardToCase) {
   }
 }
 
+TEST_F(DomNamespaces, TheDeclarationOfAPrefixIsFoundAsBySearchingItsJoinedName) {
+  // The look-up of a prefix's declaration matches the name in its parts; it must agree with the
+  // search for "xmlns:" prefix by qualified name under either collation, whatever the case.
+  TOwned<TLxDOMDocument> Doc(New<TLxDOMDocument>());
+  Doc->LoadFromXML(u"<r xmlns=\"d\" xmlns:p=\"1\" XMLNS:Q=\"2\" xmlns:pp=\"3\" xmlns:P=\"4\" "
+                   u"Xmlns=\"5\"/>");
+  TLxDOMAttrList* Scope = Doc->GetRootNode()->Namespaces();
+  for (const bool CaseSensitive : {false, true}) {
+    Doc->SetCaseSensitive(CaseSensitive);
+    int Found = 0;
+    for (const char16_t* Prefix : {u"", u"p", u"P", u"q", u"Q", u"pp", u"pP", u"x", u"xmlns"}) {
+      const UnicodeString P(Prefix);
+      TLxDOMNode* Expected =
+          Scope->Find(P.empty() ? UnicodeString(u"xmlns") : u"xmlns:" + P, {soQualifiedName});
+      EXPECT_EQ(Scope->FindDeclaration(P), Expected)
+          << StringToUTF8(P) << (CaseSensitive ? " (case-sensitive)" : "");
+      Found += Expected != nullptr;
+    }
+    EXPECT_GT(Found, 0);
+  }
+  Doc->SetCaseSensitive(false);
+  ASSERT_NE(Scope->FindDeclaration(u"q"), nullptr);
+  EXPECT_EQ(Scope->FindDeclaration(u"q")->GetNodeValue(), u"2");
+}
+
 /// Each element and attribute below ANode in document order: its name, its namespace URI in
 /// braces, "*" after an element that preserves space, a "/" where an element's list ends.
 std::string NamespaceOutline(TLxDOMNode* ANode) {

@@ -122,6 +122,54 @@ TEST_F(DomNodeList, DeleteTakesTheNodeOutAndLeavesItAlive) {
   EXPECT_EQ(Names(), "a");
 }
 
+TEST_F(DomNodeList, ItemsKeepTheirOrderAcrossGrowthInsertsAndDeletes) {
+  // The items' array grows by doubling and leaves the pool past 32 items: every step is checked
+  // against a plain vector, through growth, shrinking, emptying and reuse.
+  std::vector<TLxDOMNode*> Model;
+  TLxDOMNodeList* List = FList.get();
+  auto Check = [&](int AStep) {
+    ASSERT_EQ(List->Count(), Integer(Model.size())) << "step " << AStep;
+    for (std::size_t I = 0; I < Model.size(); ++I)
+      ASSERT_EQ(List->GetItem(Integer(I)), Model[I]) << "step " << AStep << ", item " << I;
+    test::ExpectRaises<EListError>([&] { List->GetItem(Integer(Model.size())); },
+                                   u"List index out of bounds (" + IntToStr(Integer(Model.size())) +
+                                       u")");
+    test::ExpectRaises<EListError>([&] { List->DeleteAt(-1); }, u"List index out of bounds (-1)");
+  };
+  unsigned Seed = 7;
+  for (int Step = 0; Step < 400; ++Step) {
+    Seed = Seed * 1103515245u + 12345u;
+    const unsigned Roll = (Seed >> 16) % 10;
+    if (Step == 200) {
+      List->Clear();
+      Model.clear();
+    } else if (Roll < 2 || (Step < 200 && Roll < 7)) {
+      TLxDOMNode* Node = Own(MakeNode(u"n"));
+      if (Roll % 3 == 0) {
+        List->Add(Node, ldpFirst);
+        Model.insert(Model.begin(), Node);
+      } else if (Roll % 3 == 1 && !Model.empty()) {
+        TLxDOMNode* Ref = Model[Model.size() / 2];
+        List->Add(Node, Ref, ldpAfter);
+        Model.insert(Model.begin() + Model.size() / 2 + 1, Node);
+      } else {
+        List->Add(Node, ldpLast);
+        Model.push_back(Node);
+      }
+    } else if (!Model.empty()) {
+      const std::size_t At = (Seed >> 8) % Model.size();
+      if (Roll % 2 == 0) {
+        List->DeleteAt(Integer(At));
+      } else {
+        EXPECT_EQ(List->Delete(Model[At]), Model[At]);
+        EXPECT_EQ(List->IndexOf(Model[At]), -1);
+      }
+      Model.erase(Model.begin() + At);
+    }
+    Check(Step);
+  }
+}
+
 TEST_F(DomNodeList, TheEnumeratorReadsTheCountAnewAtEveryStep) {
   TLxDOMNodeList* List = ListOf({u"a", u"b"});
   TLxDOMNodeListBaseEnumerator Walk = List->GetEnumerator();

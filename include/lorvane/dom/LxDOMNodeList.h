@@ -11,9 +11,55 @@
 #include "lorvane/dom/LxDOMInterfaces.h"
 #include "lorvane/dom/LxDOMObject.h"
 
+#include <cstdint>
+
 namespace lorvane {
 
 class TLxDOMNodeListBase;
+
+/// The items of a list: an array from the small-object pool, grown by doubling (the general heap
+/// spent a block per parent on a load). Indices outside the list raise EListError "List index
+/// out of bounds (%d)", as TList's do.
+class TLxDOMNodeArray {
+public:
+  TLxDOMNodeArray() noexcept = default;
+  TLxDOMNodeArray(const TLxDOMNodeArray&) = delete;
+  TLxDOMNodeArray& operator=(const TLxDOMNodeArray&) = delete;
+  ~TLxDOMNodeArray() { Release(); }
+
+  Integer GetCount() const noexcept { return static_cast<Integer>(FCount); }
+  TLxDOMNode* GetItems(Integer AIndex) const {
+    if (static_cast<std::uint32_t>(AIndex) >= FCount)
+      RaiseListIndexError(AIndex);
+    return FItems[AIndex];
+  }
+  void Add(TLxDOMNode* ANode) {
+    if (FCount == FCapacity)
+      Grow();
+    FItems[FCount++] = ANode;
+  }
+  /// AIndex may be Count, which appends.
+  void Insert(Integer AIndex, TLxDOMNode* ANode);
+  void Delete(Integer AIndex);
+  Integer IndexOf(const TLxDOMNode* ANode) const noexcept;
+  /// Empties the list and gives its memory back.
+  void Clear() noexcept {
+    Release();
+    FItems = nullptr;
+    FCount = FCapacity = 0;
+  }
+
+  TLxDOMNode* const* begin() const noexcept { return FItems; }
+  TLxDOMNode* const* end() const noexcept { return FItems + FCount; }
+
+private:
+  void Grow();
+  void Release() noexcept;
+
+  TLxDOMNode** FItems = nullptr;
+  std::uint32_t FCount = 0;
+  std::uint32_t FCapacity = 0;
+};
 
 /// Walks a list by index, reading its count anew at every step, so a list that changes meanwhile
 /// is walked as it stands. Holds no reference on the list.
@@ -74,6 +120,9 @@ class TLxDOMNodeListBase : public TLxDOMObject {
   TLxDOMNode* Find(const UnicodeString& ANodeName, TLxDOMSelectOptions ASelectOptions = {});
   /// The last node with ALocalName in ANamespaceURI (any namespace when empty); nil when none.
   TLxDOMNode* Find(std::u16string_view ANamespaceURI, std::u16string_view ALocalName);
+  /// Find of "xmlns" (APrefix empty) or "xmlns:" APrefix by qualified name: the declaration of
+  /// APrefix among a list of declarations, without joining the name per look-up.
+  TLxDOMNode* FindDeclaration(const UnicodeString& APrefix);
   TLxDOMNodeListBaseEnumerator GetEnumerator() const noexcept {
     return TLxDOMNodeListBaseEnumerator(this);
   }
@@ -102,7 +151,7 @@ class TLxDOMNodeListBase : public TLxDOMObject {
 
 protected:
   ~TLxDOMNodeListBase() override = default;
-  TList<TLxDOMNode*> FList;
+  TLxDOMNodeArray FList;
 };
 
 class TLxDOMNodeList : public TLxDOMNodeListBase {
