@@ -37,16 +37,6 @@ bool IsStop(WideChar C, bool AWithComma) noexcept {
   }
 }
 
-View TrimView(View AText) noexcept {
-  size_t Start = 0;
-  size_t End = AText.size();
-  while (Start < End && AText[Start] <= u' ')
-    ++Start;
-  while (End > Start && AText[End - 1] <= u' ')
-    --End;
-  return AText.substr(Start, End - Start);
-}
-
 [[noreturn]] void RaiseInvalidFilter(View AFilter) {
   throw Exception(u"\"%s\" is an invalid filter expression!", {UnicodeString(AFilter)});
 }

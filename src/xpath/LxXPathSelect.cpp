@@ -23,16 +23,6 @@ namespace {
 
 using View = std::u16string_view;
 
-View TrimView(View AText) noexcept {
-  size_t Start = 0;
-  size_t End = AText.size();
-  while (Start < End && AText[Start] <= u' ')
-    ++Start;
-  while (End > Start && AText[End - 1] <= u' ')
-    --End;
-  return AText.substr(Start, End - Start);
-}
-
 bool SameAscii(View A, View B) noexcept { return A.size() == B.size() && SameText(A, B); }
 
 bool IsAttribute(const TLxDOMNode* ANode) noexcept { return ANode->GetNodeType() == ntAttribute; }

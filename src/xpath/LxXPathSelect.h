@@ -66,6 +66,17 @@ private:
   static Integer& Depth() noexcept;
 };
 
+/// AText without the characters up to U+0020 at both ends.
+inline std::u16string_view TrimView(std::u16string_view AText) noexcept {
+  std::size_t Start = 0;
+  std::size_t End = AText.size();
+  while (Start < End && AText[Start] <= u' ')
+    ++Start;
+  while (End > Start && AText[End - 1] <= u' ')
+    --End;
+  return AText.substr(Start, End - Start);
+}
+
 /// The collation registered for ACollationNS (compared exactly); raises ELxDomSyntax "The
 /// collation \"%s\" is not supported!" for an unknown one.
 TLxXPathCollationClass FindXPathCollation(const UnicodeString& ACollationNS);
