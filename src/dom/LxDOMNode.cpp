@@ -338,7 +338,9 @@ struct TNameCache {
   TSlot Slot[Slots];
 };
 
-// Per thread, so that naming takes no lock; no object in common carries it.
+// Per thread, so that naming takes no lock: a node named by hand has no document or parent yet
+// that could carry a table. A cache only: what it holds decides which nodes share a record, never
+// a name any node reports.
 thread_local TNameCache NameCache;
 
 } // namespace

@@ -15,6 +15,9 @@ TXPathDepthGuard::TXPathDepthGuard() {
 }
 
 Integer& TXPathDepthGuard::Depth() noexcept {
+  // The depth of the running call stack, which only its thread has: nesting reaches here through
+  // parsing, evaluation and functions that select again through the public entry points, and no
+  // object is common to all of them to carry the count.
   thread_local Integer Value = 0;
   return Value;
 }
