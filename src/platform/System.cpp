@@ -28,7 +28,7 @@ Int64 TObject::LiveInstances() noexcept { return -1; }
 #endif
 
 TClass TObject::StaticClass() noexcept {
-  static const TMetaClass Meta{"TObject", nullptr, detail::DefaultFactory<TObject>()};
+  static const TMetaClass Meta{"TObject", nullptr, detail::DefaultFactory<TObject>(), nullptr};
   return &Meta;
 }
 

@@ -53,13 +53,15 @@ using UTF8String = std::string;
 // --- classes and metaclasses
 // ----------------------------------------------------------------------
 class TObject;
+class TComponent;
 
-/// One record per class: its name, its parent and, when the class can be made without
-/// arguments, its virtual constructor.
+/// One record per class: its name, its parent and its virtual constructors: without arguments,
+/// and for a TComponent with its owner; each nil where the class can't be made that way.
 struct TMetaClass {
   const char* Name;
   const TMetaClass* Parent;
   TObject* (*CreateDefault)();
+  TObject* (*CreateWithOwner)(TComponent* AOwner);
 };
 using TClass = const TMetaClass*;
 
@@ -73,6 +75,16 @@ template <class T> constexpr TObject* (*DefaultFactory())() {
   else
     return nullptr;
 }
+template <class T> TObject* CreateOwnedInstance(TComponent* AOwner) { return New<T>(AOwner); }
+// Only components take an owner: a constructor of another class that happens to accept a
+// pointer (or a bool) is no owner constructor.
+template <class T> constexpr TObject* (*OwnerFactory())(TComponent*) {
+  if constexpr (std::is_base_of_v<TComponent, T> && !std::is_abstract_v<T> &&
+                requires(TComponent * AOwner) { new T(AOwner); })
+    return &CreateOwnedInstance<T>;
+  else
+    return nullptr;
+}
 } // namespace detail
 
 /// Declares the metaclass of a class. Put it first in the class body; it leaves access public.
@@ -81,7 +93,8 @@ public:                                                                         
   using inherited = Base;                                                                          \
   static ::lorvane::TClass StaticClass() noexcept {                                                \
     static const ::lorvane::TMetaClass Meta{#Self, Base::StaticClass(),                            \
-                                            ::lorvane::detail::DefaultFactory<Self>()};            \
+                                            ::lorvane::detail::DefaultFactory<Self>(),             \
+                                            ::lorvane::detail::OwnerFactory<Self>()};              \
     return &Meta;                                                                                  \
   }                                                                                                \
   ::lorvane::TClass ClassType() const noexcept override { return StaticClass(); }
