@@ -445,9 +445,8 @@ const TLxRegisteredSerializers* TLxTypes::FindSerializers(const TLxTypeInfo* ATy
   std::vector<TLxTypeHandle> Candidates;
   if (ATypeInfo) {
     Candidates.push_back(ATypeInfo->GetHandle());
-    if (ATypeInfo->GetTypeKind() == ltkClass || ATypeInfo->GetKind() == tkClass)
-      for (TClass Ancestor = ATypeInfo->GetDescription()->MetaclassType();
-           Ancestor && (Ancestor = Ancestor->Parent);)
+    if (TClass Class = ATypeInfo->GetDescription()->MetaclassType())
+      for (TClass Ancestor = Class->Parent; Ancestor; Ancestor = Ancestor->Parent)
         Candidates.push_back(LxClassTypeHandle(Ancestor));
   }
   std::lock_guard Guard(Types.Lock);

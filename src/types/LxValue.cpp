@@ -66,6 +66,12 @@ void* TValue::Allocate(TLxTypeHandle AHandle) {
   return FHeap;
 }
 
+void TValue::Release(void* AStorage, TLxTypeHandle AHandle) noexcept {
+  if (FOnHeap)
+    ::operator delete(AStorage, std::align_val_t(AHandle->Ops->Align));
+  FOnHeap = false;
+}
+
 void TValue::Clear() noexcept {
   if (!FHandle)
     return;
@@ -88,9 +94,7 @@ TValue TValue::Make(const void* AData, TLxTypeHandle AHandle) {
     else
       AHandle->Ops->Construct(Storage);
   } catch (...) {
-    if (Result.FOnHeap)
-      ::operator delete(Storage, std::align_val_t(AHandle->Ops->Align));
-    Result.FOnHeap = false;
+    Result.Release(Storage, AHandle);
     throw;
   }
   Result.FHandle = AHandle;

@@ -140,6 +140,8 @@ private:
   const void* Data() const noexcept { return FOnHeap ? FHeap : static_cast<const void*>(FInline); }
   /// Storage for a value of AHandle's type, not yet constructed.
   void* Allocate(TLxTypeHandle AHandle);
+  /// Gives back what Allocate gave when constructing the value failed.
+  void Release(void* AStorage, TLxTypeHandle AHandle) noexcept;
   void Clear() noexcept;
   const TLxTypeDescription& Description() const;
   [[noreturn]] static void InvalidCast();
@@ -161,7 +163,12 @@ template <class T> TValue TValue::MakeTyped(T&& AValue) {
   using V = std::remove_cvref_t<T>;
   TValue Result;
   void* Storage = Result.Allocate(TypeHandle<V>());
-  ::new (Storage) V(std::forward<T>(AValue));
+  try {
+    ::new (Storage) V(std::forward<T>(AValue));
+  } catch (...) {
+    Result.Release(Storage, TypeHandle<V>());
+    throw;
+  }
   Result.FHandle = TypeHandle<V>();
   return Result;
 }
