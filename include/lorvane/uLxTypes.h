@@ -7,11 +7,13 @@
 ///   LxTypes.h             TLxTypes, the registry
 ///   LxDescribe.h          how an application describes its records, classes and enumerations
 ///   LxCustomSimpleType.h  the base of small value classes
+///   LxSerializable.h      how a thing offers its own serialized text
 #pragma once
 
 #include "lorvane/types/LxCustomSimpleType.h"
 #include "lorvane/types/LxDescribe.h"
 #include "lorvane/types/LxMainTypeKind.h"
+#include "lorvane/types/LxSerializable.h"
 #include "lorvane/types/LxTypeHandle.h"
 #include "lorvane/types/LxTypeInfo.h"
 #include "lorvane/types/LxTypeKinds.h"

@@ -291,6 +291,12 @@ void DescribeBuiltIn(TLxTypeDescription& ADescription, TLxTypeKind AKind) {
     }
 }
 
+void DescribeDateMarker(TLxTypeDescription& ADescription, TLxTypeKind AKind,
+                        std::u16string_view AName) {
+  DescribeBuiltIn(ADescription, AKind);
+  ADescription.SetNames(AName, Qualified(u"Lorvane", AName));
+}
+
 void SetCompilerNames(TLxTypeDescription& ADescription, std::string_view ASpelling) {
   // The last "::" outside template arguments separates the namespaces from the short name.
   std::size_t ShortStart = 0;

@@ -24,6 +24,7 @@
 
 #include "lorvane/types/LxTypes.h"
 
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -259,6 +260,60 @@ private:
   M FMethod;
 };
 
+/// The call of an event type (a std::function), as the method "Invoke" of its description.
+template <class F> class TEventCall;
+template <class R, class... A>
+class TEventCall<std::function<R(A...)>> final : public TLxMethodDescription {
+  using Function = std::function<R(A...)>;
+  using Arguments = std::tuple<std::remove_cvref_t<A>...>;
+
+public:
+  explicit TEventCall(std::initializer_list<std::u16string_view> ANames)
+      : TLxMethodDescription(u"Invoke", mvPublic,
+                             MakeParameters(ANames, std::index_sequence_for<A...>()),
+                             ReturnHandle()) {}
+
+  /// AInstance is the address of the std::function; an empty one raises EInvalidOperation
+  /// "The event is not assigned".
+  TValue Invoke(void* AInstance, const std::vector<TValue>& AArguments) const override {
+    if (AArguments.size() != sizeof...(A))
+      throw EInvalidCast(u"Parameter count mismatch");
+    const Function& Call = *static_cast<const Function*>(AInstance);
+    if (!Call)
+      throw EInvalidOperation(u"The event is not assigned");
+    return Apply(Call, AArguments, std::index_sequence_for<A...>());
+  }
+
+private:
+  static TLxTypeHandle ReturnHandle() {
+    if constexpr (std::is_void_v<R>)
+      return nullptr;
+    else
+      return TypeHandle<std::remove_cvref_t<R>>();
+  }
+  template <std::size_t... I>
+  static std::vector<TLxParameterDescription>
+  MakeParameters(std::initializer_list<std::u16string_view> ANames, std::index_sequence<I...>) {
+    std::vector<TLxParameterDescription> Result;
+    (Result.emplace_back(I < ANames.size() ? UnicodeString(ANames.begin()[I])
+                                           : u"A" + IntToStr(static_cast<Int64>(I) + 1),
+                         TypeHandle<std::tuple_element_t<I, Arguments>>()),
+     ...);
+    return Result;
+  }
+  template <std::size_t... I>
+  static TValue Apply(const Function& ACall, const std::vector<TValue>& AArguments,
+                      std::index_sequence<I...>) {
+    if constexpr (std::is_void_v<R>) {
+      ACall(ValueAs<std::tuple_element_t<I, Arguments>>(AArguments[I])...);
+      return TValue();
+    } else {
+      return ValueOf<std::remove_cvref_t<R>>(
+          ACall(ValueAs<std::tuple_element_t<I, Arguments>>(AArguments[I])...));
+    }
+  }
+};
+
 /// What records and classes share: fields, properties, indexed properties, methods, hints.
 template <class T, class Self> class TMembersBuilder {
 public:
@@ -409,6 +464,17 @@ TLxTypeBuilder LxDescribeEnum(std::u16string_view AQualifiedName,
 template <class S> TLxTypeBuilder LxDescribeSet(std::u16string_view AQualifiedName) {
   static_assert(detail::IsLxSet<S>::value, "a set is a TSet<E>");
   return TLxTypeBuilder(TLxTypes::BeginDescription(TypeHandle<S>(), AQualifiedName));
+}
+
+/// An event type, a std::function, with the names of its parameters; its description's method
+/// "Invoke" calls it and gives the parameters to the serializers.
+template <class F>
+TLxTypeBuilder LxDescribeEvent(std::u16string_view AQualifiedName,
+                               std::initializer_list<std::u16string_view> AParameterNames = {}) {
+  static_assert(detail::IsFunction<F>::value, "an event type is a std::function");
+  TLxTypeDescription& Description = TLxTypes::BeginDescription(TypeHandle<F>(), AQualifiedName);
+  Description.AddMethod(new detail::TEventCall<F>(AParameterNames));
+  return TLxTypeBuilder(Description);
 }
 
 /// An interface, held as IPtr<I>.

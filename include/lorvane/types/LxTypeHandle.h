@@ -15,6 +15,7 @@
 #include "lorvane/types/LxTypeInfo.h"
 
 #include <array>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -23,6 +24,17 @@
 namespace lorvane {
 
 class TValue;
+
+/// Marker types: a date, time or date-time that the serializers write in UTC with a "Z".
+struct TLxUTCDate : TDate {
+  using TDate::TDate;
+};
+struct TLxUTCTime : TTime {
+  using TTime::TTime;
+};
+struct TLxUTCDateTime : TDateTime {
+  using TDateTime::TDateTime;
+};
 
 /// The handle of the class AClass, made on first use (thread-safe).
 TLxTypeHandle LxClassTypeHandle(TClass AClass);
@@ -41,6 +53,8 @@ template <class E, std::size_t N> struct IsLxSet<TSet<E, N>> : std::true_type {
   using Element = E;
 };
 template <class T> struct IsIPtr : std::false_type {};
+template <class T> struct IsFunction : std::false_type {};
+template <class R, class... A> struct IsFunction<std::function<R(A...)>> : std::true_type {};
 template <class I> struct IsIPtr<IPtr<I>> : std::true_type { using Interface = I; };
 
 /// The type's name as the compiler spells it, "Shop::TColor".
@@ -56,6 +70,9 @@ template <class T> constexpr std::string_view CompilerTypeName() noexcept {
 void SetCompilerNames(TLxTypeDescription& ADescription, std::string_view ASpelling);
 /// Names, kinds and XML Schema name of a built-in simple type of kind AKind.
 void DescribeBuiltIn(TLxTypeDescription& ADescription, TLxTypeKind AKind);
+/// A date marker type: the kind of its date type, its own name.
+void DescribeDateMarker(TLxTypeDescription& ADescription, TLxTypeKind AKind,
+                        std::u16string_view AName);
 /// "TArray<E>" / "System.TArray<E>" and "array[0..N-1] of E" forms, from the element's names.
 void DescribeArray(TLxTypeDescription& ADescription, TLxTypeHandle AElement, bool ADynamic,
                    Integer AFixedLength);
@@ -141,6 +158,17 @@ template <class T> void DescribeShape(TLxTypeDescription& ADescription) {
     Access.SetFloat = [](void* AData, double AValue) {
       *static_cast<T*>(AData) = static_cast<T>(AValue);
     };
+  } else if constexpr (std::is_same_v<T, TLxUTCDate> || std::is_same_v<T, TLxUTCTime> ||
+                       std::is_same_v<T, TLxUTCDateTime>) {
+    DescribeDateMarker(ADescription,
+                       std::is_same_v<T, TLxUTCDate>   ? ltkDate
+                       : std::is_same_v<T, TLxUTCTime> ? ltkTime
+                                                       : ltkDateTime,
+                       std::is_same_v<T, TLxUTCDate>   ? u"TLxUTCDate"
+                       : std::is_same_v<T, TLxUTCTime> ? u"TLxUTCTime"
+                                                       : u"TLxUTCDateTime");
+    Access.GetFloat = [](const void* AData) { return static_cast<const T*>(AData)->Value; };
+    Access.SetFloat = [](void* AData, double AValue) { static_cast<T*>(AData)->Value = AValue; };
   } else if constexpr (std::is_same_v<T, TDateTime> || std::is_same_v<T, TDate> ||
                        std::is_same_v<T, TTime>) {
     DescribeBuiltIn(ADescription, std::is_same_v<T, TDate>   ? ltkDate
@@ -228,6 +256,10 @@ template <class T> void DescribeShape(TLxTypeDescription& ADescription) {
       *static_cast<T*>(AData) = std::move(Queried);
       return true;
     };
+  } else if constexpr (IsFunction<T>::value) {
+    // An event type: its parameters come from LxDescribeEvent.
+    SetCompilerNames(ADescription, CompilerTypeName<T>());
+    ADescription.SetKinds(ltkUnknown, tkMethod, lsdNone);
   } else if constexpr (std::is_pointer_v<T>) {
     DescribeBuiltIn(ADescription, ltkPointer);
     Access.GetOrdinal = [](const void* AData) {
