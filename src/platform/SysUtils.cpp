@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <unistd.h>
 
 namespace lorvane {
 
@@ -410,6 +411,30 @@ UnicodeString StringReplaceAll(std::u16string_view AText, std::u16string_view AO
     Result.append(ANew);
   }
   Result.append(AText.substr(From));
+  return Result;
+}
+
+UnicodeString ProgramFileName() {
+  char Path[4096];
+  const ssize_t Length = readlink("/proc/self/exe", Path, sizeof(Path));
+  return Length > 0 ? UTF8ToString(std::string_view(Path, static_cast<std::size_t>(Length)))
+                    : UnicodeString();
+}
+
+UnicodeString ExtractFileName(std::u16string_view AFileName) {
+  const auto Separator = AFileName.find_last_of(u"/\\");
+  return UnicodeString(Separator == std::u16string_view::npos ? AFileName
+                                                              : AFileName.substr(Separator + 1));
+}
+
+UnicodeString ChangeFileExt(std::u16string_view AFileName, std::u16string_view AExtension) {
+  const auto Separator = AFileName.find_last_of(u"/\\");
+  const auto Dot = AFileName.rfind(u'.');
+  UnicodeString Result(Dot == std::u16string_view::npos ||
+                               (Separator != std::u16string_view::npos && Dot < Separator)
+                           ? AFileName
+                           : AFileName.substr(0, Dot));
+  Result += AExtension;
   return Result;
 }
 

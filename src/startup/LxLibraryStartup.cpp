@@ -2,7 +2,9 @@
 #include "lorvane/classes/LxLibraryStartup.h"
 #include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/json/LxJSONValues.h"
+#include "lorvane/uLxSerializer.h"
 #include "lorvane/uLxXMLDOM.h"
+#include "lorvane/uLxXMLSerializer.h"
 #include "lorvane/uLxXPath.h"
 
 namespace lorvane {
@@ -16,6 +18,9 @@ void RunLibraryStartup() {
   });
   // Collations and functions of the path language, and the tree's path hook.
   LxXPathStartup();
+  // Serialization: the framework's alias, then each format's classes.
+  LxSerializerStartup();
+  LxXMLSerializerStartup();
 }
 
 } // namespace lorvane

@@ -166,6 +166,15 @@ UnicodeString BoolToStr(bool AValue, bool AUseBoolStrs = false);
 bool StrToBool(std::u16string_view AText);
 bool TryStrToBool(std::u16string_view AText, bool& AValue) noexcept;
 
+// --- the running program
+// -------------------------------------------------------------------------
+/// The full file name of the running program; empty where the system doesn't tell.
+UnicodeString ProgramFileName();
+/// The part of a file name behind its last directory separator.
+UnicodeString ExtractFileName(std::u16string_view AFileName);
+/// The file name with its extension (from the last '.' of the name part) replaced by AExtension.
+UnicodeString ChangeFileExt(std::u16string_view AFileName, std::u16string_view AExtension);
+
 // --- text helpers
 // ---------------------------------------------------------------------------------
 /// Takes off leading and trailing characters up to U+0020.

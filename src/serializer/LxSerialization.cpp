@@ -1,0 +1,143 @@
+// The entry points: the serializer class of a type and format, making serializers, writing
+// values, and the registrations.
+#include "lorvane/serializer/LxSerialization.h"
+
+#include "lorvane/classes/LxLibraryStartup.h"
+#include "lorvane/core/LxStreams.h"
+#include "lorvane/serializer/LxXMLSerializer.h"
+
+namespace lorvane {
+
+namespace {
+
+UnicodeString FormatName(TLxSerializeFormat AFormat) {
+  return AFormat < LxDataSerializationFormatType.size()
+             ? UnicodeString(LxDataSerializationFormatType[AFormat])
+             : IntToStr(AFormat);
+}
+
+/// A serializer of AClass, not yet initialized; nil when AClass can't make one.
+TOwned<TLxSerializer> MakeSerializer(TLxSerializerClass AClass) {
+  if (!AClass || !TObject::ClassInheritsFrom(AClass, TLxSerializer::StaticClass()) ||
+      !AClass->CreateDefault)
+    return nullptr;
+  return TOwned<TLxSerializer>(static_cast<TLxSerializer*>(AClass->CreateDefault()));
+}
+
+TLxSerializerClass SerializerClassFor(TLxSerializeFormat AFormat, const TLxTypeInfo* ATypeInfo) {
+  EnsureLibraryStarted();
+  const TLxRegisteredSerializers* Found = TLxTypes::FindSerializers(ATypeInfo, AFormat);
+  return Found ? Found->SerializerClass : nullptr;
+}
+
+} // namespace
+
+TLxSerializerClass LxFindSerializerClass(TLxSerializeFormat AFormat, TLxTypeHandle AHandle) {
+  return SerializerClassFor(AFormat, TLxTypes::GetTypeInfo(AHandle));
+}
+
+TLxSerializerClass LxFindSerializerClassEx(TLxSerializeFormat AFormat,
+                                           const TLxTypeInfo* ATypeInfo) {
+  return SerializerClassFor(AFormat, ATypeInfo);
+}
+
+TLxSerializer* LxCreateSerializer(TLxSerializeFormat AFormat, const TValue& AValue) {
+  TOwned<TLxSerializer> Serializer =
+      MakeSerializer(SerializerClassFor(AFormat, AValue.LxTypeInfo()));
+  if (!Serializer)
+    throw Exception(u"There is no registered serializer for \"%s\"!", {FormatName(AFormat)});
+  Serializer->Create(AValue);
+  return Serializer.release();
+}
+
+TLxSerializer* LxCreateSerializer(TLxSerializeFormat AFormat, void* AInstance,
+                                  TLxTypeHandle AHandle) {
+  return LxCreateSerializerEx(AFormat, AInstance, TLxTypes::GetTypeInfo(AHandle));
+}
+
+TLxSerializer* LxCreateSerializerEx(TLxSerializeFormat AFormat, void* AInstance,
+                                    const TLxTypeInfo* ATypeInfo) {
+  TOwned<TLxSerializer> Serializer = MakeSerializer(SerializerClassFor(AFormat, ATypeInfo));
+  if (!Serializer)
+    throw Exception(u"There is no \"%s\" registered serializer for %s!",
+                    {FormatName(AFormat), ATypeInfo ? ATypeInfo->GetName() : UnicodeString()});
+  Serializer->Create(AInstance, ATypeInfo);
+  return Serializer.release();
+}
+
+TLxSerializedData LxSerialize(TLxSerializeFormat AFormat, const TValue& AValue) {
+  return TOwned<TLxSerializer>(LxCreateSerializer(AFormat, AValue))->Serialize();
+}
+
+TLxSerializedData LxSerialize(TLxSerializeFormat AFormat, void* AInstance, TLxTypeHandle AHandle) {
+  return LxSerializeEx(AFormat, AInstance, TLxTypes::GetTypeInfo(AHandle));
+}
+
+TLxSerializedData LxSerializeEx(TLxSerializeFormat AFormat, void* AInstance,
+                                const TLxTypeInfo* ATypeInfo) {
+  return TOwned<TLxSerializer>(LxCreateSerializerEx(AFormat, AInstance, ATypeInfo))->Serialize();
+}
+
+void LxSerialize(TLxSerializeFormat AFormat, const TValue& AValue, TStream* AStream) {
+  TOwned<TLxSerializer>(LxCreateSerializer(AFormat, AValue))->Serialize(AStream);
+}
+
+void LxSerialize(TLxSerializeFormat AFormat, void* AInstance, TLxTypeHandle AHandle,
+                 TStream* AStream) {
+  LxSerializeEx(AFormat, AInstance, TLxTypes::GetTypeInfo(AHandle), AStream);
+}
+
+void LxSerializeEx(TLxSerializeFormat AFormat, void* AInstance, const TLxTypeInfo* ATypeInfo,
+                   TStream* AStream) {
+  TOwned<TLxSerializer>(LxCreateSerializerEx(AFormat, AInstance, ATypeInfo))->Serialize(AStream);
+}
+
+void LxRegisterSerializer(TLxSerializeFormat AFormat, TClass AClass,
+                          TLxSerializerClass ASerializerClass,
+                          TLxDeserializerClass ADeserializerClass) {
+  if (!AClass)
+    RaiseAssertionFailed(u"The ClassInfo of the class nil is unknown!");
+  LxRegisterType(AClass);
+  TLxTypes::RegisterTypeSerializers(LxClassTypeHandle(AClass), AFormat,
+                                    {ASerializerClass, ADeserializerClass});
+}
+
+void LxRegisterSerializer(TLxSerializeFormat AFormat, TLxTypeHandle AHandle,
+                          TLxSerializerClass ASerializerClass,
+                          TLxDeserializerClass ADeserializerClass) {
+  TLxTypes::RegisterTypeSerializers(AHandle, AFormat, {ASerializerClass, ADeserializerClass});
+}
+
+void LxRegisterType(TClass AClass) {
+  if (AClass && TObject::ClassInheritsFrom(AClass, TPersistent::StaticClass()))
+    RegisterClass(AClass);
+}
+
+void LxRegisterType(TLxTypeHandle AHandle) {
+  if (const TLxTypeInfo* Info = TLxTypes::GetTypeInfo(AHandle))
+    LxRegisterType(Info->GetDescription()->MetaclassType());
+}
+
+void LxSerializerStartup() {
+  TLxTypes::RegisterTypeAlias(TypeHandle<TStringList*>(), u"StringList");
+}
+
+TLxSerializedData LxObjectSerialize(TObject* AObject, TLxSerializeFormat AFormat) {
+  return LxSerialize(AFormat, AObject
+                                  ? TValue::Make(&AObject, LxClassTypeHandle(AObject->ClassType()))
+                                  : TValue());
+}
+
+TLxSerializedData LxAsXML(TObject* AObject, std::u16string_view ATargetNamespace,
+                          bool AExcludeNamespaces) {
+  TOwned<TLxSerializer> Serializer(New<TLxXMLSerializer>());
+  Serializer->Create(AObject ? TValue::Make(&AObject, LxClassTypeHandle(AObject->ClassType()))
+                             : TValue());
+  if (AExcludeNamespaces)
+    Serializer->SetParam(u"excludenamespaces", u"true");
+  else if (!ATargetNamespace.empty())
+    Serializer->SetParam(u"xmlns", ATargetNamespace);
+  return Serializer->Serialize();
+}
+
+} // namespace lorvane

@@ -1,0 +1,133 @@
+// The XML serializer's shape, character for character, on the worked example of a person.
+#include "lorvane/types/LxDescribe.h"
+#include "lorvane/uLxSerializer.h"
+#include "lorvane/uLxXMLSerializer.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
+
+#include <gtest/gtest.h>
+
+namespace lorvane {
+// This program links the serializer module without the umbrella: it makes the registrations
+// that the library's start-up makes for serialization.
+void RunLibraryStartup() {
+  LxSerializerStartup();
+  LxXMLSerializerStartup();
+}
+} // namespace lorvane
+
+using namespace lorvane;
+
+namespace {
+
+enum class TPersonKind { pkA, pkB, pkC };
+enum class TFlag { fA, fB, fC };
+using TFlags = TSet<TFlag>;
+struct TPos {
+  Integer X = 0;
+  Integer Y = 0;
+};
+
+class TPerson : public TPersistent {
+  LX_CLASS(TPerson, TPersistent)
+  TPerson() = default;
+  Integer Id = 0;
+  UnicodeString Name;
+  TDate Born;
+  TPersonKind Kind = TPersonKind::pkA;
+  TFlags Flags;
+  TPerson* Friend = nullptr;
+  TPerson* Boss = nullptr;
+  TPos Pos;
+  std::vector<Integer> Scores;
+
+protected:
+  ~TPerson() override { lorvane::Free(Friend); }
+};
+
+void DescribePerson() {
+  static const bool Described = [] {
+    LxDescribeEnum<TPersonKind>(u"Test.TPersonKind", {u"pkA", u"pkB", u"pkC"});
+    LxDescribeEnum<TFlag>(u"Test.TFlag", {u"fA", u"fB", u"fC"});
+    LxDescribeSet<TFlags>(u"Test.TFlags");
+    LxDescribeRecord<TPos>(u"Test.TPos").Field(u"X", &TPos::X).Field(u"Y", &TPos::Y);
+    LxDescribeClass<TPerson>(u"Test.TPerson")
+        .Alias(u"Person")
+        .Property(u"Id", &TPerson::Id)
+        .Property(u"Name", &TPerson::Name)
+        .Property(u"Born", &TPerson::Born)
+        .Property(u"Kind", &TPerson::Kind)
+        .Property(u"Flags", &TPerson::Flags)
+        .Property(u"Friend", &TPerson::Friend)
+        .Property(u"Boss", &TPerson::Boss)
+        .Property(u"Pos", &TPerson::Pos)
+        .Property(u"Scores", &TPerson::Scores);
+    return true;
+  }();
+  (void)Described;
+}
+
+std::string
+Serialized(TPerson* APerson,
+           std::initializer_list<std::pair<std::u16string_view, std::u16string_view>> AOptions) {
+  TOwned<TLxSerializer> Serializer(LxCreateSerializer(ldsXML, TValue::From(APerson)));
+  for (const auto& [Name, Value] : AOptions)
+    Serializer->SetParam(Name, Value);
+  return Serializer->Serialize();
+}
+
+TEST(XMLSerializerShape, WorkedPersonCharacterForCharacter) {
+  DescribePerson();
+  TOwned<TPerson> Person(New<TPerson>());
+  Person->Id = 7;
+  Person->Name = u"A&B";
+  Person->Born = TDate(EncodeDate(2001, 2, 3));
+  Person->Kind = TPersonKind::pkC;
+  Person->Flags = {TFlag::fA, TFlag::fC};
+  Person->Friend = New<TPerson>();
+  Person->Friend->Id = 8;
+  Person->Pos = {1, 2};
+  Person->Scores = {3, 4};
+  EXPECT_EQ(
+      Serialized(Person.get(), {{u"xmlns", u"urn:app"}}),
+      "<object xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+      "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\" xsi:type=\"xsd:Person\" "
+      "xmlns=\"urn:app\">"
+      "<Id xsi:type=\"xsd:int\">7</Id>"
+      "<Name xsi:type=\"xsd:string\">A&amp;B</Name>"
+      "<Born xsi:type=\"xsd:date\">2001-02-03</Born>"
+      "<Kind xsi:type=\"xsd:TPersonKind\" value=\"2\">pkC</Kind>"
+      "<Flags xsi:type=\"xsd:TFlags\" value=\"5\">[fA,fC]</Flags>"
+      "<Friend xsi:type=\"xsd:Person\"><Id xsi:type=\"xsd:int\">8</Id>"
+      "<Name xsi:type=\"xsd:string\"></Name><Born xsi:type=\"xsd:date\">1899-12-30</Born>"
+      "<Kind xsi:type=\"xsd:TPersonKind\" value=\"0\">pkA</Kind>"
+      "<Flags xsi:type=\"xsd:TFlags\" value=\"0\">[]</Flags>"
+      "<Friend xsi:type=\"xsd:Person\" xsi:nil=\"true\"/>"
+      "<Boss xsi:type=\"xsd:Person\" xsi:nil=\"true\"/>"
+      "<Pos xsi:type=\"xsd:TPos\"><X xsi:type=\"xsd:int\">0</X><Y xsi:type=\"xsd:int\">0</Y></Pos>"
+      "<Scores xsi:type=\"xsd:ArrayOfInt\"></Scores></Friend>"
+      "<Boss xsi:type=\"xsd:Person\" xsi:nil=\"true\"/>"
+      "<Pos xsi:type=\"xsd:TPos\"><X xsi:type=\"xsd:int\">1</X><Y xsi:type=\"xsd:int\">2</Y></Pos>"
+      "<Scores xsi:type=\"xsd:ArrayOfInt\"><int xsi:type=\"xsd:int\">3</int>"
+      "<int xsi:type=\"xsd:int\">4</int></Scores></object>");
+  // Without namespaces there are no attributes at all; nil is the empty element.
+  EXPECT_EQ(Serialized(Person.get(), {{u"excludenamespaces", u"true"}}),
+            "<object><Id>7</Id><Name>A&amp;B</Name><Born>2001-02-03</Born><Kind>pkC</Kind>"
+            "<Flags>[fA,fC]</Flags><Friend><Id>8</Id><Name></Name><Born>1899-12-30</Born>"
+            "<Kind>pkA</Kind><Flags>[]</Flags><Friend/><Boss/><Pos><X>0</X><Y>0</Y></Pos>"
+            "<Scores></Scores></Friend><Boss/><Pos><X>1</X><Y>2</Y></Pos>"
+            "<Scores><int>3</int><int>4</int></Scores></object>");
+  // Without the root element the members stand side by side.
+  EXPECT_EQ(
+      Serialized(Person->Friend, {{u"excludenamespaces", u"true"}, {u"excluderoot", u"true"}}),
+      "<Id>8</Id><Name></Name><Born>1899-12-30</Born><Kind>pkA</Kind><Flags>[]</Flags>"
+      "<Friend/><Boss/><Pos><X>0</X><Y>0</Y></Pos><Scores></Scores>");
+}
+
+TEST(XMLSerializerShape, DefaultNamespaceIsTheProgramsName) {
+  DescribePerson();
+  TOwned<TPerson> Person(New<TPerson>());
+  const std::string Text = Serialized(Person.get(), {});
+  EXPECT_NE(Text.find("xmlns=\"urn:lorvane_serializer_tests\""), std::string::npos) << Text;
+}
+
+} // namespace
