@@ -157,8 +157,21 @@ TLxSAXXMLReader::TLxSAXXMLReader() : FNamespaceList(this) {}
 
 TLxSAXXMLReader::~TLxSAXXMLReader() { lorvane::Free(FAttributes); }
 
+void TLxSAXXMLReader::SetContentHandler(ILxSAXContentHandler* AHandler) {
+  if (!FContent) {
+    TLxSAXReader::SetContentHandler(AHandler);
+    return;
+  }
+  if (!AHandler)
+    return;
+  FReplacedHandlers.push_back(std::move(FContentHandler));
+  FContentHandler = AHandler;
+  FContent = AHandler;
+}
+
 void TLxSAXXMLReader::ResetParseState() {
   TLxSAXReader::ResetParseState();
+  FReplacedHandlers.clear();
   // Bindings left by a parse that stopped inside an element (a failure, or a text that ended
   // with elements open) belong to that text only; they are dropped without events.
   FNamespaceList.Clear();
@@ -189,6 +202,15 @@ void TLxSAXXMLReader::InternalParse() {
   const IPtr<ILxSAXLexicalHandler> Lexical = FLexicalHandler;
   FContent = Content.Get();
   FLexical = Lexical.Get();
+  // Outside a parse, handlers are only stored (see SetContentHandler).
+  struct TParseEnds {
+    TLxSAXXMLReader* Reader;
+    ~TParseEnds() {
+      Reader->FContent = nullptr;
+      Reader->FLexical = nullptr;
+      Reader->FReplacedHandlers.clear();
+    }
+  } Ends{this};
   TLxXMLParser* P = FXMLParser;
   FScanInPlace = P->GetCharacterSetType() == csUTF8;
   if (FScanInPlace && FNameCache.empty())
@@ -233,6 +255,8 @@ void TLxSAXXMLReader::InternalParse() {
           } else if (!ParseMarkupBesideElements()) {
             ParseElement(Depth);
           }
+          if (!FReplacedHandlers.empty()) [[unlikely]]
+            FReplacedHandlers.clear();
         }
         FContent->EndDocument();
       },

@@ -314,6 +314,56 @@ TEST(XmlReader, HandlerExceptionsTakeTheFatalRoad) {
             "startDocument\nstartElement(|c|c|[])\nendElement(|c|c)\nendDocument\n");
 }
 
+TEST(XmlReader, AHandlerSetDuringAParseTakesTheNextEvents) {
+  // The outer handler hands the reader to a helper at <b> (even the empty <b/>, whose end tag is
+  // part of the same construct), and the helper hands it back at the end of b; the reader's
+  // reference is the helper's only one, and must last until that end tag's event returns.
+  struct THelper : public TEventRecorder {
+    TLxSAXReader* Reader = nullptr;
+    ILxSAXContentHandler* Back = nullptr;
+    bool* Gone = nullptr;
+    THelper() { SetAutoDestroy(true); }
+    ~THelper() override { *Gone = true; }
+    void EndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                    const LxXMLString& AQName) override {
+      TEventRecorder::EndElement(AURI, ALocalName, AQName);
+      if (ALocalName == u"b")
+        Reader->SetContentHandler(Back);
+      Transcript += "still here\n";
+    }
+  };
+  struct TOuter : public TEventRecorder {
+    TLxSAXReader* Reader = nullptr;
+    bool HelperGone = false;
+    void StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                      const LxXMLString& AQName, ILxSAXAttributes* AAttributes) override {
+      TEventRecorder::StartElement(AURI, ALocalName, AQName, AAttributes);
+      if (ALocalName != u"b")
+        return;
+      auto* Helper = New<THelper>();
+      Helper->Reader = Reader;
+      Helper->Back = this;
+      Helper->Gone = &HelperGone;
+      Reader->SetContentHandler(Helper);
+    }
+  };
+  for (const auto& [Text, OuterSees] :
+       {std::pair{u"<a><b><c/>t</b><d/></a>",
+                  "startDocument\nstartElement(|a|a|[])\nstartElement(|b|b|[])\n"
+                  "startElement(|d|d|[])\nendElement(|d|d)\nendElement(|a|a)\nendDocument\n"},
+        {u"<a><b/><d/></a>", "startDocument\nstartElement(|a|a|[])\nstartElement(|b|b|[])\n"
+                             "startElement(|d|d|[])\nendElement(|d|d)\nendElement(|a|a)\n"
+                             "endDocument\n"}}) {
+    TOwned<TOuter> Outer(New<TOuter>());
+    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    Outer->Reader = Reader.get();
+    Outer->Attach(Reader.get());
+    Reader->Parse(LxXMLString(Text));
+    EXPECT_EQ(Outer->Transcript, OuterSees);
+    EXPECT_TRUE(Outer->HelperGone) << "the reader let the helper go when it had handed back";
+  }
+}
+
 TEST(XmlReader, HandlersSetAsideDuringAParseStillHearIt) {
   // A handler that takes itself and the error handler out of the reader at <b>: the parse goes
   // on delivering to the handlers it began with, and a failure behind that is raised without an

@@ -97,6 +97,12 @@ class TLxSAXXMLReader : public TLxSAXReader {
   void SetSingleRoot(bool AValue) noexcept { FCheckSingleRootElm = AValue; }
   TLxSAXNamespaceList* GetNamespaceList() noexcept { return &FNamespaceList; }
 
+  /// During a parse, a handler set by a handler takes the events from the next one on (so a
+  /// consumer can hand the reader to a helper for a part of the text and take it back); setting
+  /// none leaves the events with the handler that has them. A handler replaced inside its own
+  /// event lives on until that event has returned.
+  void SetContentHandler(ILxSAXContentHandler* AHandler) override;
+
 protected:
   ~TLxSAXXMLReader() override;
   TLxTextParser* CreateParser(TStream* AStream, bool AStreamOwner, bool AReadBOM,
@@ -171,6 +177,9 @@ private:
     const Byte* ValueEnd;
   };
   std::vector<TRawAttribute> FRawAttributes;
+  // Handlers replaced during the parse, released between two constructs, when none of them can
+  // be running.
+  std::vector<IPtr<ILxSAXContentHandler>> FReplacedHandlers;
   // Element names in the first half, attribute names in the second; emptied for each parse, so
   // its memory is bounded by its size and the longest name it keeps.
   std::vector<TNameEntry> FNameCache;
