@@ -51,6 +51,7 @@ template <class E, std::size_t N> struct IsStdArray<std::array<E, N>> : std::tru
 template <class T> struct IsLxSet : std::false_type {};
 template <class E, std::size_t N> struct IsLxSet<TSet<E, N>> : std::true_type {
   using Element = E;
+  static constexpr std::size_t Size = N;
 };
 template <class T> struct IsIPtr : std::false_type {};
 template <class T> struct IsFunction : std::false_type {};
@@ -202,18 +203,20 @@ template <class T> void DescribeShape(TLxTypeDescription& ADescription) {
     SetOrdinalAccess<T>(Access);
   } else if constexpr (IsLxSet<T>::value) {
     using E = typename IsLxSet<T>::Element;
+    constexpr std::size_t N = IsLxSet<T>::Size;
     DescribeSet(ADescription, TypeHandle<E>());
     Access.GetOrdinal = [](const void* AData) {
       const T& Set = *static_cast<const T*>(AData);
       UInt64 Mask = 0;
-      for (unsigned Ordinal = 0; Ordinal < 64; ++Ordinal)
+      // A set holds ordinals below its size N only; asking beyond would throw out of the bitset.
+      for (unsigned Ordinal = 0; Ordinal < 64 && Ordinal < N; ++Ordinal)
         if (Set.Contains(static_cast<E>(Ordinal)))
           Mask |= UInt64(1) << Ordinal;
       return static_cast<Int64>(Mask);
     };
     Access.SetOrdinal = [](void* AData, Int64 AValue) {
       T Set;
-      for (unsigned Ordinal = 0; Ordinal < 64; ++Ordinal)
+      for (unsigned Ordinal = 0; Ordinal < 64 && Ordinal < N; ++Ordinal)
         if ((static_cast<UInt64>(AValue) >> Ordinal) & 1)
           Set.Include(static_cast<E>(Ordinal));
       *static_cast<T*>(AData) = Set;
