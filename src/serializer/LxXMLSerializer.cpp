@@ -3,6 +3,7 @@
 #include "lorvane/serializer/LxXMLSerializer.h"
 
 #include "lorvane/serializer/LxSerialization.h"
+#include "lorvane/serializer/LxXMLDeserializer.h"
 
 #include "lorvane/classes/LxVariants.h"
 #include "lorvane/core/LxWellKnownNames.h"
@@ -308,7 +309,8 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
 }
 
 void LxXMLSerializerStartup() {
-  LxRegisterSerializer(ldsXML, TLxTypeHandle(nullptr), TLxXMLSerializer::StaticClass(), nullptr);
+  LxRegisterSerializer(ldsXML, TLxTypeHandle(nullptr), TLxXMLSerializer::StaticClass(),
+                       TLxXMLDeserializer::StaticClass());
 }
 
 } // namespace lorvane

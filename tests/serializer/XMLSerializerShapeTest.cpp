@@ -1,4 +1,5 @@
 // The XML serializer's shape, character for character, on the worked example of a person.
+#include "lorvane/serializer/LxDeserialization.h"
 #include "lorvane/types/LxDescribe.h"
 #include "lorvane/uLxSerializer.h"
 #include "lorvane/uLxXMLSerializer.h"
@@ -128,6 +129,43 @@ TEST(XMLSerializerShape, DefaultNamespaceIsTheProgramsName) {
   TOwned<TPerson> Person(New<TPerson>());
   const std::string Text = Serialized(Person.get(), {});
   EXPECT_NE(Text.find("xmlns=\"urn:lorvane_serializer_tests\""), std::string::npos) << Text;
+}
+
+} // namespace
+
+namespace {
+
+TEST(XMLDeserializer, ReadsThePersonBackIntoANewObject) {
+  DescribePerson();
+  TOwned<TPerson> Person(New<TPerson>());
+  Person->Id = 7;
+  Person->Name = u"A&B <c>";
+  Person->Born = TDate(EncodeDate(2001, 2, 3));
+  Person->Kind = TPersonKind::pkC;
+  Person->Flags = {TFlag::fA, TFlag::fC};
+  Person->Friend = New<TPerson>();
+  Person->Friend->Id = 8;
+  Person->Pos = {1, 2};
+  Person->Scores = {3, 4};
+  const std::string Text = Serialized(Person.get(), {});
+  // The new person's graph keeps the friend made for it.
+  TObjectList* GraphOwns = nullptr;
+  TOwned<TObject> Made(LxCreateFrom(ldsXML, Text, &GraphOwns));
+  ASSERT_TRUE(Made && Made->InheritsFrom(TPerson::StaticClass()));
+  auto* Copy = static_cast<TPerson*>(Made.get());
+  EXPECT_EQ(Copy->Id, 7);
+  EXPECT_EQ(Copy->Name, u"A&B <c>");
+  EXPECT_EQ(double(Copy->Born), double(Person->Born));
+  EXPECT_EQ(Copy->Kind, TPersonKind::pkC);
+  EXPECT_TRUE(Copy->Flags == Person->Flags);
+  EXPECT_EQ(Copy->Pos.X, 1);
+  EXPECT_EQ(Copy->Pos.Y, 2);
+  EXPECT_EQ(Copy->Scores, (std::vector<Integer>{3, 4}));
+  EXPECT_EQ(Copy->Boss, nullptr);
+  EXPECT_EQ(Serialized(Copy, {}), Text);
+  // Without a list the run frees the friend it made, and leaves no member pointing at it.
+  TOwned<TObject> Alone(LxCreateFrom(ldsXML, Text));
+  EXPECT_EQ(static_cast<TPerson*>(Alone.get())->Friend, nullptr);
 }
 
 } // namespace

@@ -62,7 +62,8 @@ private:
                           std::u16string_view AMemberName);
 };
 
-/// The XML format's start-up registration: TLxXMLSerializer as the default serializer of XML.
+/// The XML format's start-up registration: TLxXMLSerializer and TLxXMLDeserializer as the
+/// default serializer and deserializer of XML.
 /// Called once by the library's start-up.
 void LxXMLSerializerStartup();
 
