@@ -9,6 +9,7 @@
 #include "lorvane/core/LxWellKnownNames.h"
 #include "lorvane/xmlutils/LxXMLEscape.h"
 #include "lorvane/xmlutils/LxXMLValues.h"
+#include "lorvane/xmlutils/LxXMLVariants.h"
 
 namespace lorvane {
 
@@ -311,6 +312,8 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
 void LxXMLSerializerStartup() {
   LxRegisterSerializer(ldsXML, TLxTypeHandle(nullptr), TLxXMLSerializer::StaticClass(),
                        TLxXMLDeserializer::StaticClass());
+  // Arrays, records and objects in document text (LxValToXML) are their XML serialization.
+  SetValueSerializer([](const TValue& AValue) { return LxSerialize(ldsXML, AValue); });
 }
 
 } // namespace lorvane
