@@ -39,6 +39,9 @@ template <class E, std::size_t N> struct IsStdArray<std::array<E, N>> : std::tru
 template <class T> struct IsLxSet : std::false_type {};
 template <class E, std::size_t N> struct IsLxSet<TSet<E, N>> : std::true_type {
   using Element = E;
+  /// The ordinals that both the set and a mask hold: asking a narrower set beyond its size
+  /// would throw out of its noexcept operations.
+  static constexpr unsigned MaskOrdinals = N < 64 ? static_cast<unsigned>(N) : 64;
 };
 template <class T> struct IsIPtr : std::false_type {};
 template <class I> struct IsIPtr<IPtr<I>> : std::true_type { using Interface = I; };
@@ -174,18 +177,19 @@ template <class T> void DescribeShape(TLxTypeDescription& ADescription) {
     SetOrdinalAccess<T>(Access);
   } else if constexpr (IsLxSet<T>::value) {
     using E = typename IsLxSet<T>::Element;
+    constexpr unsigned Ordinals = IsLxSet<T>::MaskOrdinals;
     DescribeSet(ADescription, TypeHandle<E>());
     Access.GetOrdinal = [](const void* AData) {
       const T& Set = *static_cast<const T*>(AData);
       UInt64 Mask = 0;
-      for (unsigned Ordinal = 0; Ordinal < 64; ++Ordinal)
+      for (unsigned Ordinal = 0; Ordinal < Ordinals; ++Ordinal)
         if (Set.Contains(static_cast<E>(Ordinal)))
           Mask |= UInt64(1) << Ordinal;
       return static_cast<Int64>(Mask);
     };
     Access.SetOrdinal = [](void* AData, Int64 AValue) {
       T Set;
-      for (unsigned Ordinal = 0; Ordinal < 64; ++Ordinal)
+      for (unsigned Ordinal = 0; Ordinal < Ordinals; ++Ordinal)
         if ((static_cast<UInt64>(AValue) >> Ordinal) & 1)
           Set.Include(static_cast<E>(Ordinal));
       *static_cast<T*>(AData) = Set;

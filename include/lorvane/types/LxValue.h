@@ -115,10 +115,11 @@ public:
   bool ToBoolean(bool ARaise = true, bool ADefault = false) const;
   UnicodeString ToWideString(bool ARaise = true, std::u16string_view ADefault = {}) const;
   /// The value converted to the type AHandle: true with AResult, or false (AResult untouched).
-  /// Whole numbers must fit the target; an enumeration takes an ordinal within its names or a
-  /// name (letter case ignored); a set takes a mask or its text form; a class takes an object of
-  /// it or a descendant; an interface a value that supports it; a Variant and a TValue take any
-  /// simple value; records and arrays only a value of their own type.
+  /// AResult may be this value itself. Whole numbers must fit the target; an enumeration takes
+  /// an ordinal within its names or a name (letter case ignored); a set takes a mask of
+  /// ordinals within its element's names or its text form; a class takes an object of it or a
+  /// descendant; an interface a value that supports it; a Variant and a TValue take any simple
+  /// value; records and arrays only a value of their own type.
   bool ToType(TLxTypeHandle AHandle, TValue& AResult) const;
   /// Empty; a nil object, pointer or interface; a Variant that is Empty or Null.
   bool IsNull() const noexcept;
@@ -140,11 +141,15 @@ private:
   const void* Data() const noexcept { return FOnHeap ? FHeap : static_cast<const void*>(FInline); }
   /// Storage for a value of AHandle's type, not yet constructed.
   void* Allocate(TLxTypeHandle AHandle);
+  /// Gives back what Allocate took, once no value lives in it.
+  void FreeStorage(const TLxValueOps* AOps) noexcept;
   void Clear() noexcept;
   const TLxTypeDescription& Description() const;
   [[noreturn]] static void InvalidCast();
   /// The strict conversion of the As... operations: the same kind of value in another width.
   bool CastTo(TLxTypeHandle AHandle, TValue& AResult) const;
+  /// ToType into an empty AResult that isn't this value.
+  bool ConvertTo(TLxTypeHandle AHandle, TValue& AResult) const;
   Variant ConversionSource() const;
   template <class T> T ConvertedTo(TVarType AVarType, bool ARaise, T ADefault) const;
   template <class T> static TValue MakeTyped(T&& AValue);
@@ -161,7 +166,12 @@ template <class T> TValue TValue::MakeTyped(T&& AValue) {
   using V = std::remove_cvref_t<T>;
   TValue Result;
   void* Storage = Result.Allocate(TypeHandle<V>());
-  ::new (Storage) V(std::forward<T>(AValue));
+  try {
+    ::new (Storage) V(std::forward<T>(AValue));
+  } catch (...) {
+    Result.FreeStorage(TypeHandle<V>()->Ops);
+    throw;
+  }
   Result.FHandle = TypeHandle<V>();
   return Result;
 }
