@@ -247,10 +247,20 @@ private:
 
   // "ArrayOfString": the dynamic array of the type whose schema name follows the prefix; one
   // that nobody declared is made without storage, for its names and element type.
+  static bool IsArrayOfName(std::u16string_view AName) {
+    return AName.size() > ArrayOfPrefix.size() &&
+           FoldedKey(AName.substr(0, ArrayOfPrefix.size())) == FoldedKey(ArrayOfPrefix);
+  }
+
   const TLxTypeInfo* UndeclaredArray(std::u16string_view AName) {
-    if (AName.size() <= ArrayOfPrefix.size() ||
-        FoldedKey(AName.substr(0, ArrayOfPrefix.size())) != FoldedKey(ArrayOfPrefix))
+    if (!IsArrayOfName(AName))
       return nullptr;
+    // Counted before anything is made: each level recurses once and names its element in full.
+    Integer Depth = 0;
+    for (std::u16string_view Rest = AName; IsArrayOfName(Rest);
+         Rest.remove_prefix(ArrayOfPrefix.size()))
+      if (++Depth > cLxMaxUndeclaredArrayDepth)
+        return nullptr;
     const TLxTypeInfo* Element = FindByName(AName.substr(ArrayOfPrefix.size()), ltnSchema, lmkNone);
     if (!Element)
       return nullptr;

@@ -251,6 +251,20 @@ TEST(TypeRegistry, ArrayOfAnUndeclaredElementIsMadeFromItsName) {
   EXPECT_EQ(Nested->GetDescription()->ElementType(), Array);
   EXPECT_EQ(Nested->SchemaName(u"ns"), u"ns:ArrayOfArrayOfTColor");
   EXPECT_EQ(TLxTypes::GetTypeInfo(u"ArrayOfNothing", ltnSchema), nullptr);
+
+  // A document may nest the prefix as often as it likes; the registry makes only so many levels.
+  auto Nesting = [](std::size_t ADepth) {
+    UnicodeString Name;
+    for (std::size_t I = 0; I < ADepth; ++I)
+      Name += u"ArrayOf";
+    return Name + u"TColor";
+  };
+  const auto Deepest = static_cast<std::size_t>(cLxMaxUndeclaredArrayDepth);
+  const TLxTypeInfo* Deep = TLxTypes::GetTypeInfo(Nesting(Deepest), ltnSchema);
+  ASSERT_NE(Deep, nullptr);
+  EXPECT_EQ(Utf8(Deep->SchemaName()), Utf8(Nesting(Deepest)));
+  EXPECT_EQ(TLxTypes::GetTypeInfo(Nesting(Deepest + 1), ltnSchema), nullptr);
+  EXPECT_EQ(TLxTypes::GetTypeInfo(Nesting(100000), ltnSchema, false, lmkArray), nullptr);
   EXPECT_EQ(TLxTypes::GetTypeInfo(u"ArrayOf", ltnSchema), nullptr);
 }
 

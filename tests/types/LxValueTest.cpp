@@ -68,6 +68,9 @@ TEST_F(Value, MadeFromValuesVariantsAndOrdinals) {
   EXPECT_EQ(Number.LxTypeInfo(), TLxTypes::GetTypeInfo<Integer>());
   EXPECT_FALSE(Number.GetIsEmpty());
   EXPECT_EQ(TValue::From(u"x").GetTypeInfo(), TypeHandle<UnicodeString>());
+  const TValue NoText = TValue::From(static_cast<const char16_t*>(nullptr));
+  EXPECT_EQ(NoText.GetTypeInfo(), TypeHandle<UnicodeString>());
+  EXPECT_EQ(NoText.AsString(), u"");
   const TValue Empty = TValue::Empty();
   EXPECT_TRUE(Empty.GetIsEmpty());
   EXPECT_EQ(Empty.GetTypeInfo(), nullptr);

@@ -42,7 +42,10 @@ public:
   /// The value of the type of AValue. A class pointer is held as the object (type: its class as
   /// declared), a text literal as UnicodeString.
   template <class T> static TValue From(T&& AValue);
-  static TValue From(const char16_t* AValue) { return From(UnicodeString(AValue)); }
+  /// A nil text pointer is the empty text, as it is to a Variant.
+  static TValue From(const char16_t* AValue) {
+    return From(AValue ? UnicodeString(AValue) : UnicodeString());
+  }
   /// The Variant's content as a value of its own type: whole numbers of their width, floats,
   /// TDateTime, Boolean, UnicodeString (byte strings too), an interface as IPtr<IInterface>.
   /// Empty and Null give the empty value; arrays stay a Variant.
