@@ -137,8 +137,11 @@ TLxTypeDescription::GetIndexedProperty(std::u16string_view AName) const {
 
 const TLxMethodDescription* TLxTypeDescription::GetMethod(std::u16string_view AName) const {
   for (const TLxTypeDescription* Description = this; Description;) {
+    // An ancestor's constructor would make an object of the ancestor: a class that its
+    // metaclass can't make has no "Create".
     if (const TLxMethodDescription* Found = FindByName(Description->FMethods, AName))
-      return Found;
+      if (Description == this || !Found->GetIsConstructor())
+        return Found;
     const TLxTypeInfo* Base = Description->BaseType();
     Description = Base ? Base->GetDescription() : nullptr;
   }

@@ -110,7 +110,12 @@ public:
 
   void Rename(TLxTypeDescription& ADescription, std::u16string_view AQualifiedName) {
     const TLxTypeInfo* Info = ADescription.GetTypeInfo();
-    LeaveNames(Info);
+    // Only the names the type had by itself go; aliases registered before the description
+    // keep finding it.
+    Leave(ltnName, Info->GetName(), Info);
+    Leave(ltnQualified, Info->GetQualifiedName(), Info);
+    if (ADescription.GetAlias().empty())
+      Leave(ltnSchema, Info->SchemaName(), Info);
     const auto Dot = AQualifiedName.rfind(u'.');
     ADescription.SetNames(Dot == std::u16string_view::npos ? AQualifiedName
                                                            : AQualifiedName.substr(Dot + 1),
@@ -224,10 +229,9 @@ private:
       ArrayOfElement.emplace(Description->ElementTypeHandle(), AInfo);
   }
 
-  void LeaveNames(const TLxTypeInfo* AInfo) {
-    for (auto& Table : Names)
-      for (auto& [Key, Entries] : Table)
-        std::erase(Entries, AInfo);
+  void Leave(TLxTypeNameType AType, std::u16string_view AName, const TLxTypeInfo* AInfo) {
+    if (auto Found = Names[AType].find(FoldedKey(AName)); Found != Names[AType].end())
+      std::erase(Found->second, AInfo);
   }
 
   const TLxTypeInfo* FindInTable(std::u16string_view AName, TLxTypeNameType ANameType,
@@ -243,10 +247,20 @@ private:
 
   // "ArrayOfString": the dynamic array of the type whose schema name follows the prefix; one
   // that nobody declared is made without storage, for its names and element type.
+  static bool IsArrayOfName(std::u16string_view AName) {
+    return AName.size() > ArrayOfPrefix.size() &&
+           FoldedKey(AName.substr(0, ArrayOfPrefix.size())) == FoldedKey(ArrayOfPrefix);
+  }
+
   const TLxTypeInfo* UndeclaredArray(std::u16string_view AName) {
-    if (AName.size() <= ArrayOfPrefix.size() ||
-        FoldedKey(AName.substr(0, ArrayOfPrefix.size())) != FoldedKey(ArrayOfPrefix))
+    if (!IsArrayOfName(AName))
       return nullptr;
+    // Counted before anything is made: each level recurses once and names its element in full.
+    Integer Depth = 0;
+    for (std::u16string_view Rest = AName; IsArrayOfName(Rest);
+         Rest.remove_prefix(ArrayOfPrefix.size()))
+      if (++Depth > cLxMaxUndeclaredArrayDepth)
+        return nullptr;
     const TLxTypeInfo* Element = FindByName(AName.substr(ArrayOfPrefix.size()), ltnSchema, lmkNone);
     if (!Element)
       return nullptr;

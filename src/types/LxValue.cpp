@@ -66,9 +66,9 @@ void* TValue::Allocate(TLxTypeHandle AHandle) {
   return FHeap;
 }
 
-void TValue::Release(void* AStorage, TLxTypeHandle AHandle) noexcept {
+void TValue::FreeStorage(const TLxValueOps* AOps) noexcept {
   if (FOnHeap)
-    ::operator delete(AStorage, std::align_val_t(AHandle->Ops->Align));
+    ::operator delete(FHeap, std::align_val_t(AOps->Align));
   FOnHeap = false;
 }
 
@@ -77,10 +77,8 @@ void TValue::Clear() noexcept {
     return;
   const TLxValueOps* Ops = FHandle->Ops;
   Ops->Destroy(Data());
-  if (FOnHeap)
-    ::operator delete(FHeap, std::align_val_t(Ops->Align));
+  FreeStorage(Ops);
   FHandle = nullptr;
-  FOnHeap = false;
 }
 
 TValue TValue::Make(const void* AData, TLxTypeHandle AHandle) {
@@ -94,7 +92,7 @@ TValue TValue::Make(const void* AData, TLxTypeHandle AHandle) {
     else
       AHandle->Ops->Construct(Storage);
   } catch (...) {
-    Result.Release(Storage, AHandle);
+    Result.FreeStorage(AHandle->Ops);
     throw;
   }
   Result.FHandle = AHandle;
@@ -390,8 +388,15 @@ bool TValue::CastTo(TLxTypeHandle AHandle, TValue& AResult) const {
     return true;
   }
   if (To == ltkInterface && (Kind == ltkInterface || Kind == ltkClass)) {
-    AResult = Make(nullptr, AHandle);
-    return TargetAccess.SetInterface(AResult.Data(), AsInterface().Get());
+    const IPtr<IInterface> Source = AsInterface();
+    // An object that is no interface at all supports none; only nil becomes a nil interface.
+    if (!Source && !IsNull())
+      return false;
+    TValue Made = Make(nullptr, AHandle);
+    if (!TargetAccess.SetInterface(Made.Data(), Source.Get()))
+      return false;
+    AResult = std::move(Made);
+    return true;
   }
   return false;
 }
@@ -451,7 +456,10 @@ UnicodeString TValue::ToString() const {
   case ltkInterface:
     return u"(interface @ " + AddressText(AsInterface().Get()) + u")";
   case ltkPointer:
-    return u"(pointer @ " + AddressText(reinterpret_cast<const void*>(AsOrdinal())) + u")";
+    // Not through AsOrdinal: a pointer is no ordinal to the strict reads.
+    return u"(pointer @ " +
+           AddressText(reinterpret_cast<const void*>(Description().Access().GetOrdinal(Data()))) +
+           u")";
   case ltkClassRef:
     return AsClass() ? ClassNameOf(AsClass()) : UnicodeString(u"nil");
   default:

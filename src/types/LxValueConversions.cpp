@@ -143,6 +143,16 @@ UnicodeString TValue::ToWideString(bool ARaise, std::u16string_view ADefault) co
 }
 
 bool TValue::ToType(TLxTypeHandle AHandle, TValue& AResult) const {
+  // Converted apart: AResult may be this value, which the conversion still reads, and a failed
+  // conversion leaves AResult as it was.
+  TValue Converted;
+  if (!ConvertTo(AHandle, Converted))
+    return false;
+  AResult = std::move(Converted);
+  return true;
+}
+
+bool TValue::ConvertTo(TLxTypeHandle AHandle, TValue& AResult) const {
   if (!AHandle)
     return false;
   if (CastTo(AHandle, AResult))
@@ -188,6 +198,12 @@ bool TValue::ToType(TLxTypeHandle AHandle, TValue& AResult) const {
         Mask = ToInt64();
       else
         return false;
+      // As for an enumeration, ordinals without a name are no members.
+      if (const TLxTypeInfo* Element = To.ElementType()) {
+        const Int64 Highest = Element->GetDescription()->GetMaxValue();
+        if (Highest >= 0 && Highest < 63 && (static_cast<UInt64>(Mask) >> (Highest + 1)) != 0)
+          return false;
+      }
       AResult = FromOrdinal(AHandle, Mask);
       return true;
     }

@@ -51,7 +51,9 @@ template <class E, std::size_t N> struct IsStdArray<std::array<E, N>> : std::tru
 template <class T> struct IsLxSet : std::false_type {};
 template <class E, std::size_t N> struct IsLxSet<TSet<E, N>> : std::true_type {
   using Element = E;
-  static constexpr std::size_t Size = N;
+  /// The ordinals that both the set and a mask hold: asking a narrower set beyond its size
+  /// would throw out of its noexcept operations.
+  static constexpr unsigned MaskOrdinals = N < 64 ? static_cast<unsigned>(N) : 64;
 };
 template <class T> struct IsIPtr : std::false_type {};
 template <class T> struct IsFunction : std::false_type {};
@@ -203,20 +205,19 @@ template <class T> void DescribeShape(TLxTypeDescription& ADescription) {
     SetOrdinalAccess<T>(Access);
   } else if constexpr (IsLxSet<T>::value) {
     using E = typename IsLxSet<T>::Element;
-    constexpr std::size_t N = IsLxSet<T>::Size;
+    constexpr unsigned Ordinals = IsLxSet<T>::MaskOrdinals;
     DescribeSet(ADescription, TypeHandle<E>());
     Access.GetOrdinal = [](const void* AData) {
       const T& Set = *static_cast<const T*>(AData);
       UInt64 Mask = 0;
-      // A set holds ordinals below its size N only; asking beyond would throw out of the bitset.
-      for (unsigned Ordinal = 0; Ordinal < 64 && Ordinal < N; ++Ordinal)
+      for (unsigned Ordinal = 0; Ordinal < Ordinals; ++Ordinal)
         if (Set.Contains(static_cast<E>(Ordinal)))
           Mask |= UInt64(1) << Ordinal;
       return static_cast<Int64>(Mask);
     };
     Access.SetOrdinal = [](void* AData, Int64 AValue) {
       T Set;
-      for (unsigned Ordinal = 0; Ordinal < 64 && Ordinal < N; ++Ordinal)
+      for (unsigned Ordinal = 0; Ordinal < Ordinals; ++Ordinal)
         if ((static_cast<UInt64>(AValue) >> Ordinal) & 1)
           Set.Include(static_cast<E>(Ordinal));
       *static_cast<T*>(AData) = Set;

@@ -330,7 +330,8 @@ public:
   const TLxPropertyDescription* GetProperty(std::u16string_view AName) const;
   const TLxIndexedPropertyDescription* GetIndexedProperty(std::u16string_view AName) const;
   /// This type's or the nearest ancestor's; for a class that its metaclass can make, "Create"
-  /// is its constructor (with the owner as parameter AOwner for a TComponent).
+  /// is its constructor (with the owner as parameter AOwner for a TComponent). An ancestor's
+  /// constructor is never found: a class that can't be made has no "Create".
   const TLxMethodDescription* GetMethod(std::u16string_view AName) const;
   /// The annotations of the type itself (shoEnumPrefix on an enumeration).
   const std::vector<TCustomAttribute*>& GetAttributes() const noexcept {

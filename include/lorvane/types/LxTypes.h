@@ -23,6 +23,10 @@ struct TLxRegisteredSerializers {
   TClass DeserializerClass = nullptr;
 };
 
+/// How many "ArrayOf" prefixes a name may carry to make arrays that nobody declared: the name
+/// comes from a document, and each level is a type that stays for the process.
+inline constexpr Integer cLxMaxUndeclaredArrayDepth = 32;
+
 class TLxTypes {
 public:
   TLxTypes() = delete;
@@ -38,7 +42,8 @@ public:
   /// main kind. A schema name may carry a prefix ("xsd:int", "ns:TCustomer"). A schema name
   /// "ArrayOf" + an element's schema name gives the dynamic array of that element even when no
   /// such type was declared (such an array made from its name has no storage: it serves names
-  /// and element types, not values). A class registered with RegisterClass is found by its name.
+  /// and element types, not values); such undeclared arrays nest at most
+  /// cLxMaxUndeclaredArrayDepth deep. A class registered with RegisterClass is found by its name.
   /// Not found: nil, or with ARaiseIfNotFound EArgumentException "Unknown type \"%s\"".
   static const TLxTypeInfo* GetTypeInfo(std::u16string_view AName, TLxTypeNameType ANameType,
                                         bool ARaiseIfNotFound = false,

@@ -42,7 +42,10 @@ public:
   /// The value of the type of AValue. A class pointer is held as the object (type: its class as
   /// declared), a text literal as UnicodeString.
   template <class T> static TValue From(T&& AValue);
-  static TValue From(const char16_t* AValue) { return From(UnicodeString(AValue)); }
+  /// A nil text pointer is the empty text, as it is to a Variant.
+  static TValue From(const char16_t* AValue) {
+    return From(AValue ? UnicodeString(AValue) : UnicodeString());
+  }
   /// The Variant's content as a value of its own type: whole numbers of their width, floats,
   /// TDateTime, Boolean, UnicodeString (byte strings too), an interface as IPtr<IInterface>.
   /// Empty and Null give the empty value; arrays stay a Variant.
@@ -115,10 +118,11 @@ public:
   bool ToBoolean(bool ARaise = true, bool ADefault = false) const;
   UnicodeString ToWideString(bool ARaise = true, std::u16string_view ADefault = {}) const;
   /// The value converted to the type AHandle: true with AResult, or false (AResult untouched).
-  /// Whole numbers must fit the target; an enumeration takes an ordinal within its names or a
-  /// name (letter case ignored); a set takes a mask or its text form; a class takes an object of
-  /// it or a descendant; an interface a value that supports it; a Variant and a TValue take any
-  /// simple value; records and arrays only a value of their own type.
+  /// AResult may be this value itself. Whole numbers must fit the target; an enumeration takes
+  /// an ordinal within its names or a name (letter case ignored); a set takes a mask of
+  /// ordinals within its element's names or its text form; a class takes an object of it or a
+  /// descendant; an interface a value that supports it; a Variant and a TValue take any simple
+  /// value; records and arrays only a value of their own type.
   bool ToType(TLxTypeHandle AHandle, TValue& AResult) const;
   /// Empty; a nil object, pointer or interface; a Variant that is Empty or Null.
   bool IsNull() const noexcept;
@@ -140,13 +144,15 @@ private:
   const void* Data() const noexcept { return FOnHeap ? FHeap : static_cast<const void*>(FInline); }
   /// Storage for a value of AHandle's type, not yet constructed.
   void* Allocate(TLxTypeHandle AHandle);
-  /// Gives back what Allocate gave when constructing the value failed.
-  void Release(void* AStorage, TLxTypeHandle AHandle) noexcept;
+  /// Gives back what Allocate took, once no value lives in it.
+  void FreeStorage(const TLxValueOps* AOps) noexcept;
   void Clear() noexcept;
   const TLxTypeDescription& Description() const;
   [[noreturn]] static void InvalidCast();
   /// The strict conversion of the As... operations: the same kind of value in another width.
   bool CastTo(TLxTypeHandle AHandle, TValue& AResult) const;
+  /// ToType into an empty AResult that isn't this value.
+  bool ConvertTo(TLxTypeHandle AHandle, TValue& AResult) const;
   Variant ConversionSource() const;
   template <class T> T ConvertedTo(TVarType AVarType, bool ARaise, T ADefault) const;
   template <class T> static TValue MakeTyped(T&& AValue);
@@ -166,7 +172,7 @@ template <class T> TValue TValue::MakeTyped(T&& AValue) {
   try {
     ::new (Storage) V(std::forward<T>(AValue));
   } catch (...) {
-    Result.Release(Storage, TypeHandle<V>());
+    Result.FreeStorage(TypeHandle<V>()->Ops);
     throw;
   }
   Result.FHandle = TypeHandle<V>();
