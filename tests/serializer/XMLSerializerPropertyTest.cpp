@@ -125,12 +125,12 @@ public:
     Node->Pt = Point();
     AAncestors.push_back(Node);
     const int Roll = Pick(0, 9);
-    if (Roll < 3 && ADepth < 4)
+    if (Roll < 3 && ADepth < 3)
       Node->Child = MakeNode(ADepth + 1, AAncestors);
     else if (Roll == 3)
       // A link back up the graph: a cycle that the walk must cut.
       Node->Child = AAncestors[Pick(0, static_cast<int>(AAncestors.size()) - 1)];
-    if (ADepth < 3)
+    if (ADepth < 2)
       for (int Kid = Pick(0, 2); Kid > 0; --Kid)
         Node->Kids.push_back(Pick(0, 3) == 0 ? nullptr : MakeNode(ADepth + 1, AAncestors));
     for (int I = Pick(0, 2); I > 0; --I)
@@ -159,7 +159,7 @@ public:
     Result.push_back(Leaf("Tones", "TGenTones", "[" + ToneSet + "]"));
     Word Year, Month, Day;
     DecodeDate(ANode->Day, Year, Month, Day);
-    char DayText[16];
+    char DayText[32];
     std::snprintf(DayText, sizeof DayText, "%04u-%02u-%02u", unsigned(Year), unsigned(Month),
                   unsigned(Day));
     Result.push_back(Leaf("Day", "date", DayText));
@@ -201,8 +201,8 @@ private:
   /// Text with markup characters, quotes, blanks, line ends and characters beyond ASCII.
   UnicodeString Text() {
     static const std::u16string_view Pieces[] = {
-        u"a", u"Z", u"0", u" ", u"<", u">", u"&", u"\"", u"'", u"]]>", u"\t", u"\n",
-        u"\u00e9", u"\u20ac", u"\U0001F600", u"&amp;", u"x y"};
+        u"a",   u"Z",  u"0",  u" ",      u"<",      u">",          u"&",     u"\"", u"'",
+        u"]]>", u"\t", u"\n", u"\u00e9", u"\u20ac", u"\U0001F600", u"&amp;", u"x y"};
     UnicodeString Result;
     for (int I = Pick(0, 6); I > 0; --I)
       Result += Pieces[Pick(0, static_cast<int>(std::size(Pieces)) - 1)];
@@ -238,7 +238,7 @@ class TExpatTree {
 public:
   bool Parse(const std::string& AText) {
     std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> Parser(XML_ParserCreate("UTF-8"),
-                                                                         &XML_ParserFree);
+                                                                        &XML_ParserFree);
     XML_SetUserData(Parser.get(), this);
     XML_SetElementHandler(Parser.get(), &Start, &End);
     XML_SetCharacterDataHandler(Parser.get(), &Characters);
@@ -280,7 +280,14 @@ private:
   std::vector<TElement> FOpen;
 };
 
-class XMLSerializerProperty : public LiveObjectsTest {};
+class XMLSerializerProperty : public LiveObjectsTest {
+protected:
+  // The descriptions (and their annotation objects) live for the process: made before counting.
+  void SetUp() override {
+    DescribeGenTypes();
+    LiveObjectsTest::SetUp();
+  }
+};
 
 TEST_F(XMLSerializerProperty, RandomGraphsGiveTheElementsTheWalkPromises) {
   DescribeGenTypes();

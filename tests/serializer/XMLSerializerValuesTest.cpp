@@ -223,8 +223,7 @@ TEST(XMLSerializerValues, OptionsChooseNamespacesAndPrefixes) {
   Serializer->SetParam(u"excludenamespaces", u"true");
   Serializer->SetParam(u"xsi-prefix", u"i");
   Serializer->SetParam(u"xmlns", u"urn:d");
-  EXPECT_EQ(std::string(Serializer->Serialize()),
-            "<record><Tone>Low</Tone><Nothing/></record>");
+  EXPECT_EQ(std::string(Serializer->Serialize()), "<record><Tone>Low</Tone><Nothing/></record>");
   EXPECT_FALSE(Serializer->HasParam(u"xsi-prefix"));
   EXPECT_FALSE(Serializer->HasParam(u"xmlns"));
   // Without it, the defaults are filled in before the run.
@@ -241,8 +240,8 @@ std::function<void(TLxSerializer*)> gProbe;
 class TProbeHelper : public TLxSerializerHelper {
   LX_CLASS(TProbeHelper, TLxSerializerHelper)
   TProbeHelper() = default;
-  void Serialize(TLxSerializer* ASerializer, std::u16string_view, const TLxTypeInfo*,
-                 const TValue&, bool& Handled) override {
+  void Serialize(TLxSerializer* ASerializer, std::u16string_view, const TLxTypeInfo*, const TValue&,
+                 bool& Handled) override {
     gProbe(ASerializer);
     Handled = true;
   }
