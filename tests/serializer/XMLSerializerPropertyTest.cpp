@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -114,7 +115,8 @@ public:
     TGenNode* Node = New<TGenNode>();
     FMade.emplace_back(Node);
     Node->Name = Text();
-    Node->Count = static_cast<Integer>(FRandom()) - 0x40000000;
+    Node->Count = std::uniform_int_distribution<Integer>(
+        std::numeric_limits<Integer>::min(), std::numeric_limits<Integer>::max())(FRandom);
     Node->Ratio = Pick(-16, 16) / 4.0;
     Node->Flag = Pick(0, 1) == 1;
     Node->Tone = static_cast<TGenTone>(Pick(0, 2));
