@@ -4,7 +4,7 @@
 
 namespace lorvane {
 
-TLxCustomSerializer::TLxCustomSerializer() {
+TLxCustomSerializer::TLxCustomSerializer() : FParams(New<TStringList>()) {
   // Whoever makes a serializer frees it; an interface released elsewhere must not.
   SetAutoDestroy(false);
 }

@@ -189,9 +189,14 @@ void TLxSerializer::SerializeFieldOrProp(std::u16string_view AName, const TLxTyp
     SerializeArray(AName, ATypeInfo, Copy.GetReferenceToRawData(), ATypeInfo, -1);
     break;
   }
-  case tkPointer:
-    SerializeValue(AName, ATypeInfo, TValue::From(AValue.AsOrdinal()), -1, nullptr);
+  case tkPointer: {
+    // A pointer is no ordinal to TValue: its bits come through the type's own access.
+    const auto GetBits = ATypeInfo->GetDescription()->Access().GetOrdinal;
+    const void* Data = AValue.GetReferenceToRawData();
+    SerializeValue(AName, ATypeInfo, TValue::From(GetBits && Data ? GetBits(Data) : Int64(0)), -1,
+                   nullptr);
     break;
+  }
   default:
     SerializeValue(AName, ATypeInfo, AValue, -1, AAttribs);
   }
