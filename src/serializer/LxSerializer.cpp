@@ -410,6 +410,10 @@ void TLxSerializer::SerializeArrayElements(TLxSerializer* AParent,
     TValue Item = Array.GetArrayElement(Index);
     switch (Element->GetKind()) {
     case tkClass:
+      // An element that is already being written (an object listed in its own array, or in an
+      // array below it) is left out, as a member in a cycle is: the walk would never end.
+      if (TObject* Object = Item.AsObject(); Object && IsBeingWritten(Object))
+        break;
       SerializeClass(ElementName, Element->GetDescription()->MetaclassType(), Item.AsObject(),
                      Index);
       break;

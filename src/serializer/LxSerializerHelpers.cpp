@@ -168,7 +168,11 @@ TLxDeserializerHelperClass DeserializerHelperClass(const SerializerHint& AHint) 
 }
 
 // --- objects that lock during their walk ---------------------------------------------------------
-TLxSerializableObject::TLxSerializableObject() : FCritSection(New<TCriticalSection>()) {}
+TLxSerializableObject::TLxSerializableObject() : FCritSection(New<TCriticalSection>()) {
+  // Such objects live in object graphs held by plain pointers: the interfaces that the walk
+  // takes of them must not end them. An application that manages one by interfaces sets it back.
+  SetAutoDestroy(false);
+}
 TLxSerializableObject::~TLxSerializableObject() { lorvane::Free(FCritSection); }
 
 HRESULT TLxSerializableObject::QueryInterface(const TGUID& AIID, void** AObj) {
@@ -204,7 +208,10 @@ void TLxSerializableObject::DeserializeValue(TLxDeserializer*, std::u16string_vi
                                              std::u16string_view, bool&) {}
 
 TLxSerializableComponent::TLxSerializableComponent(TComponent* AOwner)
-    : TLxComponent(AOwner), FCritSection(New<TCriticalSection>()) {}
+    : TLxComponent(AOwner), FCritSection(New<TCriticalSection>()) {
+  // As TLxSerializableObject: also without an owner, the walk's interfaces don't end it.
+  SetAutoDestroy(false);
+}
 TLxSerializableComponent::~TLxSerializableComponent() { lorvane::Free(FCritSection); }
 
 HRESULT TLxSerializableComponent::QueryInterface(const TGUID& AIID, void** AObj) {

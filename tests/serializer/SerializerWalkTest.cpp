@@ -519,6 +519,36 @@ TEST(SerializerWalk, ArraysOfSimpleValuesRecordsAndObjects) {
       << CallsFor(TValue::From(Shapes.get()));
 }
 
+class TTreeNode : public TPersistent {
+  LX_CLASS(TTreeNode, TPersistent)
+  TTreeNode() = default;
+  Integer Id = 0;
+  std::vector<TTreeNode*> Children;
+
+protected:
+  ~TTreeNode() override = default;
+};
+
+TEST(SerializerWalk, AnObjectListedInAnArrayBelowItselfIsLeftOut) {
+  static const bool Described = [] {
+    LxDescribeClass<TTreeNode>(u"Test.TTreeNode")
+        .Property(u"Id", &TTreeNode::Id)
+        .Property(u"Children", &TTreeNode::Children);
+    return true;
+  }();
+  (void)Described;
+  TOwned<TTreeNode> Root(New<TTreeNode>());
+  TOwned<TTreeNode> Child(New<TTreeNode>());
+  Root->Id = 1;
+  Child->Id = 2;
+  // The root in its own list, and again in its child's: each time it is being written already.
+  Root->Children = {Root.get(), Child.get()};
+  Child->Children = {Root.get()};
+  EXPECT_EQ(BareXmlOf(TValue::From(Root.get())),
+            "<object><Id>1</Id><Children><TTreeNode><Id>2</Id><Children></Children>"
+            "</TTreeNode></Children></object>");
+}
+
 TEST(SerializerWalk, RootArrays) {
   DescribeWalkShapes();
   std::vector<TWalkPoint> Points{{1}, {2}};

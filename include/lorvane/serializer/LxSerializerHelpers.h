@@ -62,7 +62,8 @@ TLxDeserializerHelper* LxFindDeserializerHelper(TClass AClass);
 
 /// A counted object that serializes one thread at a time: its lock is held from BeforeSerialize
 /// to AfterSerialize and from BeforeDeserialize to AfterDeserialize, and the same thread may
-/// enter again. Descendants override the operations to steer their own walk.
+/// enter again. Descendants override the operations to steer their own walk. AutoDestroy starts
+/// false: its owner frees it, and the interfaces the walk takes don't end it.
 class TLxSerializableObject : public TLxObjectEx,
                               public virtual ILxSerializerHelper,
                               public virtual ILxDeserializerHelper {
@@ -94,7 +95,7 @@ protected:
   TCriticalSection* FCritSection;
 };
 
-/// The component form of TLxSerializableObject.
+/// The component form of TLxSerializableObject (AutoDestroy starts false here too).
 class TLxSerializableComponent : public TLxComponent,
                                  public virtual ILxSerializerHelper,
                                  public virtual ILxDeserializerHelper {
