@@ -140,6 +140,10 @@ TLxDeserializer::~TLxDeserializer() {
       Doomed.insert(Own->GetItems(I));
     TReferenceCleaner Cleaner(Doomed);
     Cleaner.Clean(FInstancePtr, FInstanceTypeInfo);
+    // The made objects that the instance doesn't reach (those of an array that a failure kept
+    // from being stored) may refer to each other: the list frees each once.
+    for (TObject* Made : Doomed)
+      Cleaner.Clean(Made, TLxTypes::GetTypeInfo(Made->ClassType()));
   }
   if (auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
       Own && Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) && Own->GetOwner() == this)

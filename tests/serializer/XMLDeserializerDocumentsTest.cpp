@@ -529,6 +529,41 @@ TEST_F(XMLDeserializerDocuments, RootArrays) {
       u"InstanceTypeInfo (System.TArray<System.Integer>)!");
 }
 
+TEST_F(XMLDeserializerDocuments, ARecordGivenAsAValueIsReadIntoTheCopyGivenBack) {
+  const TValue Read = LxDeserialize(ldsXML, TValue::From(TDocPair{1, u"old"}),
+                                    std::string("<record><bee>new</bee><A>5</A></record>"));
+  const TDocPair Pair = Read.AsType<TDocPair>();
+  EXPECT_EQ(Pair.A, 5);
+  EXPECT_EQ(Pair.B, u"new");
+}
+
+TEST_F(XMLDeserializerDocuments, AFailedRunLeavesNoObjectThatNobodyCanReach) {
+  // The failure comes after objects were made for an array that never reached the item, and for
+  // a member that did.
+  const std::string Body = "<Next><Count>1</Count></Next><Items><i><Count>1</Count></i>"
+                           "<i><Next><Count>2</Count></Next><Count>x</Count></i></Items>";
+  for (const bool GraphKeeps : {false, true}) {
+    SCOPED_TRACE(GraphKeeps);
+    TOwned<TDocItem> Item(New<TDocItem>());
+    const Int64 Before = Alive();
+    TObjectList* None = nullptr;
+    ExpectRaises<EConvertError>(
+        [&] {
+          LxDeserialize(ldsXML, TValue::From(Item.get()), Document("TDocItem", Body),
+                        GraphKeeps ? &None : nullptr);
+        },
+        u"'x' is not a valid integer value");
+    EXPECT_TRUE(Item->Items.empty());
+    // What the item reached is its own when the graph keeps it, and freed (and nil) otherwise.
+    EXPECT_EQ(Item->Next != nullptr, GraphKeeps);
+    EXPECT_EQ(Alive(), Before + (GraphKeeps ? 1 : 0));
+  }
+  // A new object that fails is freed with all it reached.
+  TObjectList* None = nullptr;
+  ExpectRaises<EConvertError>([&] { LxCreateFrom(ldsXML, Document("TDocItem", Body), &None); },
+                              u"'x' is not a valid integer value");
+}
+
 TEST_F(XMLDeserializerDocuments, CreateFromNeedsTheClassNameAndAKnownClass) {
   ExpectRaises<Exception>([] { LxCreateFrom(ldsXML, std::string("<object><Id>1</Id></object>")); },
                           u"Failed to read the ClassName from the stream!");

@@ -184,7 +184,7 @@ public:
       N.Colors.push_back(static_cast<TRtColor>(Below(3)));
     for (unsigned I = Below(3); I > 0; --I)
       N.Reals.push_back(Real());
-    if (ADepth < 2) {
+    if (ADepth < 1) {
       // Nil elements among the children, and nil members, are part of the shape.
       for (unsigned I = Below(3); I > 0; --I)
         N.Children.push_back(Below(4) == 0 ? nullptr : Node(ADepth + 1));
