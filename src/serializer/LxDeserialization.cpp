@@ -93,7 +93,10 @@ TValue LxDeserialize(TLxSerializeFormat AFormat, const TValue& AValue, TStream* 
     TObject* Instance = static_cast<TObject*>(Deserializer->GetInstance());
     return Instance ? TValue::Make(&Instance, LxClassTypeHandle(Instance->ClassType())) : TValue();
   }
-  return Deserializer->GetMemberValue();
+  // An array was read into the member value, a record into the deserializer's copy of AValue.
+  if (LxIsArrayKind(AValue.TypeKind()))
+    return Deserializer->GetMemberValue();
+  return Deserializer->GetValue();
 }
 
 TValue LxDeserialize(TLxSerializeFormat AFormat, const TValue& AValue,

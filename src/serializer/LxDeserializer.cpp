@@ -114,6 +114,11 @@ private:
       FPending.push_back(AObject);
   }
 
+public:
+  /// The objects that the last Clean reached (the start itself aside).
+  const std::unordered_set<TObject*>& Reached() const noexcept { return FSeen; }
+
+private:
   const std::unordered_set<TObject*>& FDoomed;
   std::unordered_set<TObject*> FSeen;
   std::vector<TObject*> FPending;
@@ -134,10 +139,11 @@ TLxDeserializer::~TLxDeserializer() {
     for (Integer I = 0; I < Own->GetCount(); ++I)
       Doomed.insert(Own->GetItems(I));
     TReferenceCleaner Cleaner(Doomed);
-    if (FInstanceTypeInfo && FInstanceTypeInfo->GetTypeKind() == ltkClass)
-      Cleaner.Clean(FInstancePtr, FInstanceTypeInfo);
-    else if (!FMemberValue.GetIsEmpty())
-      Cleaner.Clean(FMemberValue.GetReferenceToRawData(), FMemberValue.LxTypeInfo());
+    Cleaner.Clean(FInstancePtr, FInstanceTypeInfo);
+    // The made objects that the instance doesn't reach (those of an array that a failure kept
+    // from being stored) may refer to each other: the list frees each once.
+    for (TObject* Made : Doomed)
+      Cleaner.Clean(Made, TLxTypes::GetTypeInfo(Made->ClassType()));
   }
   if (auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
       Own && Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) && Own->GetOwner() == this)
@@ -151,9 +157,11 @@ TLxDeserializer::~TLxDeserializer() {
 void TLxDeserializer::Create(const TValue& AValue) {
   FMemberValue = AValue;
   TLxCustomSerializer::Create(AValue);
-  // The instance of a value type is the member value itself, so that the elements of a root
-  // array and the fields of a root record are read into the value the caller gets back.
-  if (FInstancePtr && FInstancePtr == FValue.GetReferenceToRawData())
+  // The instance of an array is the member value itself, where the second deserializer of a root
+  // array reads the elements. A record stays in FValue: reading its members replaces the member
+  // value with each member's, which must not take the instance with it.
+  if (FInstancePtr && FInstancePtr == FValue.GetReferenceToRawData() && FInstanceTypeInfo &&
+      LxIsArrayKind(FInstanceTypeInfo->GetTypeKind()))
     FInstancePtr = FMemberValue.GetReferenceToRawData();
 }
 
@@ -264,11 +272,46 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
       return;
     }
   }
-  if (Worker->FInstancePtr)
-    Worker->DeserializeStartType();
-  Worker->DoDeserialize();
-  if (Worker->FInstancePtr)
-    Worker->DeserializeEndType();
+  try {
+    if (Worker->FInstancePtr)
+      Worker->DeserializeStartType();
+    Worker->DoDeserialize();
+    if (Worker->FInstancePtr)
+      Worker->DeserializeEndType();
+  } catch (...) {
+    FreeStrandedObjects();
+    throw;
+  }
+}
+
+// A failed run whose list owns nothing (the graph was to keep the objects) frees what the caller
+// can't reach: the objects made for an array or record not yet written back, and for a value
+// given back only by a run that succeeds, all of them. Of those, only the ones that no other
+// stranded object refers to are freed: the graph frees the rest with them.
+void TLxDeserializer::FreeStrandedObjects() {
+  auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
+  if (!Own || !Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) ||
+      Own->GetOwner() != this || Own->GetOwnsObjects() || Own->GetCount() == 0)
+    return;
+  const std::unordered_set<TObject*> None;
+  TReferenceCleaner Walk(None);
+  const bool InPlace = FInstanceTypeInfo && FInstanceTypeInfo->GetTypeKind() == ltkClass;
+  if (InPlace)
+    Walk.Clean(FInstancePtr, FInstanceTypeInfo);
+  std::vector<TObject*> Stranded;
+  for (Integer I = 0; I < Own->GetCount(); ++I)
+    if (TObject* Made = Own->GetItems(I); !InPlace || !Walk.Reached().contains(Made))
+      Stranded.push_back(Made);
+  std::unordered_set<TObject*> Held;
+  for (TObject* Made : Stranded) {
+    TReferenceCleaner From(None);
+    From.Clean(Made, TLxTypes::GetTypeInfo(Made->ClassType()));
+    Held.insert(From.Reached().begin(), From.Reached().end());
+  }
+  Own->Clear();
+  for (TObject* Made : Stranded)
+    if (!Held.contains(Made))
+      lorvane::Free(Made);
 }
 
 TLxDeserializer* TLxDeserializer::SubRoot() {

@@ -60,6 +60,10 @@ void TLxXMLDeserializer::SetParent(TLxCustomSerializer* AParent) {
 }
 
 void TLxXMLDeserializer::FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) {
+  // The reader reports every failure of the parse here, also one of our own events; that one
+  // the reader raises again as it was.
+  if (FEventFailed)
+    return;
   throw EParserError(u"Line %d, column %d: %s", {ALocator ? ALocator->GetLineNr() : -1,
                                                  ALocator ? ALocator->GetColNr() : -1, AErrMsg});
 }
@@ -107,6 +111,7 @@ void TLxXMLDeserializer::ReadClassName(TLxTextParser* AParser, UnicodeString& AN
 // --- the run -------------------------------------------------------------------------------------
 void TLxXMLDeserializer::DoDeserialize() {
   FLevel = -1;
+  FEventFailed = false;
   FSAXReader = New<TLxSAXXMLReader>();
   FOwnsReader = true;
   struct TFreeReader {
@@ -186,8 +191,50 @@ void TLxXMLDeserializer::ReadAttributesAsMembers(TLxXMLDeserializer* ATarget,
   }
 }
 
+// The reader hands any failure of a handler to the error handler as a parse failure; the events
+// note theirs first, so that it leaves the run as it was raised.
+void TLxXMLDeserializer::NoteEventFailure() noexcept {
+  for (TLxCustomSerializer* At = this; At && At->InheritsFrom(TLxXMLDeserializer::StaticClass());
+       At = At->GetParent()) {
+    auto* XML = static_cast<TLxXMLDeserializer*>(At);
+    if (XML->FOwnsReader) {
+      XML->FEventFailed = true;
+      return;
+    }
+  }
+}
+
 void TLxXMLDeserializer::StartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
                                       const LxXMLString& AQName, ILxSAXAttributes* AAttribs) {
+  try {
+    DoStartElement(AURI, ALocalName, AQName, AAttribs);
+  } catch (...) {
+    NoteEventFailure();
+    throw;
+  }
+}
+
+void TLxXMLDeserializer::Characters(const LxXMLString& AText) {
+  try {
+    DoCharacters(AText);
+  } catch (...) {
+    NoteEventFailure();
+    throw;
+  }
+}
+
+void TLxXMLDeserializer::EndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                                    const LxXMLString& AQName) {
+  try {
+    DoEndElement(AURI, ALocalName, AQName);
+  } catch (...) {
+    NoteEventFailure();
+    throw;
+  }
+}
+
+void TLxXMLDeserializer::DoStartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                                        const LxXMLString& AQName, ILxSAXAttributes* AAttribs) {
   ++FLevel;
   if (FLevel == 0) {
     ReadAttributesAsMembers(this, CopyAttributes(AAttribs));
@@ -207,7 +254,9 @@ void TLxXMLDeserializer::StartElement(const LxXMLString& AURI, const LxXMLString
       InitializeArrayElement(AURI, ALocalName);
       FCanDeserialize = desYes;
       const TTypeKind Kind = FMemberValue.GetTypeKind();
-      if (!FAttribs.empty() && (Kind == tkClass || Kind == tkRecord)) {
+      // A nil element has no object to take its attributes; a deserializer made for it would
+      // make one, which nobody would own.
+      if (!FAttribs.empty() && ((Kind == tkClass && FMemberValue.AsObject()) || Kind == tkRecord)) {
         TOwned<TLxDeserializer> Made(LxCreateDeserializer(Format(), FMemberValue));
         auto* Temporary = static_cast<TLxXMLDeserializer*>(Made.get());
         Temporary->FProcessRootChars = true;
@@ -217,8 +266,7 @@ void TLxXMLDeserializer::StartElement(const LxXMLString& AURI, const LxXMLString
         if (Kind == tkRecord)
           // The element's value lives here and its child reads into it: copied in place.
           FMemberValue.LxTypeInfo()->GetDescription()->GetOps()->Assign(
-              FMemberValue.GetReferenceToRawData(),
-              Temporary->GetMemberValue().GetReferenceToRawData());
+              FMemberValue.GetReferenceToRawData(), Temporary->GetInstance());
       }
       return;
     }
@@ -290,7 +338,7 @@ void TLxXMLDeserializer::OwnText(const LxXMLString& AText) {
     FIHelper->DeserializeValue(this, FURI, FLocalName, AText, TypeName, Handled);
 }
 
-void TLxXMLDeserializer::Characters(const LxXMLString& AText) {
+void TLxXMLDeserializer::DoCharacters(const LxXMLString& AText) {
   if (FLevel == 1) {
     if (FCanDeserialize != desIgnore)
       DeserializeValue(FURI, FLocalName, AText, FDataType);
@@ -302,8 +350,8 @@ void TLxXMLDeserializer::Characters(const LxXMLString& AText) {
   }
 }
 
-void TLxXMLDeserializer::EndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
-                                    const LxXMLString& AQName) {
+void TLxXMLDeserializer::DoEndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                                      const LxXMLString& AQName) {
   if (FLevel >= 2 && FXMLString) {
     FXMLString->Add(u"</");
     FXMLString->Add(AQName);

@@ -4,6 +4,8 @@
 // input here, so that the table says neither more nor less than the readers do.
 #include "lorvane/json/LxFormURLEncodedJSONReader.h"
 #include "lorvane/platform/CodePages.h"
+#include "lorvane/serializer/LxDeserialization.h"
+#include "lorvane/types/LxDescribe.h"
 #include "lorvane/uLxJSON.h"
 #include "lorvane/uLxSAX.h"
 #include "lorvane/uLxXMLDOM.h"
@@ -57,6 +59,48 @@ void LoadJSONDocument(std::string_view AText, Word ACodePage, bool AForm) {
   TOwned<TLxMemoryStream> Stream(
       New<TLxMemoryStream>(static_cast<const void*>(AText.data()), Int64(AText.size())));
   Document->LoadFromStream(Stream.get(), ACodePage, AForm);
+}
+
+enum class TCensusTone { ctLow };
+struct TCensusRecord {
+  Integer Id = 0;
+  TCensusTone Tone = TCensusTone::ctLow;
+};
+class TCensusHolder : public TPersistent {
+  LX_CLASS(TCensusHolder, TPersistent)
+  TCensusHolder() = default;
+  TCensusHolder* Next = nullptr;
+
+protected:
+  ~TCensusHolder() override { lorvane::Free(Next); }
+};
+
+void DescribeCensusTypes() {
+  static const bool Described = [] {
+    LxDescribeEnum<TCensusTone>(u"Census.TCensusTone", {u"ctLow"});
+    LxDescribeRecord<TCensusRecord>(u"Census.TCensusRecord")
+        .Field(u"Id", &TCensusRecord::Id)
+        .Field(u"Tone", &TCensusRecord::Tone);
+    LxDescribeClass<TCensusHolder>(u"Census.TCensusHolder").Property(u"Next", &TCensusHolder::Next);
+    return true;
+  }();
+  (void)Described;
+}
+
+void DeserializeRecord(std::string_view AText) {
+  DescribeCensusTypes();
+  LxDeserialize(ldsXML, TValue::From(TCensusRecord{}), std::string(AText));
+}
+
+void DeserializeHolder(std::string_view AText) {
+  DescribeCensusTypes();
+  TOwned<TCensusHolder> Holder(New<TCensusHolder>());
+  LxDeserialize(ldsXML, TValue::From(Holder.get()), std::string(AText));
+}
+
+void CreateFrom(std::string_view AText) {
+  DescribeCensusTypes();
+  lorvane::Free(LxCreateFrom(ldsXML, std::string(AText)));
 }
 
 struct HostileCase {
@@ -132,6 +176,24 @@ std::vector<HostileCase> MakeCases() {
        [] { LxXMLToDateTime(u"2020-01-02T03:04:05", tzfUTC); }},
       {E::ValueConversions, F::EncodingError, "a code page name nobody knows",
        [] { LxCodePage(u"no-such-encoding"); }},
+
+      {E::XMLDeserialize, F::ParserError, "a text ending in a member",
+       [] { DeserializeRecord("<record><Id>1</Id>"); }},
+      {E::XMLDeserialize, F::NoSuchMember, "a name that is no member",
+       [] { DeserializeRecord("<record><Nope/></record>"); }},
+      {E::XMLDeserialize, F::ConvertError, "a number that isn't one",
+       [] { DeserializeRecord("<record><Id>x</Id></record>"); }},
+      {E::XMLDeserialize, F::NoSuchEnumName, "an enumeration name nobody described",
+       [] { DeserializeRecord("<record><Tone>Top</Tone></record>"); }},
+      {E::XMLDeserialize, F::CannotCreate, "a member's type that nobody described",
+       [] { DeserializeHolder("<object><Next type=\"Nothing\"/></object>"); }},
+      {E::XMLDeserialize, F::UnknownType, "a class that nobody described",
+       [] { CreateFrom("<object xsi:type=\"xsd:Nothing\"/>"); }},
+      {E::XMLDeserialize, F::NoClassName, "a new object of no class", [] { CreateFrom("<a/>"); }},
+      {E::XMLDeserialize, F::NoClassOfType, "a new object of a record type",
+       [] { CreateFrom("<object xsi:type=\"xsd:TCensusRecord\"/>"); }},
+      {E::XMLDeserialize, F::ValueNotSupported, "markup for a nil object member",
+       [] { DeserializeHolder("<object><Next nil=\"true\"><a/></Next></object>"); }},
   };
 }
 

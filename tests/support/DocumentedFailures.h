@@ -8,6 +8,7 @@
 #include "lorvane/platform/SysUtils.h"
 #include "lorvane/sax/LxSAXParser.h"
 #include "lorvane/sax/LxXMLParser.h"
+#include "lorvane/serializer/LxSerializerTypes.h"
 
 #include <algorithm>
 #include <exception>
@@ -34,6 +35,14 @@ enum class TFailure {
   BracketExpected,      // Exception "The parser expected to read a \"[\" character, but ..."
   DurationText,         // Exception "LxXMLToDuration; ..."
   NoTimeZone,           // Exception "The XMLDateTime value did not contain timezone information!"
+  ParserError,          // EParserError: the deserializer's form of a reader failure
+  NoSuchMember,         // ELxSerializeException: a name that is no member
+  NoSuchEnumName,       // EAssertionFailed "Failed to get the EnumValue for ..."
+  CannotCreate,         // ENotSupportedException "Failed to create an instance of ...!"
+  UnknownType,          // EArgumentException "Unknown type \"...\"": a class name nobody described
+  NoClassName,          // Exception "Failed to read the ClassName from the stream!"
+  NoClassOfType,        // Exception "Failed to retrieve the Class of type \"...\"!"
+  ValueNotSupported,    // Exception "The value \"...\" of type \"...\" is not supported!"
   Undocumented,         // anything else
 };
 
@@ -55,6 +64,21 @@ inline TFailure Classify(const std::exception& AFailure) {
     return TFailure::ConvertError;
   if (dynamic_cast<const EEncodingError*>(E))
     return TFailure::EncodingError;
+  if (typeid(*E) == typeid(EParserError))
+    return TFailure::ParserError;
+  if (dynamic_cast<const ELxSerializeException*>(E))
+    return TFailure::NoSuchMember;
+  if (const auto* Assertion = dynamic_cast<const EAssertionFailed*>(E))
+    return Assertion->Message().starts_with(u"Failed to get the EnumValue for ")
+               ? TFailure::NoSuchEnumName
+               : TFailure::Undocumented;
+  if (const auto* NotSupported = dynamic_cast<const ENotSupportedException*>(E))
+    return NotSupported->Message().starts_with(u"Failed to create an instance of ")
+               ? TFailure::CannotCreate
+               : TFailure::Undocumented;
+  if (const auto* Argument = dynamic_cast<const EArgumentException*>(E))
+    return Argument->Message().starts_with(u"Unknown type \"") ? TFailure::UnknownType
+                                                               : TFailure::Undocumented;
   const auto* Plain = dynamic_cast<const Exception*>(E);
   // Only the plain class carries the messages below: a descendant with one of them is news.
   if (!Plain || typeid(*Plain) != typeid(Exception))
@@ -72,6 +96,12 @@ inline TFailure Classify(const std::exception& AFailure) {
     return TFailure::DurationText;
   if (M == u"The XMLDateTime value did not contain timezone information!")
     return TFailure::NoTimeZone;
+  if (M == u"Failed to read the ClassName from the stream!")
+    return TFailure::NoClassName;
+  if (M.starts_with(u"Failed to retrieve the Class of type \""))
+    return TFailure::NoClassOfType;
+  if (M.starts_with(u"The value \"") && M.ends_with(u"\" is not supported!"))
+    return TFailure::ValueNotSupported;
   return TFailure::Undocumented;
 }
 
@@ -85,6 +115,7 @@ enum class TEntry {
   FormDocumentLoad, // TLxJSONDocument::LoadFromStream of a form post
   ValueConversions, // text to value: LxXMLTo<T>, the JSON date forms, StrTo<T>, Base64, code
                     // page names and numbers, the Inc... date steps
+  XMLDeserialize,   // XML into objects and values: LxDeserialize, LxCreateFrom
 };
 
 struct TEntryFailures {
@@ -121,6 +152,11 @@ inline const TEntryFailures Census[] = {
      "value conversions",
      {TFailure::ConvertError, TFailure::DurationText, TFailure::NoTimeZone,
       TFailure::EncodingError}},
+    {TEntry::XMLDeserialize,
+     "XML deserialize",
+     {TFailure::ParserError, TFailure::NoSuchMember, TFailure::ConvertError,
+      TFailure::NoSuchEnumName, TFailure::CannotCreate, TFailure::UnknownType,
+      TFailure::NoClassName, TFailure::NoClassOfType, TFailure::ValueNotSupported}},
 };
 
 inline const TEntryFailures& FailuresOf(TEntry AEntry) {

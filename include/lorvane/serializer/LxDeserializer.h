@@ -148,6 +148,7 @@ private:
   void ClearMember() noexcept;
   void StoreMemberValue();
   void FetchInstanceHelper();
+  void FreeStrandedObjects();
   TLxDeserializer* SubRoot();
 };
 

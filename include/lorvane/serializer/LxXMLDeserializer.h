@@ -71,7 +71,9 @@ class TLxXMLDeserializer : public TLxDeserializer,
   void EndEntity(const LxXMLString&) override {}
   void Warning(ILxSAXLocator*, const LxXMLString&) override {}
   void Error(ILxSAXLocator*, const LxXMLString&) override {}
-  /// Raises EParserError "Line %d, column %d: %s".
+  /// Raises EParserError "Line %d, column %d: %s" for a failure of the reader. A failure that
+  /// left one of this run's own events (an unknown member, a value that doesn't convert) passes
+  /// on unchanged.
   void FatalError(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg) override;
 
   /// The element at depth 1 (the member being read), for helpers.
@@ -104,8 +106,16 @@ protected:
   bool FProcessRootChars = false;
   bool FDeserializingAttribs = false;
   bool FOwnsReader = false;
+  /// On the deserializer that owns the reader: an exception left one of the run's events.
+  bool FEventFailed = false;
 
 private:
+  void DoStartElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                      const LxXMLString& AQName, ILxSAXAttributes* AAttribs);
+  void DoCharacters(const LxXMLString& AText);
+  void DoEndElement(const LxXMLString& AURI, const LxXMLString& ALocalName,
+                    const LxXMLString& AQName);
+  void NoteEventFailure() noexcept;
   void ReadAttributesAsMembers(TLxXMLDeserializer* ATarget,
                                const std::vector<TAttribute>& AAttribs);
   void OwnText(const LxXMLString& AText);
