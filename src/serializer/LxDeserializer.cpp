@@ -74,16 +74,19 @@ private:
     case ltkRecord:
       for (const TLxFieldDescription* Field : Description.GetFields())
         Slot(Field->GetAddress(AData), Field->GetFieldType());
-      for (const TLxPropertyDescription* Property : Description.GetProperties())
-        if (Property->GetIsReadable() && Property->GetIsWritable() &&
-            Property->GetPropertyType()->GetTypeKind() == ltkClass) {
-          TObject* Object = Property->GetValue(AData).AsObject();
-          if (FDoomed.contains(Object)) {
-            TObject* Nil = nullptr;
-            Property->SetValue(AData, TValue::Make(&Nil, Property->GetPropertyTypeHandle()));
-          } else
-            Reach(Object);
-        }
+      for (const TLxPropertyDescription* Property : Description.GetProperties()) {
+        const TLxTypeInfo* Type = Property->GetPropertyType();
+        const TLxTypeKind Kind = Type->GetTypeKind();
+        if (!Property->GetIsReadable() || !Property->GetIsWritable() ||
+            !(Kind == ltkClass || Kind == ltkRecord || LxIsArrayKind(Kind)))
+          continue;
+        // A property gives a copy: it is cleaned as a value and written back when it changed.
+        TValue Value = Property->GetValue(AData);
+        const std::size_t Before = FCleared;
+        Slot(Value.GetReferenceToRawData(), Type);
+        if (FCleared != Before)
+          Property->SetValue(AData, Value);
+      }
       break;
     case ltkArray:
     case ltkDynArray:
@@ -100,9 +103,10 @@ private:
   void Slot(void* AAddress, const TLxTypeInfo* AType) {
     if (AType->GetTypeKind() == ltkClass) {
       auto*& Object = *static_cast<TObject**>(AAddress);
-      if (FDoomed.contains(Object))
+      if (FDoomed.contains(Object)) {
         Object = nullptr;
-      else
+        ++FCleared;
+      } else
         Reach(Object);
     } else if (AType->GetTypeKind() == ltkRecord || LxIsArrayKind(AType->GetTypeKind())) {
       Visit(AAddress, AType);
@@ -122,6 +126,7 @@ private:
   const std::unordered_set<TObject*>& FDoomed;
   std::unordered_set<TObject*> FSeen;
   std::vector<TObject*> FPending;
+  std::size_t FCleared = 0;
 };
 
 } // namespace
