@@ -6,11 +6,13 @@
 ///   LxValue.h             TValue
 ///   LxTypes.h             TLxTypes, the registry
 ///   LxDescribe.h          how an application describes its records, classes and enumerations
+///   LxDescribeAggregate.h plain aggregate structs described in one line, named by the compiler
 ///   LxCustomSimpleType.h  the base of small value classes
 #pragma once
 
 #include "lorvane/types/LxCustomSimpleType.h"
 #include "lorvane/types/LxDescribe.h"
+#include "lorvane/types/LxDescribeAggregate.h"
 #include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/types/LxTypeHandle.h"
 #include "lorvane/types/LxTypeInfo.h"
