@@ -259,7 +259,6 @@ template <class T, std::size_t N> consteval auto MemberAddresses() {
   return std::apply([](auto&... AMembers) { return std::tuple(&AMembers...); },
                     TieMembers<N>(NamingObject<T>.Value));
 }
-template <class T, std::size_t N> inline constexpr auto MemberAddressesOf = MemberAddresses<T, N>();
 
 /// g++ spells AMember "(& lorvane::detail::NamingObject<Geo::TPoint>.lorvane::detail::
 /// TNamingObject<Geo::TPoint>::Value.Geo::TPoint::X)", last of the template arguments (the
@@ -277,8 +276,10 @@ template <auto AMember> constexpr std::string_view MemberNameOf() noexcept {
 }
 
 template <class T, std::size_t N, std::size_t I>
-inline constexpr std::string_view
-    AggregateMemberName = MemberNameOf<std::get<I>(MemberAddressesOf<T, N>)>();
+inline constexpr std::string_view AggregateMemberName =
+    // Straight from the consteval call: a variable holding the addresses would be emitted by
+    // unoptimized builds, with references to the object that is never defined.
+    MemberNameOf<std::get<I>(MemberAddresses<T, N>())>();
 
 /// A field of an aggregate: its place is the I-th of the N members that a binding reaches.
 template <class T, std::size_t N, std::size_t I, class F>
