@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <any>
 #include <array>
 #include <optional>
 #include <string>
@@ -355,6 +356,10 @@ struct TWithOptional {
   Integer A = 0;
   std::optional<Integer> B;
 };
+struct TWithAnyFirst {
+  std::any Payload;
+  Integer B = 0;
+};
 
 using detail::CheckAggregate;
 using enum detail::TAggregateFault;
@@ -368,6 +373,8 @@ TEST(DescribeAggregate, RefusesWhatItCannotDescribeMemberByMember) {
   EXPECT_EQ(CheckAggregate<Integer>(), NotAggregate);
   EXPECT_EQ(CheckAggregate<TDerived>(), BaseClass);
   EXPECT_EQ(CheckAggregate<TDerivedOnly>(), BaseClass);
+  // A first member that takes anything would pass for a base.
+  EXPECT_EQ(CheckAggregate<TWithAnyFirst>(), None);
   EXPECT_EQ(CheckAggregate<TSeventeen>(), TooManyMembers);
   EXPECT_EQ(CheckAggregate<TWithReference>(), NotCopyable);
   EXPECT_EQ(CheckAggregate<TWithConstReference>(), NotCopyable);

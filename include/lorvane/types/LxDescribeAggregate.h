@@ -42,11 +42,13 @@ namespace detail {
 /// Initializes any member in the count, as a copy of an lvalue of the member's type.
 template <std::size_t> struct TAnyMember { template <class U> operator U&() const noexcept; };
 
-/// Initializes only a base class of T: it tells whether T's first element is a base.
+/// Initializes only a base class of T: it tells whether T's first element is a base, unless that
+/// element takes anything at all (std::any), which TNothing tells.
 template <class T> struct TAnyBaseOf {
   template <class B>
   requires(std::is_base_of_v<B, T> && !std::is_same_v<B, T>) operator B&() const noexcept;
 };
+struct TNothing {};
 
 // Members are counted with {} for each: a braced initializer initializes one member whatever its
 // type, where a value would be spread over the elements of a C array member (brace elision), and
@@ -320,7 +322,8 @@ template <class T> consteval TAggregateFault CheckAggregate() {
   if constexpr (!std::is_class_v<T> || std::is_union_v<T> || !std::is_aggregate_v<T> ||
                 IsObjectClass<T>) {
     return TAggregateFault::NotAggregate;
-  } else if constexpr (requires { T{TAnyBaseOf<T>{}}; }) {
+  } else if constexpr (
+      requires { T{TAnyBaseOf<T>{}}; } && !requires { T{TNothing{}}; }) {
     return TAggregateFault::BaseClass;
   } else if constexpr (CountMembers<T>() > cMaxAggregateFields) {
     return TAggregateFault::TooManyMembers;
