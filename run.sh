@@ -41,6 +41,8 @@ case "$task" in
     ./build/example_dom_demo tests/data/catalog.xml
     echo "== examples/json_demo.cpp on tests/data/orders.json"
     ./build/example_json_demo tests/data/orders.json
+    echo "== examples/describe_demo.cpp"
+    ./build/example_describe_demo
     ;;
   test)
     install_missing

@@ -6,12 +6,14 @@
 ///   LxValue.h             TValue
 ///   LxTypes.h             TLxTypes, the registry
 ///   LxDescribe.h          how an application describes its records, classes and enumerations
+///   LxDescribeAggregate.h plain aggregate structs described in one line, named by the compiler
 ///   LxCustomSimpleType.h  the base of small value classes
 ///   LxSerializable.h      how a thing offers its own serialized text
 #pragma once
 
 #include "lorvane/types/LxCustomSimpleType.h"
 #include "lorvane/types/LxDescribe.h"
+#include "lorvane/types/LxDescribeAggregate.h"
 #include "lorvane/types/LxMainTypeKind.h"
 #include "lorvane/types/LxSerializable.h"
 #include "lorvane/types/LxTypeHandle.h"

@@ -207,6 +207,16 @@ TLxMethodDescription& TLxTypeDescription::AddMethod(TLxMethodDescription* AMetho
   return Adopt(FMethods, AMethod);
 }
 
+TLxMemberDescription* TLxTypeDescription::FindOwnMember(std::u16string_view AName) noexcept {
+  for (TLxFieldDescription* Field : FFields)
+    if (SameText(Field->GetName(), AName))
+      return Field;
+  for (TLxPropertyDescription* Property : FProperties)
+    if (SameText(Property->GetName(), AName))
+      return Property;
+  return nullptr;
+}
+
 // --- the type information ------------------------------------------------------------------------
 TLxTypeInfo::~TLxTypeInfo() = default;
 

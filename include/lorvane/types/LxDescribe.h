@@ -16,7 +16,8 @@
 /// the described type itself, checked at compile time. A property reads through a getter
 /// (`R (T::*)() const`) or a data member, and writes through a setter (`void (T::*)(V)`) or the
 /// same data member; without a setter it is read-only. Hint(...) annotates the member described
-/// last, or the type itself before any member. Describing a type twice raises EInvalidOperation.
+/// last, or the type itself before any member; HintOn(u"Name", ...) annotates a member by name.
+/// Describing a type twice raises EInvalidOperation.
 ///
 /// Describing a record or class also makes its dynamic array known ("ArrayOfTAddress"), so that
 /// a document can name it.
@@ -381,6 +382,19 @@ public:
       FLast->AddAttribute(Made);
     else
       FDescription.AddAttribute(Made);
+    return static_cast<Self&>(*this);
+  }
+  /// Annotates this type's own field or property named AName (letter case ignored, fields
+  /// first), wherever it was described: the way to annotate the fields that LxDescribeAggregate
+  /// adds. Hint keeps annotating the member described last. A name that is neither raises
+  /// EArgumentException "Type %s has no field or property %s".
+  Self& HintOn(std::u16string_view AName, TSerializerHintOption AOption,
+               std::u16string_view AValue = {}) {
+    TLxMemberDescription* Member = FDescription.FindOwnMember(AName);
+    if (!Member)
+      throw EArgumentException(u"Type %s has no field or property %s",
+                               {FDescription.GetQualifiedName(), UnicodeString(AName)});
+    Member->AddAttribute(SerializerHint::Create(AOption, AValue));
     return static_cast<Self&>(*this);
   }
   /// A further schema name; the first one is the type's SchemaName.

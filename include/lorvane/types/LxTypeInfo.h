@@ -391,6 +391,9 @@ public:
   TLxPropertyDescription& AddProperty(TLxPropertyDescription* AProperty);
   TLxIndexedPropertyDescription& AddIndexedProperty(TLxIndexedPropertyDescription* AProperty);
   TLxMethodDescription& AddMethod(TLxMethodDescription* AMethod);
+  /// This type's own field named AName, else its own property (letter case ignored); nil when
+  /// there is none. The describing code annotates members by name through it.
+  TLxMemberDescription* FindOwnMember(std::u16string_view AName) noexcept;
   /// Registry only: the TLxTypeInfo made for this description.
   void SetTypeInfo(const TLxTypeInfo* AInfo) noexcept { FTypeInfo = AInfo; }
 
