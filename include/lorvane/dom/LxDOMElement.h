@@ -288,6 +288,7 @@ private:
   /// The namespace refresh of AChild, a fresh element without declarations of its own, linked
   /// below this one: it shares this element's scope.
   void LinkLoadedNamespaces(TLxDOMElement* AChild, TLoadScopes& AScopes);
+  void LinkLoadedDeclarations(TLxDOMElement* AChild, TLoadScopes& AScopes);
   friend class TLxDOMParser;
   /// Makes a node of class T, links it at the position, then sets its value.
   template <class T>
