@@ -65,9 +65,8 @@ bool TLxDOMAttribute::IsDeclarationName(const UnicodeString& APrefix,
                                         const UnicodeString& ALocalName) {
   // Asked of every attribute a load links: the length turns nearly all of them away.
   constexpr std::u16string_view Xmlns = u"xmlns";
-  if (APrefix.empty())
-    return ALocalName.size() == Xmlns.size() && SameText(ALocalName, Xmlns);
-  return APrefix.size() == Xmlns.size() && SameText(APrefix, Xmlns);
+  const UnicodeString& Name = APrefix.empty() ? ALocalName : APrefix;
+  return Name.size() == Xmlns.size() && (Name == Xmlns || SameText(Name, Xmlns));
 }
 
 TLxDOMElement* TLxDOMAttribute::ScopeToRefresh(bool ADeclarationBefore, bool ADeclarationAfter) {

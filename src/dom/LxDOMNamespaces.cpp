@@ -2,6 +2,7 @@
 // declaration, and what a node keeps of its namespace when it moves.
 #include "lorvane/dom/LxDOMElement.h"
 
+#include <cstring>
 #include <vector>
 
 namespace lorvane {
@@ -178,9 +179,15 @@ TLxDOMAttribute* TLxDOMElement::TLoadScopes::Find(TLxDOMElement* AElement,
   const TLxDOMAttrList* Scope = AElement->ScopeList();
   if (!Scope || Scope->Count() == 0)
     return nullptr;
-  for (std::size_t I = 0; I < FUsed; ++I)
-    if (FEntries[I].Scope == Scope && FEntries[I].Prefix == APrefix)
-      return FEntries[I].Declaration;
+  // Equality alone, bytewise: the string's own comparison orders unit by unit.
+  const std::size_t Size = APrefix.size();
+  for (std::size_t I = 0; I < FUsed; ++I) {
+    const TEntry& Entry = FEntries[I];
+    if (Entry.Scope == Scope && Entry.Prefix.size() == Size &&
+        (Size == 0 ||
+         std::memcmp(Entry.Prefix.data(), APrefix.data(), Size * sizeof(char16_t)) == 0))
+      return Entry.Declaration;
+  }
   TLxDOMAttribute* Found = AElement->DeclarationInScope(APrefix);
   TEntry& Entry = FEntries[FUsed < Entries ? FUsed++ : FNext++ % Entries];
   Entry.Scope = Scope;
