@@ -108,7 +108,10 @@ void TLxDOMNode::Clear() {
 void TLxDOMNode::FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild) {
   // It leaves without the unlinking that would keep the parent's lists right, since they go with
   // the parent. (Typed lists may hold its address until then; nothing reads it.)
-  AParent->FChildNodes->DeleteAt(AParent->FChildNodes->LastIndexOf(AChild));
+  // The walk takes children from the end: the last item is nearly always the one.
+  TLxDOMNodeList* Children = AParent->FChildNodes;
+  const Integer Last = Children->Count() - 1;
+  Children->DeleteAt(Children->GetItem(Last) == AChild ? Last : Children->LastIndexOf(AChild));
   AChild->FParent = nullptr;
   AChild->Free();
 }
