@@ -191,8 +191,8 @@ bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild, TLoadScopes& ASco
   // own declaration of its URI (the only link it has) is kept as it is, and the document goes
   // to it and its attributes.
   if (FElements)
-    FElements->Add(AChild, nullptr, ldpLast);
-  ChildNodes()->Add(AChild, nullptr, ldpLast);
+    FElements->Append(AChild);
+  (FChildNodes ? FChildNodes : ChildNodes())->Append(AChild);
   try {
     AChild->FParent = this;
     AChild->SetDOMDocument(FDOMDocument);

@@ -262,8 +262,8 @@ void TLxDOMNode::AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedL
   // nothing below it to pass the document to, and a leaf without namespace links refreshes
   // nothing.
   if (ATypedList)
-    ATypedList->Add(ALeaf, nullptr, ldpLast);
-  ChildNodes()->Add(ALeaf, nullptr, ldpLast);
+    ATypedList->Append(ALeaf);
+  (FChildNodes ? FChildNodes : ChildNodes())->Append(ALeaf);
   ALeaf->FParent = this;
   ALeaf->FDOMDocument = FDOMDocument;
 }
