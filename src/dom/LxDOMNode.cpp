@@ -10,11 +10,22 @@
 
 namespace lorvane {
 
-struct TLxDOMNode::TParseEvents {
+struct TLxDOMParseEvents {
   TLxDOMParseError OnParseWarning;
   TLxDOMParseError OnParseError;
   TLxDOMParseError OnParseFatalError;
 };
+
+TSparseString::TBlock::TBlock(const UnicodeString& AValue) : Value(AValue) {}
+TSparseString::TBlock::~TBlock() = default;
+
+TLxDOMParseEvents& TSparseString::RequireEvents() {
+  if (!FBlock)
+    FBlock = std::make_unique<TBlock>(UnicodeString());
+  if (!FBlock->Events)
+    FBlock->Events = std::make_unique<TLxDOMParseEvents>();
+  return *FBlock->Events;
+}
 
 // --- names --------------------------------------------------------------------------------------
 
@@ -393,28 +404,26 @@ namespace {
 const TLxDOMParseError NoParseHandler;
 }
 
-TLxDOMNode::TParseEvents& TLxDOMNode::ParseEvents() {
-  if (!FParseEvents)
-    FParseEvents = std::make_unique<TParseEvents>();
-  return *FParseEvents;
-}
 const TLxDOMParseError& TLxDOMNode::GetOnParseWarning() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseWarning : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseWarning : NoParseHandler;
 }
 const TLxDOMParseError& TLxDOMNode::GetOnParseError() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseError : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseError : NoParseHandler;
 }
 const TLxDOMParseError& TLxDOMNode::GetOnParseFatalError() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseFatalError : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseFatalError : NoParseHandler;
 }
 void TLxDOMNode::SetOnParseWarning(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseWarning = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseWarning = std::move(AHandler);
 }
 void TLxDOMNode::SetOnParseError(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseError = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseError = std::move(AHandler);
 }
 void TLxDOMNode::SetOnParseFatalError(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseFatalError = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseFatalError = std::move(AHandler);
 }
 
 // --- cloning ------------------------------------------------------------------------------------
