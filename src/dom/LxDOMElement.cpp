@@ -191,35 +191,15 @@ bool TLxDOMElement::AppendLoadedElement(TLxDOMElement* AChild, TLoadScopes& ASco
   // own declaration of its URI (the only link it has) is kept as it is, and the document goes
   // to it and its attributes.
   if (FElements)
-    FElements->Add(AChild, nullptr, ldpLast);
-  ChildNodes()->Add(AChild, nullptr, ldpLast);
+    FElements->Append(AChild);
+  (FChildNodes ? FChildNodes : ChildNodes())->Append(AChild);
   try {
     AChild->FParent = this;
     AChild->SetDOMDocument(FDOMDocument);
-    if (!Declares) {
+    if (Declares)
+      LinkLoadedDeclarations(AChild, AScopes);
+    else
       LinkLoadedNamespaces(AChild, AScopes);
-    } else {
-      // The namespace refresh of the new subtree: the element, then its children in order,
-      // which are all attributes. Unprefixed ones all link to the same default declaration,
-      // looked up once: their refresh changes no scope.
-      AScopes.Clear();
-      AChild->RefreshOwnNamespaces();
-      TLxDOMAttribute* Default = nullptr;
-      bool DefaultFound = false;
-      if (TLxDOMNodeList* Own = AChild->FChildNodes)
-        for (TLxDOMNode* Node : *Own) {
-          auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
-          if (!Attribute->GetPrefix().empty()) {
-            Attribute->RefreshOwnNamespaces();
-            continue;
-          }
-          if (!DefaultFound) {
-            Default = AChild->DeclarationInScope(Attribute->GetPrefix());
-            DefaultFound = true;
-          }
-          Attribute->FNamespace = Default;
-        }
-    }
     // Without "xml:space" the state comes from here; below AChild there is no element yet.
     AChild->FPreserveSpace = FPreserveSpace;
     if (!AChild->FNamespaceURI.empty()) {

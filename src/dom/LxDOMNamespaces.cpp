@@ -2,6 +2,7 @@
 // declaration, and what a node keeps of its namespace when it moves.
 #include "lorvane/dom/LxDOMElement.h"
 
+#include <cstring>
 #include <vector>
 
 namespace lorvane {
@@ -126,14 +127,67 @@ void TLxDOMElement::LinkLoadedNamespaces(TLxDOMElement* AChild, TLoadScopes& ASc
       static_cast<TLxDOMAttribute*>(Node)->FNamespace = AScopes.Find(AChild, Node->GetPrefix());
 }
 
+void TLxDOMElement::LinkLoadedDeclarations(TLxDOMElement* AChild, TLoadScopes& AScopes) {
+  // The namespace refresh of a fresh element that declares something, and of its attributes,
+  // without the general steps: its scope is this element's plus its own declarations in the
+  // order of its attributes, each in place of one of the same name; once the scope stands, the
+  // look-ups go through the load's table, which the element's children then find filled.
+  AScopes.Clear();
+  const UnicodeString& Prefix = AChild->GetPrefix();
+  const bool SamePrefix =
+      Prefix == GetPrefix() || AChild->GetCollation()->SameText(Prefix, GetPrefix());
+  if (SamePrefix && Prefix.empty() && AChild->FNamespaceURI.empty() && FNamespace) {
+    // It leaves the default declaration in scope, which may write one of its own.
+    AChild->RefreshOwnNamespaces();
+  } else {
+    // Its own declaration of its URI, linked while its attributes were added, or nil.
+    TLxDOMAttribute* Old = AChild->FNamespace;
+    AChild->FNamespace = SamePrefix ? FNamespace : nullptr;
+    AChild->FScopeOwner = FScopeOwner;
+    bool Resolve = !SamePrefix;
+    for (TLxDOMNode* Node : *AChild->FChildNodes) {
+      if (Node->GetNodeType() != ntAttribute)
+        continue;
+      auto* Attribute = static_cast<TLxDOMAttribute*>(Node);
+      if (!Attribute->IsNamespace())
+        continue;
+      if (Attribute == Old) {
+        AChild->FNamespace = Attribute;
+        AChild->FNamespaceSet = true;
+        AChild->FNamespaceURI = Attribute->GetNodeValue();
+      }
+      TLxDOMAttrList* Scope = AChild->Namespaces();
+      if (Scope->Count() > 0)
+        if (TLxDOMNode* Entry = Scope->Find(Attribute->GetQualifiedName(), {soQualifiedName})) {
+          Scope->Delete(Entry);
+          if (Entry == AChild->FNamespace) {
+            AChild->FNamespace = nullptr;
+            Resolve = true;
+          }
+        }
+      Scope->Add(Attribute, ldpLast);
+    }
+    if (Resolve)
+      AChild->FNamespace = AScopes.Find(AChild, Prefix);
+  }
+  for (TLxDOMNode* Node : *AChild->FChildNodes)
+    static_cast<TLxDOMAttribute*>(Node)->FNamespace = AScopes.Find(AChild, Node->GetPrefix());
+}
+
 TLxDOMAttribute* TLxDOMElement::TLoadScopes::Find(TLxDOMElement* AElement,
                                                   const UnicodeString& APrefix) {
   const TLxDOMAttrList* Scope = AElement->ScopeList();
   if (!Scope || Scope->Count() == 0)
     return nullptr;
-  for (std::size_t I = 0; I < FUsed; ++I)
-    if (FEntries[I].Scope == Scope && FEntries[I].Prefix == APrefix)
-      return FEntries[I].Declaration;
+  // Equality alone, bytewise: the string's own comparison orders unit by unit.
+  const std::size_t Size = APrefix.size();
+  for (std::size_t I = 0; I < FUsed; ++I) {
+    const TEntry& Entry = FEntries[I];
+    if (Entry.Scope == Scope && Entry.Prefix.size() == Size &&
+        (Size == 0 ||
+         std::memcmp(Entry.Prefix.data(), APrefix.data(), Size * sizeof(char16_t)) == 0))
+      return Entry.Declaration;
+  }
   TLxDOMAttribute* Found = AElement->DeclarationInScope(APrefix);
   TEntry& Entry = FEntries[FUsed < Entries ? FUsed++ : FNext++ % Entries];
   Entry.Scope = Scope;

@@ -10,11 +10,22 @@
 
 namespace lorvane {
 
-struct TLxDOMNode::TParseEvents {
+struct TLxDOMParseEvents {
   TLxDOMParseError OnParseWarning;
   TLxDOMParseError OnParseError;
   TLxDOMParseError OnParseFatalError;
 };
+
+TSparseString::TBlock::TBlock(const UnicodeString& AValue) : Value(AValue) {}
+TSparseString::TBlock::~TBlock() = default;
+
+TLxDOMParseEvents& TSparseString::RequireEvents() {
+  if (!FBlock)
+    FBlock = std::make_unique<TBlock>(UnicodeString());
+  if (!FBlock->Events)
+    FBlock->Events = std::make_unique<TLxDOMParseEvents>();
+  return *FBlock->Events;
+}
 
 // --- names --------------------------------------------------------------------------------------
 
@@ -108,7 +119,10 @@ void TLxDOMNode::Clear() {
 void TLxDOMNode::FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild) {
   // It leaves without the unlinking that would keep the parent's lists right, since they go with
   // the parent. (Typed lists may hold its address until then; nothing reads it.)
-  AParent->FChildNodes->DeleteAt(AParent->FChildNodes->LastIndexOf(AChild));
+  // The walk takes children from the end: the last item is nearly always the one.
+  TLxDOMNodeList* Children = AParent->FChildNodes;
+  const Integer Last = Children->Count() - 1;
+  Children->DeleteAt(Children->GetItem(Last) == AChild ? Last : Children->LastIndexOf(AChild));
   AChild->FParent = nullptr;
   AChild->Free();
 }
@@ -259,8 +273,8 @@ void TLxDOMNode::AppendLoadedLeaf(TLxDOMNode* ALeaf, TLxDOMNodeListBase* ATypedL
   // nothing below it to pass the document to, and a leaf without namespace links refreshes
   // nothing.
   if (ATypedList)
-    ATypedList->Add(ALeaf, nullptr, ldpLast);
-  ChildNodes()->Add(ALeaf, nullptr, ldpLast);
+    ATypedList->Append(ALeaf);
+  (FChildNodes ? FChildNodes : ChildNodes())->Append(ALeaf);
   ALeaf->FParent = this;
   ALeaf->FDOMDocument = FDOMDocument;
 }
@@ -390,28 +404,26 @@ namespace {
 const TLxDOMParseError NoParseHandler;
 }
 
-TLxDOMNode::TParseEvents& TLxDOMNode::ParseEvents() {
-  if (!FParseEvents)
-    FParseEvents = std::make_unique<TParseEvents>();
-  return *FParseEvents;
-}
 const TLxDOMParseError& TLxDOMNode::GetOnParseWarning() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseWarning : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseWarning : NoParseHandler;
 }
 const TLxDOMParseError& TLxDOMNode::GetOnParseError() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseError : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseError : NoParseHandler;
 }
 const TLxDOMParseError& TLxDOMNode::GetOnParseFatalError() const noexcept {
-  return FParseEvents ? FParseEvents->OnParseFatalError : NoParseHandler;
+  const TLxDOMParseEvents* Events = FNamespaceURI.Events();
+  return Events ? Events->OnParseFatalError : NoParseHandler;
 }
 void TLxDOMNode::SetOnParseWarning(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseWarning = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseWarning = std::move(AHandler);
 }
 void TLxDOMNode::SetOnParseError(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseError = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseError = std::move(AHandler);
 }
 void TLxDOMNode::SetOnParseFatalError(TLxDOMParseError AHandler) {
-  ParseEvents().OnParseFatalError = std::move(AHandler);
+  FNamespaceURI.RequireEvents().OnParseFatalError = std::move(AHandler);
 }
 
 // --- cloning ------------------------------------------------------------------------------------

@@ -93,8 +93,9 @@ void TLxDOMNodeArray::Insert(Integer AIndex, TLxDOMNode* ANode) {
 void TLxDOMNodeArray::Delete(Integer AIndex) {
   if (static_cast<std::uint32_t>(AIndex) >= FCount)
     RaiseListIndexError(AIndex);
-  --FCount;
-  std::memmove(FItems + AIndex, FItems + AIndex + 1, (FCount - AIndex) * sizeof(TLxDOMNode*));
+  // The last item goes without a move: freeing a tree takes its children from the end.
+  if (static_cast<std::uint32_t>(AIndex) != --FCount)
+    std::memmove(FItems + AIndex, FItems + AIndex + 1, (FCount - AIndex) * sizeof(TLxDOMNode*));
 }
 
 Integer TLxDOMNodeArray::IndexOf(const TLxDOMNode* ANode) const noexcept {

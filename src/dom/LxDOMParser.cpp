@@ -6,6 +6,8 @@
 #include "lorvane/sax/LxSAXParser.h"
 #include "lorvane/xmlutils/LxXMLEscape.h"
 
+#include <cstring>
+
 namespace lorvane {
 
 TLxDOMParser::TLxDOMParser(TLxDOMNode* ADOMNode)
@@ -121,12 +123,19 @@ void TLxDOMParser::Characters(const LxXMLString& AText) {
 
 const TLxDOMName::TRef& TLxDOMParser::NameOf(const LxXMLString& AQName) {
   // A cache, not a set: a name whose slot another name took gets a record of its own, so that
-  // a document of ever new names costs no more than one record per node.
-  std::size_t Hash = AQName.size();
-  for (const char16_t Unit : AQName)
-    Hash = Hash * 31 + Unit;
-  TNameSlot& Slot = FNames[(Hash ^ (Hash >> 7)) & (NameSlots - 1)];
-  if (Slot.QName != AQName) {
+  // a document of ever new names costs no more than one record per node. The hash reads the
+  // length and a few units at both ends and in the middle, not every unit: names that share
+  // those take turns in a slot, which costs records, never a wrong name.
+  const std::size_t Size = AQName.size();
+  const char16_t* Units = AQName.data();
+  std::size_t Hash = Size;
+  if (Size != 0)
+    Hash = (((Hash * 31 + Units[0]) * 31 + Units[Size - 1]) * 31 + Units[Size / 2]) * 31 +
+           Units[Size > 3 ? Size - 2 : 0] + (std::size_t(Units[Size > 3 ? 1 : 0]) << 7);
+  TNameSlot& Slot = FNames[(Hash ^ (Hash >> 8)) & (NameSlots - 1)];
+  // Equality alone: bytes compare faster than the string's unit by unit ordering.
+  if (Slot.QName.size() != Size ||
+      std::memcmp(Slot.QName.data(), Units, Size * sizeof(char16_t)) != 0) {
     Slot.QName = AQName;
     Slot.Name = TLxDOMName::FromQualifiedName(AQName);
   }

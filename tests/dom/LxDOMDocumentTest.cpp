@@ -117,6 +117,32 @@ TEST_F(DomDocument, AHandledFatalErrorLetsTheReadersExceptionThrough) {
   EXPECT_EQ(Seen, u"The document is not wellformed!\r\nMissing attribute value.");
 }
 
+TEST_F(DomDocument, ANodesParseEventsAndItsOwnNamespaceURIShareABlockWithoutMixing) {
+  // Either may come first; each reads back as set, and the events still reach a load into it.
+  for (const bool EventsFirst : {true, false}) {
+    SCOPED_TRACE(EventsFirst);
+    TOwned<TLxDOMElement> Element(New<TLxDOMElement>());
+    Element->SetQualifiedName(u"p:e");
+    EXPECT_FALSE(Element->GetOnParseFatalError());
+    int Calls = 0;
+    const auto Handle = [&](ILxSAXLocator*, const LxXMLString&, bool& Handled) {
+      ++Calls;
+      Handled = true;
+    };
+    if (EventsFirst)
+      Element->SetOnParseFatalError(Handle);
+    Element->SetNamespaceURI(u"urn:a");
+    if (!EventsFirst)
+      Element->SetOnParseFatalError(Handle);
+    EXPECT_EQ(Element->GetNamespaceURI(), u"urn:a");
+    EXPECT_FALSE(Element->GetOnParseWarning());
+    TOwned<TLxMemoryStream> Bad(New<TLxMemoryStream>("<b x=1/>", 8));
+    EXPECT_THROW(Element->LoadFromStream(Bad.get(), 65001), ELxXMLParseError);
+    EXPECT_EQ(Calls, 1);
+    EXPECT_EQ(Element->GetNamespaceURI(), u"urn:a");
+  }
+}
+
 TEST_F(DomDocument, TextThatIsNoMarkupGoesToTheJSONReader) {
   for (const char16_t* Text : {u"  {\"a\": 1}", u"[1]", u" \t "})
     EXPECT_THROW(Load(Text), ELxXMLParseError) << StringToUTF8(Text);

@@ -209,6 +209,8 @@ protected:
   /// Passes the state down to the child elements, stopping at those with their own "xml:space".
   void PassPreserveSpaceDown(bool Value);
 
+  /// First, in the padding behind the node's own flags.
+  bool FPreserveSpace;
   TLxDOMAttrList* FAttributes = nullptr;
   TLxDOMAttrList* FNamespaces = nullptr;
   TLxDOMElementList* FElements = nullptr;
@@ -217,7 +219,6 @@ protected:
   /// The element whose FNamespaces is the scope here: this one, or the nearest ancestor with
   /// declarations of its own; nil when nothing is in scope.
   TLxDOMElement* FScopeOwner = nullptr;
-  bool FPreserveSpace;
 
   /// The kinds of children that have a typed list.
   enum class TChildKind : Byte { Attribute, Element, CharacterData, None };
@@ -288,6 +289,7 @@ private:
   /// The namespace refresh of AChild, a fresh element without declarations of its own, linked
   /// below this one: it shares this element's scope.
   void LinkLoadedNamespaces(TLxDOMElement* AChild, TLoadScopes& AScopes);
+  void LinkLoadedDeclarations(TLxDOMElement* AChild, TLoadScopes& AScopes);
   friend class TLxDOMParser;
   /// Makes a node of class T, links it at the position, then sets its value.
   template <class T>

@@ -18,31 +18,44 @@ class TLxDOMDocument;
 class TLxDOMElement;
 class TLxDOMWriter;
 
+struct TLxDOMParseEvents;
+
 /// A string that costs one pointer until it first holds text: few nodes ever keep a namespace
-/// URI of their own. Once made, the text stays allocated, so references to it stay valid.
+/// URI of their own. Once made, the text stays allocated, so references to it stay valid. Its
+/// block carries the node's parse events too, which as few nodes have: one pointer for both.
 class TSparseString {
 public:
   TSparseString() noexcept = default;
-  operator const UnicodeString&() const noexcept { return FValue ? *FValue : Empty(); }
+  operator const UnicodeString&() const noexcept { return FBlock ? FBlock->Value : Empty(); }
   TSparseString& operator=(const UnicodeString& AValue) {
-    if (FValue)
-      *FValue = AValue;
+    if (FBlock)
+      FBlock->Value = AValue;
     else if (!AValue.empty())
-      FValue = std::make_unique<UnicodeString>(AValue);
+      FBlock = std::make_unique<TBlock>(AValue);
     return *this;
   }
-  bool empty() const noexcept { return !FValue || FValue->empty(); }
+  bool empty() const noexcept { return !FBlock || FBlock->Value.empty(); }
   void clear() noexcept {
-    if (FValue)
-      FValue->clear();
+    if (FBlock)
+      FBlock->Value.clear();
   }
+  /// The parse events, nil until first set.
+  TLxDOMParseEvents* Events() const noexcept { return FBlock ? FBlock->Events.get() : nullptr; }
+  TLxDOMParseEvents& RequireEvents();
 
 private:
   static const UnicodeString& Empty() noexcept {
     static const UnicodeString Value;
     return Value;
   }
-  std::unique_ptr<UnicodeString> FValue;
+  struct TBlock {
+    // Out of line, where the events are a complete type.
+    explicit TBlock(const UnicodeString& AValue);
+    ~TBlock();
+    UnicodeString Value;
+    std::unique_ptr<TLxDOMParseEvents> Events;
+  };
+  std::unique_ptr<TBlock> FBlock;
 };
 
 /// The name of a node, its prefix and local name, held by counted reference: the nodes that one
@@ -309,23 +322,22 @@ protected:
 
   /// Made on first use: a leaf that never gets a child pays for no list.
   TLxDOMNodeList* FChildNodes = nullptr;
+  /// Prefix and local name, shared with the nodes that a load names alike.
+  TLxDOMName::TRef FName;
+  /// The namespace URI kept while the node isn't linked to its declaration (and the parse
+  /// events).
+  TSparseString FNamespaceURI;
+  // The bytes last, so that an element's own flag fills the padding behind them: an element
+  // then fits the pool's size class of 128 bytes, a text node that of 112.
   TLxDOMNodeType FNodeType = ntUnknown;
   TLxDOMLoadState FLoadState = lsUninitialized;
   bool FNamespaceSet = false;
-  /// Prefix and local name, shared with the nodes that a load names alike.
-  TLxDOMName::TRef FName;
-  /// The namespace URI kept while the node isn't linked to its declaration.
-  TSparseString FNamespaceURI;
 
 private:
   /// Takes AChild out of the children of AParent, which is being destroyed, and frees it: a step
   /// of Clear.
   static void FreeDetached(TLxDOMNode* AParent, TLxDOMNode* AChild);
   friend class TLxDOMParser;
-  struct TParseEvents;
-  /// Rarely set, so kept out of line: a node pays one pointer for its three events.
-  std::unique_ptr<TParseEvents> FParseEvents;
-  TParseEvents& ParseEvents();
 };
 
 class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {

@@ -152,6 +152,12 @@ class TLxDOMNodeListBase : public TLxDOMObject {
 protected:
   ~TLxDOMNodeListBase() override = default;
   TLxDOMNodeArray FList;
+
+private:
+  /// Add at the end, inline: the road by which a load links its nodes.
+  void Append(TLxDOMNode* ANode) { FList.Add(ANode); }
+  friend class TLxDOMNode;
+  friend class TLxDOMElement;
 };
 
 class TLxDOMNodeList : public TLxDOMNodeListBase {

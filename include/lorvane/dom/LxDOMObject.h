@@ -74,11 +74,14 @@ protected:
   /// Whether names compare by local name: as the match options say, else as this object's.
   bool ByLocalName(TLxDOMSelectOptions AOptions);
 
+  /// First, so that it takes the padding at the end of the base's fields: each node and list is
+  /// then 8 bytes smaller, which puts elements, attributes and lists in a smaller size class of
+  /// the pool.
+  bool FDestroying = false;
   /// The owning document (a TLxDOMDocument), nil until the object is in one; a document points
   /// to itself. Held by its object base so that the layers below the document don't depend on it.
   TLxDOMObject* FDOMDocument = nullptr;
   TLxDOMObject* FParent = nullptr;
-  bool FDestroying = false;
   TLxDOMObjectImpl* FDOMImpl = nullptr;
 
   friend class TLxDOMObjectImpl;
