@@ -11,8 +11,16 @@ TLxDOMNode* NodeOf(ILxDOMNode* ANode) { return TLxDOMObjectImpl::Node(ANode); }
 } // namespace
 
 HRESULT TLxDOMNodeImpl::QueryInterface(const TGUID& AIID, void** AObj) {
-  return AnswerInterfaces<ILxDOMNode>(this, AIID, AObj,
-                                      [&] { return inherited::QueryInterface(AIID, AObj); });
+  return AnswerInterfaces<ILxDOMNode, ILxSerializable>(
+      this, AIID, AObj, [&] { return inherited::QueryInterface(AIID, AObj); });
+}
+
+bool TLxDOMNodeImpl::CanSerialize(TLxDataSerializationFormatType AFormat) {
+  return DOMNode()->CanSerialize(AFormat);
+}
+TLxSerializedData TLxDOMNodeImpl::Serialize(TLxDataSerializationFormatType AFormat,
+                                            TStrings* AParams) {
+  return DOMNode()->Serialize(AFormat, AParams);
 }
 
 bool TLxDOMNodeImpl::GetPreserveSpace() { return DOMNode()->GetPreserveSpace(); }

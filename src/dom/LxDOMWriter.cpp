@@ -1,6 +1,8 @@
 // XML output of the tree: each node kind writes itself, from its stored form, piece by piece.
 #include "dom/LxDOMWriter.h"
 
+#include "lorvane/types/LxValue.h"
+
 #include "core/internal/RawScan.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/dom/LxDOMDocument.h"
@@ -174,6 +176,20 @@ UnicodeString TLxDOMNode::GetFormattedXML() {
   TOwned<TLxStringStream> Stream(New<TLxStringStream>(1200, 0));
   SaveToStream(Stream.get(), 1200, /*AFormatted=*/true);
   return Stream->GetWString();
+}
+
+bool TLxDOMNode::CanSerialize(TLxDataSerializationFormatType AFormat) const noexcept {
+  return AFormat != ldsJSON;
+}
+
+TLxSerializedData TLxDOMNode::Serialize(TLxDataSerializationFormatType AFormat, TStrings*) {
+  if (AFormat == ldsXML) {
+    TOwned<TLxStringStream> Stream(New<TLxStringStream>(65001, 0));
+    SaveToStream(Stream.get(), 65001, /*AFormatted=*/false);
+    return Stream->GetAString();
+  }
+  TLxDOMNode* Self = this;
+  return LxSerializeValue(AFormat, TValue::Make(&Self, LxClassTypeHandle(ClassType())));
 }
 
 void TLxDOMNode::WriteXML(TLxDOMWriter&, bool, Integer&) {}

@@ -120,6 +120,11 @@ void LxRegisterType(TLxTypeHandle AHandle) {
 
 void LxSerializerStartup() {
   TLxTypes::RegisterTypeAlias(TypeHandle<TStringList*>(), u"StringList");
+  // Code below the serializers (document text of arrays and objects, a node's own text in
+  // other formats) writes values through the entry point.
+  SetValueSerializer([](TLxDataSerializationFormatType AFormat, const TValue& AValue) {
+    return LxSerialize(AFormat, AValue);
+  });
 }
 
 TLxSerializedData LxObjectSerialize(TObject* AObject, TLxSerializeFormat AFormat) {

@@ -312,8 +312,6 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
 void LxXMLSerializerStartup() {
   LxRegisterSerializer(ldsXML, TLxTypeHandle(nullptr), TLxXMLSerializer::StaticClass(),
                        TLxXMLDeserializer::StaticClass());
-  // Arrays, records and objects in document text (LxValToXML) are their XML serialization.
-  SetValueSerializer([](const TValue& AValue) { return LxSerialize(ldsXML, AValue); });
 }
 
 } // namespace lorvane

@@ -12,14 +12,6 @@ namespace lorvane {
 
 namespace {
 
-// Every use goes through here, so that the start-up's registration is in place before the hook
-// is first read or replaced, and an application's own function always wins.
-TValueSerializerFunc& ValueSerializer() {
-  EnsureLibraryStarted();
-  static TValueSerializerFunc Instance;
-  return Instance;
-}
-
 constexpr std::u16string_view ArrayOpen = u"<array length=\"";
 constexpr std::u16string_view ElementOpen = u"<element";
 
@@ -161,10 +153,6 @@ TValue SetValue(std::u16string_view AValue, const TLxTypeInfo& AInfo) {
 }
 
 } // namespace
-
-TValueSerializerFunc SetValueSerializer(TValueSerializerFunc AFunc) {
-  return std::exchange(ValueSerializer(), std::move(AFunc));
-}
 
 UnicodeString LxVariantToXML(const Variant& AValue) {
   const TVarType Type = VarType(AValue);
@@ -313,10 +301,7 @@ UnicodeString LxValToXML(const TValue& AValue) {
   case tkDynArray:
   case tkRecord:
   case tkClass: {
-    const TValueSerializerFunc& Serializer = ValueSerializer();
-    if (!Serializer)
-      throw ENotSupportedException(UnicodeString(SNoValueSerializer));
-    return UTF8ToString(Serializer(AValue));
+    return UTF8ToString(LxSerializeValue(ldsXML, AValue));
   }
   case tkChar:
   case tkWChar:

@@ -1,7 +1,8 @@
-// The tree's path entry points without the path module: this program links the tree alone, so it
-// provides the start-up routine itself, and registers no path hook.
+// The tree's entry points into the modules above it (paths, the serializers) without them: this
+// program links the tree alone, so it provides the start-up routine itself and registers no hook.
 #include "lorvane/classes/LxLibraryStartup.h"
 #include "lorvane/dom/LxDOMPathSelection.h"
+#include "lorvane/types/LxValue.h"
 #include "lorvane/uLxXMLDOM.h"
 
 #include <gtest/gtest.h>
@@ -38,6 +39,37 @@ TEST(DOMPathEntryPoints, RaiseNotSupportedWithoutThePathHook) {
   // Its interface owns a free-standing document from here on.
   IPtr<ILxDOMDocument> Face = DOMInterface<ILxDOMDocument>(Doc.release());
   ExpectUnsupported([&] { Face->CreateNodeList(u"r"); });
+}
+
+TEST(DOMSerializable, ANodeOffersItsXMLAndHandsOtherFormatsToTheSerializers) {
+  // Interfaces own the document from the start, as faces of a tree do.
+  IPtr<ILxDOMDocument> Doc = DOMInterface<ILxDOMDocument>(
+      TLxDOMDocument::CreateFromXML(u"<r a=\"1\"><\u00e9>x &amp; y</\u00e9></r>"));
+  TLxDOMElement* Root =
+      static_cast<TLxDOMDocument*>(TLxDOMObjectImpl::Node(Doc.Get()))->GetRootNode();
+  IPtr<ILxSerializable> Face = IPtr<ILxSerializable>::From(DOMInterface<ILxDOMNode>(Root));
+  ASSERT_TRUE(Face);
+  // The tree writes XML itself; JSON it doesn't write yet.
+  EXPECT_TRUE(Face->CanSerialize(ldsXML));
+  EXPECT_FALSE(Face->CanSerialize(ldsJSON));
+  EXPECT_TRUE(Face->CanSerialize(ldsFormat2));
+  EXPECT_EQ(Face->Serialize(ldsXML, nullptr), StringToUTF8(Root->GetXML()));
+  // Other formats go to the value serializer, which only the serializer module sets.
+  try {
+    Face->Serialize(ldsFormat3, nullptr);
+    ADD_FAILURE() << "no exception";
+  } catch (const ENotSupportedException& E) {
+    EXPECT_EQ(E.Message(), SNoValueSerializer);
+  }
+  TLxSerializedData Seen;
+  auto Previous =
+      SetValueSerializer([&](TLxDataSerializationFormatType AFormat, const TValue& AValue) {
+        Seen = std::to_string(AFormat) + ":" + StringToUTF8(AValue.AsObject()->ClassName());
+        return TLxSerializedData("text");
+      });
+  EXPECT_EQ(Face->Serialize(ldsFormat3, nullptr), "text");
+  EXPECT_EQ(Seen, "3:TLxDOMElement");
+  SetValueSerializer(std::move(Previous));
 }
 
 } // namespace

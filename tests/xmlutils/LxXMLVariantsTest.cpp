@@ -415,10 +415,12 @@ TEST_F(XMLVariants, ValToXMLWritesArraysRecordsAndClassesThroughTheSerializer) {
     ExpectRaises<ENotSupportedException>([&Value] { LxValToXML(Value); }, SNoValueSerializer);
 
   std::vector<TLxTypeHandle> Seen;
-  auto Previous = SetValueSerializer([&Seen](const TValue& AValue) {
-    Seen.push_back(AValue.GetTypeInfo());
-    return RawByteString("<v>\xC3\xA9</v>");
-  });
+  auto Previous =
+      SetValueSerializer([&Seen](TLxDataSerializationFormatType AFormat, const TValue& AValue) {
+        EXPECT_EQ(AFormat, ldsXML);
+        Seen.push_back(AValue.GetTypeInfo());
+        return RawByteString("<v>\xC3\xA9</v>");
+      });
   EXPECT_FALSE(Previous);
   for (const TValue& Value : Values)
     EXPECT_EQ(LxValToXML(Value), u"<v>\u00e9</v>") << Show(Value.LxTypeInfo()->GetName());

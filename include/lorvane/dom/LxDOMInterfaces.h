@@ -9,6 +9,7 @@
 
 #include "lorvane/dom/LxDOMTypes.h"
 #include "lorvane/platform/Variants.h"
+#include "lorvane/types/LxSerializable.h"
 
 #include <initializer_list>
 
@@ -22,7 +23,8 @@ class ILxDOMText;
 class ILxDOMComment;
 class ILxDOMCDATA;
 
-class ILxDOMNode : public virtual IInterface {
+/// A node offers its own text to the serializers (ILxSerializable).
+class ILxDOMNode : public virtual ILxSerializable {
 public:
   static constexpr TGUID IID{
       0x074C380D, 0x097F, 0x4508, {0xA0, 0x83, 0xFB, 0x87, 0xC2, 0xDE, 0x7E, 0xC6}};

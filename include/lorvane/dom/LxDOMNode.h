@@ -221,6 +221,12 @@ class TLxDOMNode : public TLxDOMObject {
   /// The XML text of this node, compact or with line ends and indentation.
   UnicodeString GetXML();
   UnicodeString GetFormattedXML();
+  /// The node's own text for the serializers: XML (its compact text as UTF-8). JSON needs the
+  /// tree's JSON output, which this library doesn't write yet: false for it. Other formats go
+  /// to the serializer registered for them.
+  bool CanSerialize(TLxDataSerializationFormatType AFormat) const noexcept;
+  /// AParams is not used.
+  TLxSerializedData Serialize(TLxDataSerializationFormatType AFormat, TStrings* AParams);
   /// The document this node is in; nil when it is in none.
   TLxDOMDocument* GetDocument() const noexcept;
 
@@ -377,6 +383,8 @@ class TLxDOMNodeImpl : public TLxDOMObjectImpl, public virtual ILxDOMNode {
   IPtr<ILxDOMNode> ParentNode() override;
   UnicodeString NodePath(bool ALocalNames, const UnicodeString& AIdAttribName) override;
   UnicodeString GetFormattedXML() override;
+  bool CanSerialize(TLxDataSerializationFormatType AFormat) override;
+  TLxSerializedData Serialize(TLxDataSerializationFormatType AFormat, TStrings* AParams) override;
   UnicodeString GetXML() override;
   void LoadFromStream(TStream* AStream, Word AStreamCodePage) override;
   void SaveToStream(TStream* AStream, Word AStreamCodePage, bool AFormatted) override;

@@ -61,8 +61,9 @@ TLxSerializedData LxObjectSerialize(TObject* AObject, TLxSerializeFormat AFormat
 TLxSerializedData LxAsXML(TObject* AObject, std::u16string_view ATargetNamespace = {},
                           bool AExcludeNamespaces = false);
 
-/// The framework's start-up registration: the alias "StringList" of TStringList. Called once by
-/// the library's start-up.
+/// The framework's start-up registrations: the alias "StringList" of TStringList, and LxSerialize
+/// as the value serializer of the code below (SetValueSerializer). Called once by the library's
+/// start-up.
 void LxSerializerStartup();
 
 } // namespace lorvane

@@ -63,8 +63,7 @@ private:
 };
 
 /// The XML format's start-up registration: TLxXMLSerializer and TLxXMLDeserializer as the
-/// default serializer and deserializer of XML, and the XML serialization of arrays, records and
-/// objects for their document text (SetValueSerializer).
+/// default serializer and deserializer of XML.
 /// Called once by the library's start-up.
 void LxXMLSerializerStartup();
 

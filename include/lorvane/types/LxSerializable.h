@@ -2,13 +2,20 @@
 ///   TLxSerializedData    UTF-8 text without a byte order mark, as bytes
 ///   ILxSerializable      CanSerialize(AFormat), Serialize(AFormat, AParams)
 ///   ILxDeserializable    CanDeserialize(AFormat), Deserialize(AFormat, AData, AParams)
+///   SetValueSerializer, LxSerializeValue   a value in any format, through the serializers,
+///                        for code below them (document text of arrays, records and objects)
 /// They live below the serializers, so that the document tree can offer them.
 #pragma once
 
 #include "lorvane/platform/Classes.h"
 #include "lorvane/types/LxTypeKinds.h"
 
+#include <functional>
+#include <string_view>
+
 namespace lorvane {
+
+class TValue;
 
 using TLxSerializedData = RawByteString;
 
@@ -36,5 +43,20 @@ public:
 protected:
   ~ILxDeserializable() = default;
 };
+
+/// Writes a value in a format: UTF-8 text without a byte order mark.
+using TLxValueSerializer =
+    std::function<TLxSerializedData(TLxDataSerializationFormatType AFormat, const TValue& AValue)>;
+
+inline constexpr std::u16string_view SNoValueSerializer =
+    u"Values can't be serialized: no serializer module has registered its value serializer";
+
+/// Sets the function by which LxSerializeValue writes, and gives the one it replaces, so that a
+/// caller can put it back; an empty function clears it. The serializers' start-up sets it. Plain
+/// storage: set at start-up, read without a lock afterwards.
+TLxValueSerializer SetValueSerializer(TLxValueSerializer AFunc);
+/// AValue in AFormat through that function; unset, raises ENotSupportedException
+/// SNoValueSerializer.
+TLxSerializedData LxSerializeValue(TLxDataSerializationFormatType AFormat, const TValue& AValue);
 
 } // namespace lorvane

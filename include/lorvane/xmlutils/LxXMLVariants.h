@@ -3,15 +3,15 @@
 ///                                       type name; arrays of bytes as hexadecimal digits, other
 ///                                       arrays as one escaped "<array>" text
 ///   LxValToXML, LxXMLToValue            a TValue to its text and back, by type handle or name
-///   SetValueSerializer                  the hook through which arrays, records and classes are
-///                                       written (the serializer module fills it at start-up)
 ///
-/// All functions but the hook's setter are free of state. Failures of the simple conversions
-/// (LxXMLValues.h, LxXMLEscape.h) reach the caller unchanged; the library's own failures here
-/// are plain Exception, with the messages given below.
+/// Arrays, records and classes are written through the serializers' value serializer
+/// (LxSerializeValue, types/LxSerializable.h). All functions are free of state. Failures of the
+/// simple conversions (LxXMLValues.h, LxXMLEscape.h) reach the caller unchanged; the library's own
+/// failures here are plain Exception, with the messages given below.
 #pragma once
 
 #include "lorvane/platform/Variants.h"
+#include "lorvane/types/LxSerializable.h"
 #include "lorvane/types/LxTypes.h"
 #include "lorvane/types/LxValue.h"
 
@@ -19,18 +19,6 @@
 #include <string_view>
 
 namespace lorvane {
-
-/// Writes a value in the serializer's XML format; gives UTF-8 text without a byte order mark.
-using TValueSerializerFunc = std::function<RawByteString(const TValue& AValue)>;
-
-inline constexpr std::u16string_view SNoValueSerializer =
-    u"Arrays, records and classes can't be written as XML text: no serializer module has "
-    u"registered its value serializer";
-
-/// Sets the function by which LxValToXML writes arrays, records and classes, and gives the one
-/// it replaces, so that a caller can put it back; an empty function clears the hook. Plain
-/// storage: set at start-up, read without a lock afterwards.
-TValueSerializerFunc SetValueSerializer(TValueSerializerFunc AFunc);
 
 /// The text of AValue, by its type code:
 ///   Empty, Null                          ""
@@ -94,7 +82,7 @@ Variant LxXMLToVariant(std::u16string_view AValue, std::u16string_view ATypeName
 
 /// The text of AValue, by the language kind of its type:
 ///   Variant                               LxVariantToXML
-///   array, dynamic array, record, class   the value serializer's XML (SetValueSerializer),
+///   array, dynamic array, record, class   the value serializer's XML (LxSerializeValue),
 ///                                         decoded from UTF-8; without one, raises
 ///                                         ENotSupportedException SNoValueSerializer
 ///   integer, 64-bit integer, float, set   ToWideString(true, "") ("[a,b]" for a set); dates
