@@ -148,37 +148,56 @@ void TBasicWriter<TUnit>::Write(TLxJSONBase* AValue, bool AFormatted, Integer AD
   FStack.clear();
   Open(AValue, ADepth, AAddLeadingSpace);
   while (!FStack.empty()) {
-    if (FTarget && FLength >= BlockSize)
-      Flush();
+    // The children of the innermost open value in one loop; a child that opens a frame of its
+    // own interrupts it, and the loop resumes here when that one is done.
     TFrame& Top = FStack.back();
-    const TJSONChildList& Children = Top.Node->FObjects;
-    if (Top.Next < Children.size()) {
-      const std::size_t Index = Top.Next++;
-      if (Top.Bracketed) {
+    TLxJSONBase* const* Children = Top.Node->FObjects.begin();
+    const std::size_t Count = Top.Node->FObjects.size();
+    const Integer Depth = Top.Depth;
+    bool Opened = false;
+    if (Top.Bracketed) {
+      for (std::size_t Index = Top.Next; Index < Count; ++Index) {
+        if (FTarget && FLength >= BlockSize)
+          Flush();
         if (Index > 0)
           Put(u", ");
         // Only the first entry is indented: the entries of one level share a line.
-        Open(Children[Index], Top.Depth + 1, Index == 0);
-      } else {
-        Open(Children[Index], Top.Depth, Top.AddLeadingSpace);
+        if (Open(Children[Index], Depth + 1, Index == 0)) {
+          // Top is gone with the push: the frame below is found again by its index.
+          FStack[FStack.size() - 2].Next = Index + 1;
+          Opened = true;
+          break;
+        }
       }
-      continue;
+    } else {
+      const bool LeadingSpace = Top.AddLeadingSpace;
+      for (std::size_t Index = Top.Next; Index < Count; ++Index) {
+        if (FTarget && FLength >= BlockSize)
+          Flush();
+        if (Open(Children[Index], Depth, LeadingSpace)) {
+          FStack[FStack.size() - 2].Next = Index + 1;
+          Opened = true;
+          break;
+        }
+      }
     }
-    if (Top.Bracketed)
-      Close(Top);
+    if (Opened)
+      continue;
+    if (FStack.back().Bracketed)
+      Close(FStack.back());
     FStack.pop_back();
   }
 }
 
 template <class TUnit>
-void TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
+bool TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
   for (;;) {
     switch (ANode->FKind) {
     case TLxJSONBase::TKind::Simple:
       if (AAddLeadingSpace)
         WritePad(ADepth);
       WriteSimple(static_cast<TLxJSONSimpleType*>(ANode));
-      return;
+      return false;
     case TLxJSONBase::TKind::Member: {
       auto* Member = static_cast<TLxJSONMember*>(ANode);
       if (AAddLeadingSpace)
@@ -188,7 +207,7 @@ void TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLead
       Put(u"\": ");
       if (!Member->FValue) {
         Put(u"null");
-        return;
+        return false;
       }
       ANode = Member->FValue;
       AAddLeadingSpace = false;
@@ -204,11 +223,11 @@ void TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLead
       else
         Put(IsObject ? u'{' : u'[');
       FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, true});
-      return;
+      return true;
     }
     default:
       FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, false});
-      return;
+      return true;
     }
   }
 }

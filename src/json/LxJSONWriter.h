@@ -37,7 +37,8 @@ private:
     bool Bracketed; // an object or array; else the children follow each other as they are
   };
 
-  void Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace);
+  /// Writes ANode, or its start when it has children to visit: then true, with its frame pushed.
+  bool Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace);
   void Close(const TFrame& AFrame);
   void WriteSimple(TLxJSONSimpleType* AValue);
   /// Escaped: the units of a UTF-16 text, or units below U+0100 of one byte each.
