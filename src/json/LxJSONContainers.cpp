@@ -167,16 +167,6 @@ TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName) {
   return Member;
 }
 
-TLxJSONMember* TLxJSONObject::AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
-                                             bool AWithValue) {
-  TLxJSONMember* Member = New<TLxJSONMember>(this);
-  Member->FName = AName;
-  FLastMember = Member;
-  if (AWithValue)
-    Member->CreateValue(AValueType);
-  return Member;
-}
-
 TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName, TLxJSONDataType AValueType) {
   TLxJSONMember* Member = AddMember(AName);
   Member->CreateValue(AValueType);

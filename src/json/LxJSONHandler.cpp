@@ -16,6 +16,34 @@ namespace {
 }
 } // namespace
 
+template <class T> T* TLxJSONHandler::Link(TLxJSONBase* AOwner) {
+  T* Made = new T(nullptr);
+  TLxJSONBase* Value = Made;
+  // Made without an owner, an array wouldn't free its items.
+  Value->FDestroyChilds = true;
+  try {
+    AOwner->FObjects.push_back(Value);
+  } catch (...) {
+    Value->Free();
+    throw;
+  }
+  Value->FOwner = AOwner;
+  Value->FLoaded = true;
+  Value->SetAutoDestroy(false);
+  return Made;
+}
+
+TLxJSONBase* TLxJSONHandler::LinkValue(TLxJSONBase* AOwner, TLxJSONDataType AValueType) {
+  switch (AValueType) {
+  case jdtObject:
+    return Link<TLxJSONObject>(AOwner);
+  case jdtArray:
+    return Link<TLxJSONArray>(AOwner);
+  default:
+    return Link<TLxJSONSimpleType>(AOwner);
+  }
+}
+
 TLxJSONHandler::TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo)
     : FReader(AJSONReader), FCurrValue(AAddTo),
       FFormPost(AJSONReader &&
@@ -63,13 +91,16 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
   switch (Cursor->FKind) {
   case TLxJSONBase::TKind::Document:
     FCurrValue = static_cast<TLxJSONDocument*>(Cursor)->CreateRootValue(AValueType);
+    // Of the library's class whatever the document's is.
+    FCurrValue->FLoaded = true;
     return;
   case TLxJSONBase::TKind::Array:
-    FCurrValue = static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType);
+    FCurrValue = Cursor->FLoaded ? LinkValue(Cursor, AValueType)
+                                 : static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType);
     return;
   case TLxJSONBase::TKind::Object:
     if (TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember) {
-      FCurrValue = Last->CreateValue(AValueType);
+      FCurrValue = NewMemberValue(Last, AValueType);
       FPending = nullptr;
       return;
     }
@@ -79,7 +110,7 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
       return;
     RaiseMisplaced();
   case TLxJSONBase::TKind::Member:
-    FCurrValue = static_cast<TLxJSONMember*>(Cursor)->CreateValue(AValueType);
+    FCurrValue = NewMemberValue(static_cast<TLxJSONMember*>(Cursor), AValueType);
     return;
   default:
     RaiseMisplaced();
@@ -92,7 +123,7 @@ void TLxJSONHandler::StartMember(const LxJSONString& AName) {
     throw Exception(UnicodeString(u"Invalid objecttype"));
   // Names met lately are shared by hash of their text; a user's own class adds as it likes.
   auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
-  if (Object->ClassType() != TLxJSONObject::StaticClass()) {
+  if (!Object->FLoaded && Object->ClassType() != TLxJSONObject::StaticClass()) {
     Object->AddMember(AName, jdtNull);
     return;
   }
@@ -105,10 +136,13 @@ void TLxJSONHandler::StartMember(const LxJSONString& AName) {
   static_assert(NameSlots == 64, "the hash gives six bits");
   if (Seen.View() != std::u16string_view(AName))
     Seen = TJSONName(AName);
+  TLxJSONMember* Member = Link<TLxJSONMember>(Object);
+  Member->FName = Seen;
+  Object->FLastMember = Member;
   if (FDeferNullValues)
-    FPending = Object->AddNamedMember(Seen, jdtNull, /*AWithValue=*/false);
+    FPending = Member;
   else
-    Object->AddNamedMember(Seen, jdtNull);
+    Member->FValue = LinkValue(Member, jdtNull);
 }
 
 void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
@@ -129,11 +163,12 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
         Empty->GetOwner() == Last && !Empty->GetAutoDestroy() && Empty->RefCount() == 1)
       Target = static_cast<TLxJSONSimpleType*>(Empty);
     else
-      Target = static_cast<TLxJSONSimpleType*>(Last->CreateValue(AValueType));
+      Target = static_cast<TLxJSONSimpleType*>(NewMemberValue(Last, AValueType));
     FPending = nullptr;
   } else if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array) {
-    Target =
-        static_cast<TLxJSONSimpleType*>(static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
+    Target = Cursor->FLoaded ? Link<TLxJSONSimpleType>(Cursor)
+                             : static_cast<TLxJSONSimpleType*>(
+                                   static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
   } else {
     RaiseMisplaced();
   }
@@ -146,6 +181,13 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
       Target->SetText(AValue);
   }
   Target->FJSONType = AValueType;
+}
+
+TLxJSONBase* TLxJSONHandler::NewMemberValue(TLxJSONMember* AMember, TLxJSONDataType AValueType) {
+  if (AMember->FValue || !AMember->FLoaded)
+    return AMember->CreateValue(AValueType);
+  AMember->FValue = LinkValue(AMember, AValueType);
+  return AMember->FValue;
 }
 
 void TLxJSONHandler::EndStructure(TLxJSONDataType AValueType) {

@@ -86,6 +86,16 @@ private:
 
   void StartStructure(TLxJSONDataType AValueType);
   void EndStructure(TLxJSONDataType AValueType);
+
+  /// A new value of class T as the last child of AOwner, the tree's own class whose linking
+  /// nobody overrides: made without New and linked without the virtual insert, the owner's hold
+  /// being the count the constructor starts with.
+  template <class T> static T* Link(TLxJSONBase* AOwner);
+  /// A new object, array or simple value for AOwner as Link makes it.
+  static TLxJSONBase* LinkValue(TLxJSONBase* AOwner, TLxJSONDataType AValueType);
+  /// AMember's new value: linked as Link does when the member is the tree's own and has none
+  /// yet, else by CreateValue.
+  static TLxJSONBase* NewMemberValue(TLxJSONMember* AMember, TLxJSONDataType AValueType);
 };
 
 } // namespace lorvane

@@ -310,6 +310,9 @@ private:
   friend class TLxJSONHandler;
   template <class> friend class jsonwriter::TBasicWriter;
   TKind FKind;
+  /// Made by the tree's own load: of the library's class itself, so that the load links further
+  /// values to it without asking for its class.
+  bool FLoaded = false;
 };
 
 class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
@@ -511,10 +514,6 @@ protected:
 
 private:
   friend class TLxJSONHandler;
-  /// AddMember(name, type) with a name that may be shared; without AWithValue the member has no
-  /// value yet.
-  TLxJSONMember* AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
-                                bool AWithValue = true);
   TLxJSONMember* FLastMember = nullptr;
 };
 
