@@ -57,6 +57,28 @@ TJSONName::TJSONName(std::u16string_view AText) {
   std::copy(AText.begin(), AText.end(), FText->Chars());
 }
 
+TJSONName::TJSONName(std::string_view AText) {
+  if (AText.empty())
+    return;
+  void* Memory = smallpool::Allocate(sizeof(TText) + AText.size() * sizeof(char16_t));
+  FText = new (Memory) TText{{1}, AText.size()};
+  char16_t* Out = FText->Chars();
+  for (const char C : AText)
+    *Out++ = static_cast<unsigned char>(C);
+}
+
+bool TJSONName::Equals(std::string_view AText) const noexcept {
+  if (!FText)
+    return AText.empty();
+  if (FText->Length != AText.size())
+    return false;
+  const char16_t* Chars = FText->Chars();
+  for (std::size_t I = 0; I < AText.size(); ++I)
+    if (Chars[I] != static_cast<unsigned char>(AText[I]))
+      return false;
+  return true;
+}
+
 void TJSONName::Release(TText* AText) noexcept {
   if (AText->Refs.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return;
@@ -210,10 +232,12 @@ void TLxJSONBase::LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFo
   Handler->FDeferNullValues = true;
   Reader->SetContentHandler(Handler.get());
   Reader->SetErrorHandler(Handler.get());
+  Reader->FTreeBuilder = Handler.get();
   // The reader lets go of the handler before either is freed, also when the parse fails.
   struct TDetach {
     TLxJSONReader* Reader;
     ~TDetach() {
+      Reader->FTreeBuilder = nullptr;
       Reader->SetContentHandler(nullptr);
       Reader->SetErrorHandler(nullptr);
     }

@@ -117,46 +117,79 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
   }
 }
 
-void TLxJSONHandler::StartMember(const LxJSONString& AName) {
-  Settle();
-  if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
-    throw Exception(UnicodeString(u"Invalid objecttype"));
-  // Names met lately are shared by hash of their text; a user's own class adds as it likes.
-  auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
-  if (!Object->FLoaded && Object->ClassType() != TLxJSONObject::StaticClass()) {
-    Object->AddMember(AName, jdtNull);
-    return;
-  }
-  // The length and three units tell the names of one document apart well enough.
+namespace {
+// The length and three units tell the names of one document apart well enough.
+template <class TText> std::uint32_t NameHash(const TText& AName) {
   const std::size_t Size = AName.size();
   std::uint32_t Hash = static_cast<std::uint32_t>(Size);
   if (Size > 0)
-    Hash = (Hash * 31 + AName[0]) * 31 + AName[Size / 2] * 7 + AName[Size - 1];
-  TJSONName& Seen = FNames[(Hash * 0x9E3779B1u) >> 26];
-  static_assert(NameSlots == 64, "the hash gives six bits");
-  if (Seen.View() != std::u16string_view(AName))
-    Seen = TJSONName(AName);
-  TLxJSONMember* Member = Link<TLxJSONMember>(Object);
-  Member->FName = Seen;
-  Object->FLastMember = Member;
+    Hash = (Hash * 31 + static_cast<std::uint16_t>(AName[0])) * 31 +
+           static_cast<std::uint16_t>(AName[Size / 2]) * 7 +
+           static_cast<std::uint16_t>(AName[Size - 1]);
+  return (Hash * 0x9E3779B1u) >> 26;
+}
+} // namespace
+
+TLxJSONObject* TLxJSONHandler::MemberTarget() {
+  Settle();
+  if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
+    throw Exception(UnicodeString(u"Invalid objecttype"));
+  auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
+  // A user's own class adds as it likes.
+  if (!Object->FLoaded && Object->ClassType() != TLxJSONObject::StaticClass())
+    return nullptr;
+  return Object;
+}
+
+void TLxJSONHandler::AddLoadedMember(TLxJSONObject* AObject, const TJSONName& AName) {
+  TLxJSONMember* Member = Link<TLxJSONMember>(AObject);
+  Member->FName = AName;
+  AObject->FLastMember = Member;
   if (FDeferNullValues)
     FPending = Member;
   else
     Member->FValue = LinkValue(Member, jdtNull);
 }
 
-void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+void TLxJSONHandler::StartMember(const LxJSONString& AName) {
+  TLxJSONObject* Object = MemberTarget();
+  if (!Object) {
+    static_cast<TLxJSONObject*>(FCurrValue)->AddMember(AName, jdtNull);
+    return;
+  }
+  // Names met lately are shared by hash of their text.
+  static_assert(NameSlots == 64, "the hash gives six bits");
+  TJSONName& Seen = FNames[NameHash(AName)];
+  if (Seen.View() != std::u16string_view(AName))
+    Seen = TJSONName(AName);
+  AddLoadedMember(Object, Seen);
+}
+
+void TLxJSONHandler::StartMemberBytes(std::string_view AName) {
+  TLxJSONObject* Object = MemberTarget();
+  if (!Object) {
+    static_cast<TLxJSONObject*>(FCurrValue)
+        ->AddMember(LxJSONString(TJSONName(AName).View()), jdtNull);
+    return;
+  }
+  TJSONName& Seen = FNames[NameHash(AName)];
+  if (!Seen.Equals(AName))
+    Seen = TJSONName(AName);
+  AddLoadedMember(Object, Seen);
+}
+
+TLxJSONSimpleType* TLxJSONHandler::ValueTarget(TLxJSONDataType AValueType) {
   SettleUnlessNext();
   // Only a simple value holds text.
   if (AValueType == jdtObject || AValueType == jdtArray)
     throw EInvalidCast(UnicodeString(SInvalidCast));
   TLxJSONBase* Cursor = FCurrValue;
-  TLxJSONSimpleType* Target = nullptr;
   if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Object) {
     TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember;
     if (!Last)
       RaiseMisplaced();
     TLxJSONBase* Empty = Last->FValue;
+    TLxJSONSimpleType* Target;
     // The null value that StartMember made is taken as the new value instead of being freed
     // and made again: nobody else can see it, so the tree ends up the same.
     if (Empty && Empty->ClassType() == TLxJSONSimpleType::StaticClass() &&
@@ -165,13 +198,17 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
     else
       Target = static_cast<TLxJSONSimpleType*>(NewMemberValue(Last, AValueType));
     FPending = nullptr;
-  } else if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array) {
-    Target = Cursor->FLoaded ? Link<TLxJSONSimpleType>(Cursor)
-                             : static_cast<TLxJSONSimpleType*>(
-                                   static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
-  } else {
-    RaiseMisplaced();
+    return Target;
   }
+  if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array)
+    return Cursor->FLoaded ? Link<TLxJSONSimpleType>(Cursor)
+                           : static_cast<TLxJSONSimpleType*>(
+                                 static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
+  RaiseMisplaced();
+}
+
+void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+  TLxJSONSimpleType* Target = ValueTarget(AValueType);
   // Most texts are short and have no escapes (those JSONTextHasEscapes looks for: a backslash,
   // in a number a percent sign), and go into the value as they are.
   if (!Target->SetShortRawText(AValue, AValueType == jdtNumber)) {
@@ -180,6 +217,13 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
     else
       Target->SetText(AValue);
   }
+  Target->FJSONType = AValueType;
+}
+
+void TLxJSONHandler::ValueBytes(TLxJSONDataType AValueType, const char* AText,
+                                std::size_t ALength) {
+  TLxJSONSimpleType* Target = ValueTarget(AValueType);
+  Target->StoreShort(AText, ALength);
   Target->FJSONType = AValueType;
 }
 

@@ -115,6 +115,8 @@ class TJSONName {
 public:
   TJSONName() noexcept = default;
   explicit TJSONName(std::u16string_view AText);
+  /// The ASCII bytes of AText as units.
+  explicit TJSONName(std::string_view AText);
   TJSONName(const TJSONName& AOther) noexcept : FText(AOther.FText) {
     if (FText)
       FText->Refs.fetch_add(1, std::memory_order_relaxed);
@@ -132,6 +134,8 @@ public:
   std::u16string_view View() const noexcept {
     return FText ? std::u16string_view(FText->Chars(), FText->Length) : std::u16string_view();
   }
+  /// Whether the name is AText's ASCII bytes as units.
+  bool Equals(std::string_view AText) const noexcept;
 
 private:
   struct TText {
