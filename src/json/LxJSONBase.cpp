@@ -87,15 +87,6 @@ void TJSONName::Release(TText* AText) noexcept {
   smallpool::Release(AText, Size);
 }
 
-TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
-
-TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
-  if (AOwner) {
-    SetAutoDestroy(false);
-    AOwner->InsertObject(this);
-  }
-}
-
 HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONBase>(this, AIID, AObj,
                                        [&] { return TLxObject::QueryInterface(AIID, AObj); });

@@ -27,8 +27,6 @@ bool IsStructure(TLxJSONDataType AValueType) {
 
 // --- TLxJSONMember -------------------------------------------------------------------------------
 
-TLxJSONMember::TLxJSONMember(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Member) {}
-
 HRESULT TLxJSONMember::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONMember>(this, AIID, AObj,
                                          [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
@@ -127,10 +125,6 @@ IPtr<ILxJSONBase> TLxJSONMember::CreateValueIntf(TLxJSONDataType AValueType) {
 }
 
 // --- TLxJSONObject -------------------------------------------------------------------------------
-
-TLxJSONObject::TLxJSONObject(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Object) {
-  FJSONType = jdtObject;
-}
 
 HRESULT TLxJSONObject::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONObject>(this, AIID, AObj,
@@ -275,11 +269,6 @@ void TLxJSONObject::RemoveMemberIntf(ILxJSONMember* AMember) {
 }
 
 // --- TLxJSONArray --------------------------------------------------------------------------------
-
-TLxJSONArray::TLxJSONArray(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Array) {
-  FJSONType = jdtArray;
-  FDestroyChilds = AOwner != nullptr;
-}
 
 HRESULT TLxJSONArray::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONArray>(this, AIID, AObj,

@@ -628,6 +628,33 @@ private:
   TLxJSONBase* RootOrRaise();
 };
 
+// The constructors are inline: the tree's load makes values in great numbers, and the stores of
+// the interface tables that each level of a constructor repeats fold into one set when the
+// compiler sees them together.
+
+inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
+  if (AOwner) {
+    SetAutoDestroy(false);
+    AOwner->InsertObject(this);
+  }
+}
+
+inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
+
+inline TLxJSONSimpleType::TLxJSONSimpleType(TLxJSONBase* AOwner)
+    : TLxJSONBase(AOwner, TKind::Simple), FValue(Null()) {}
+
+inline TLxJSONMember::TLxJSONMember(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Member) {}
+
+inline TLxJSONObject::TLxJSONObject(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Object) {
+  FJSONType = jdtObject;
+}
+
+inline TLxJSONArray::TLxJSONArray(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Array) {
+  FJSONType = jdtArray;
+  FDestroyChilds = AOwner != nullptr;
+}
+
 /// The JSON text read into a document and written again: compact.
 LxJSONString LxFormatJSON(const LxJSONString& AJSON);
 /// The bytes decoded from the process default code page, read into a document and written
