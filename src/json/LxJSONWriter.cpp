@@ -202,9 +202,7 @@ bool TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLead
       auto* Member = static_cast<TLxJSONMember*>(ANode);
       if (AAddLeadingSpace)
         WritePad(ADepth);
-      Put(u'"');
-      WriteEscaped(Member->FName.View());
-      Put(u"\": ");
+      PutName(Member->FName);
       if (!Member->FValue) {
         Put(u"null");
         return false;
@@ -238,6 +236,32 @@ template <class TUnit> void TBasicWriter<TUnit>::Close(const TFrame& AFrame) {
     WritePad(AFrame.Depth);
   }
   Put(AFrame.Node->FKind == TLxJSONBase::TKind::Object ? u'}' : u']');
+}
+
+template <class TUnit> void TBasicWriter<TUnit>::PutName(const TJSONName& AName) {
+  constexpr std::size_t Slots = 256, Room = sizeof(TNameEntry::Text) / sizeof(TUnit);
+  const void* Key = AName.Identity();
+  if (!FNames)
+    FNames.reset(new TNameEntry[Slots]);
+  const std::uintptr_t Bits = reinterpret_cast<std::uintptr_t>(Key);
+  TNameEntry& Entry = FNames[((Bits >> 4) ^ (Bits >> 12)) % Slots];
+  if (Key && Entry.Key == Key) {
+    // The whole room in one copy of fixed size.
+    std::memcpy(this->Room(Room), Entry.Text, sizeof Entry.Text);
+    FLength += Entry.Length;
+    return;
+  }
+  // Kept from the quote on: anything the writer puts out before it isn't part of the name.
+  Put(u'"');
+  const std::size_t Start = FLength - 1;
+  WriteEscaped(AName.View());
+  Put(u"\": ");
+  const std::size_t Length = FLength - Start;
+  if (Key && Length <= Room) {
+    Entry.Key = Key;
+    Entry.Length = Length;
+    std::copy(FBuffer.get() + Start, FBuffer.get() + FLength, Entry.Text);
+  }
 }
 
 template <class TUnit> void TBasicWriter<TUnit>::WritePad(Integer ADepth) {

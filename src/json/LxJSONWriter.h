@@ -48,6 +48,9 @@ private:
   /// The short text of AValue, one unit per byte.
   void PutShort(const TLxJSONSimpleType* AValue);
   void WritePad(Integer ADepth);
+  /// A member's name in quotes with the colon and blank behind it; the text of names met lately
+  /// is kept, so that the many members that share a name copy it instead of escaping it again.
+  void PutName(const TJSONName& AName);
   /// Where the next ACount units go: the text is collected in a buffer of our own, written to by
   /// pointer, which a string's appends can't match for the many short pieces of JSON.
   TUnit* Room(std::size_t ACount) {
@@ -81,6 +84,12 @@ private:
   std::unique_ptr<TUnit[]> FBuffer;
   std::size_t FLength = 0, FCapacity = 0, FLimit = 0;
   std::vector<TFrame> FStack;
+  struct TNameEntry {
+    const void* Key = nullptr;
+    std::size_t Length;
+    TUnit Text[48];
+  };
+  std::unique_ptr<TNameEntry[]> FNames;
 };
 
 using TWriter = TBasicWriter<char16_t>;

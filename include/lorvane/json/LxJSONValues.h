@@ -136,6 +136,8 @@ public:
   }
   /// Whether the name is AText's ASCII bytes as units.
   bool Equals(std::string_view AText) const noexcept;
+  /// The same for every copy of this name while one of them lives; nil for the empty name.
+  const void* Identity() const noexcept { return FText; }
 
 private:
   struct TText {
