@@ -300,12 +300,13 @@ protected:
   TLxJSONBase* ChildAt(Integer AIdx) const;
   TKind Kind() const noexcept { return FKind; }
 
-  TLxJSONBase* FOwner;
-  /// The children in insertion order; not owning (DestroyObjects frees them when
-  /// FDestroyChilds says so).
-  TJSONChildList FObjects;
+  // The small fields come first: they fill the room that the counted base leaves behind its
+  // last field, which keeps an array at 48 bytes.
   TLxJSONDataType FJSONType = jdtNull;
-  bool FDestroyChilds = true;
+  bool FDestroyChilds : 1 = true;
+  /// Made by the tree's own load: of the library's class itself, so that the load links further
+  /// values to it without asking for its class.
+  bool FLoaded : 1 = false;
 
 private:
   // The classes of the tree and their builder and writer tell values apart by FKind.
@@ -316,9 +317,12 @@ private:
   friend class TLxJSONHandler;
   template <class> friend class jsonwriter::TBasicWriter;
   TKind FKind;
-  /// Made by the tree's own load: of the library's class itself, so that the load links further
-  /// values to it without asking for its class.
-  bool FLoaded = false;
+
+protected:
+  TLxJSONBase* FOwner;
+  /// The children in insertion order; not owning (DestroyObjects frees them when
+  /// FDestroyChilds says so).
+  TJSONChildList FObjects;
 };
 
 class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
@@ -634,7 +638,7 @@ private:
 // the interface tables that each level of a constructor repeats fold into one set when the
 // compiler sees them together.
 
-inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
+inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FKind(AKind), FOwner(AOwner) {
   if (AOwner) {
     SetAutoDestroy(false);
     AOwner->InsertObject(this);
