@@ -67,18 +67,6 @@ TJSONName::TJSONName(std::string_view AText) {
     *Out++ = static_cast<unsigned char>(C);
 }
 
-bool TJSONName::Equals(std::string_view AText) const noexcept {
-  if (!FText)
-    return AText.empty();
-  if (FText->Length != AText.size())
-    return false;
-  const char16_t* Chars = FText->Chars();
-  for (std::size_t I = 0; I < AText.size(); ++I)
-    if (Chars[I] != static_cast<unsigned char>(AText[I]))
-      return false;
-  return true;
-}
-
 void TJSONName::Release(TText* AText) noexcept {
   if (AText->Refs.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return;

@@ -222,7 +222,18 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
 
 void TLxJSONHandler::ValueBytes(TLxJSONDataType AValueType, const char* AText,
                                 std::size_t ALength) {
-  TLxJSONSimpleType* Target = ValueTarget(AValueType);
+  TLxJSONSimpleType* Target;
+  // Mostly the value of the member just started, which waits for it: linked straight away, as
+  // ValueTarget would.
+  if (TLxJSONMember* Member = FPending;
+      Member && !Member->FValue && FCurrValue && FCurrValue->FKind == TLxJSONBase::TKind::Object &&
+      static_cast<TLxJSONObject*>(FCurrValue)->FLastMember == Member) {
+    Target = Link<TLxJSONSimpleType>(Member);
+    Member->FValue = Target;
+    FPending = nullptr;
+  } else {
+    Target = ValueTarget(AValueType);
+  }
   Target->StoreShort(AText, ALength);
   Target->FJSONType = AValueType;
 }

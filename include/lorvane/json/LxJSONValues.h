@@ -135,7 +135,17 @@ public:
     return FText ? std::u16string_view(FText->Chars(), FText->Length) : std::u16string_view();
   }
   /// Whether the name is AText's ASCII bytes as units.
-  bool Equals(std::string_view AText) const noexcept;
+  bool Equals(std::string_view AText) const noexcept {
+    if (!FText)
+      return AText.empty();
+    if (FText->Length != AText.size())
+      return false;
+    const char16_t* Chars = FText->Chars();
+    for (std::size_t I = 0; I < AText.size(); ++I)
+      if (Chars[I] != static_cast<unsigned char>(AText[I]))
+        return false;
+    return true;
+  }
   /// The same for every copy of this name while one of them lives; nil for the empty name.
   const void* Identity() const noexcept { return FText; }
 
