@@ -57,21 +57,22 @@ TJSONName::TJSONName(std::u16string_view AText) {
   std::copy(AText.begin(), AText.end(), FText->Chars());
 }
 
+TJSONName::TJSONName(std::string_view AText) {
+  if (AText.empty())
+    return;
+  void* Memory = smallpool::Allocate(sizeof(TText) + AText.size() * sizeof(char16_t));
+  FText = new (Memory) TText{{1}, AText.size()};
+  char16_t* Out = FText->Chars();
+  for (const char C : AText)
+    *Out++ = static_cast<unsigned char>(C);
+}
+
 void TJSONName::Release(TText* AText) noexcept {
   if (AText->Refs.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return;
   const std::size_t Size = sizeof(TText) + AText->Length * sizeof(char16_t);
   AText->~TText();
   smallpool::Release(AText, Size);
-}
-
-TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
-
-TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FOwner(AOwner), FKind(AKind) {
-  if (AOwner) {
-    SetAutoDestroy(false);
-    AOwner->InsertObject(this);
-  }
 }
 
 HRESULT TLxJSONBase::QueryInterface(const TGUID& AIID, void** AObj) {
@@ -210,10 +211,12 @@ void TLxJSONBase::LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFo
   Handler->FDeferNullValues = true;
   Reader->SetContentHandler(Handler.get());
   Reader->SetErrorHandler(Handler.get());
+  Reader->FTreeBuilder = Handler.get();
   // The reader lets go of the handler before either is freed, also when the parse fails.
   struct TDetach {
     TLxJSONReader* Reader;
     ~TDetach() {
+      Reader->FTreeBuilder = nullptr;
       Reader->SetContentHandler(nullptr);
       Reader->SetErrorHandler(nullptr);
     }

@@ -27,8 +27,6 @@ bool IsStructure(TLxJSONDataType AValueType) {
 
 // --- TLxJSONMember -------------------------------------------------------------------------------
 
-TLxJSONMember::TLxJSONMember(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Member) {}
-
 HRESULT TLxJSONMember::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONMember>(this, AIID, AObj,
                                          [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
@@ -128,10 +126,6 @@ IPtr<ILxJSONBase> TLxJSONMember::CreateValueIntf(TLxJSONDataType AValueType) {
 
 // --- TLxJSONObject -------------------------------------------------------------------------------
 
-TLxJSONObject::TLxJSONObject(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Object) {
-  FJSONType = jdtObject;
-}
-
 HRESULT TLxJSONObject::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONObject>(this, AIID, AObj,
                                          [&] { return TLxJSONBase::QueryInterface(AIID, AObj); });
@@ -164,16 +158,6 @@ TLxJSONMember* TLxJSONObject::AddMember(const LxJSONString& AName) {
   TLxJSONMember* Member = New<TLxJSONMember>(this);
   Member->FName = std::move(Name);
   FLastMember = Member;
-  return Member;
-}
-
-TLxJSONMember* TLxJSONObject::AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
-                                             bool AWithValue) {
-  TLxJSONMember* Member = New<TLxJSONMember>(this);
-  Member->FName = AName;
-  FLastMember = Member;
-  if (AWithValue)
-    Member->CreateValue(AValueType);
   return Member;
 }
 
@@ -285,11 +269,6 @@ void TLxJSONObject::RemoveMemberIntf(ILxJSONMember* AMember) {
 }
 
 // --- TLxJSONArray --------------------------------------------------------------------------------
-
-TLxJSONArray::TLxJSONArray(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Array) {
-  FJSONType = jdtArray;
-  FDestroyChilds = AOwner != nullptr;
-}
 
 HRESULT TLxJSONArray::QueryInterface(const TGUID& AIID, void** AObj) {
   return AnswerInterfaces<ILxJSONArray>(this, AIID, AObj,

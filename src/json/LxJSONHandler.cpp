@@ -16,6 +16,34 @@ namespace {
 }
 } // namespace
 
+template <class T> T* TLxJSONHandler::Link(TLxJSONBase* AOwner) {
+  T* Made = new T(nullptr);
+  TLxJSONBase* Value = Made;
+  // Made without an owner, an array wouldn't free its items.
+  Value->FDestroyChilds = true;
+  try {
+    AOwner->FObjects.push_back(Value);
+  } catch (...) {
+    Value->Free();
+    throw;
+  }
+  Value->FOwner = AOwner;
+  Value->FLoaded = true;
+  Value->SetAutoDestroy(false);
+  return Made;
+}
+
+TLxJSONBase* TLxJSONHandler::LinkValue(TLxJSONBase* AOwner, TLxJSONDataType AValueType) {
+  switch (AValueType) {
+  case jdtObject:
+    return Link<TLxJSONObject>(AOwner);
+  case jdtArray:
+    return Link<TLxJSONArray>(AOwner);
+  default:
+    return Link<TLxJSONSimpleType>(AOwner);
+  }
+}
+
 TLxJSONHandler::TLxJSONHandler(TLxJSONReader* AJSONReader, TLxJSONBase* AAddTo)
     : FReader(AJSONReader), FCurrValue(AAddTo),
       FFormPost(AJSONReader &&
@@ -63,13 +91,16 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
   switch (Cursor->FKind) {
   case TLxJSONBase::TKind::Document:
     FCurrValue = static_cast<TLxJSONDocument*>(Cursor)->CreateRootValue(AValueType);
+    // Of the library's class whatever the document's is.
+    FCurrValue->FLoaded = true;
     return;
   case TLxJSONBase::TKind::Array:
-    FCurrValue = static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType);
+    FCurrValue = Cursor->FLoaded ? LinkValue(Cursor, AValueType)
+                                 : static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType);
     return;
   case TLxJSONBase::TKind::Object:
     if (TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember) {
-      FCurrValue = Last->CreateValue(AValueType);
+      FCurrValue = NewMemberValue(Last, AValueType);
       FPending = nullptr;
       return;
     }
@@ -79,64 +110,105 @@ void TLxJSONHandler::StartStructure(TLxJSONDataType AValueType) {
       return;
     RaiseMisplaced();
   case TLxJSONBase::TKind::Member:
-    FCurrValue = static_cast<TLxJSONMember*>(Cursor)->CreateValue(AValueType);
+    FCurrValue = NewMemberValue(static_cast<TLxJSONMember*>(Cursor), AValueType);
     return;
   default:
     RaiseMisplaced();
   }
 }
 
-void TLxJSONHandler::StartMember(const LxJSONString& AName) {
-  Settle();
-  if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
-    throw Exception(UnicodeString(u"Invalid objecttype"));
-  // Names met lately are shared by hash of their text; a user's own class adds as it likes.
-  auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
-  if (Object->ClassType() != TLxJSONObject::StaticClass()) {
-    Object->AddMember(AName, jdtNull);
-    return;
-  }
-  // The length and three units tell the names of one document apart well enough.
+namespace {
+// The length and three units tell the names of one document apart well enough.
+template <class TText> std::uint32_t NameHash(const TText& AName) {
   const std::size_t Size = AName.size();
   std::uint32_t Hash = static_cast<std::uint32_t>(Size);
   if (Size > 0)
-    Hash = (Hash * 31 + AName[0]) * 31 + AName[Size / 2] * 7 + AName[Size - 1];
-  TJSONName& Seen = FNames[(Hash * 0x9E3779B1u) >> 26];
-  static_assert(NameSlots == 64, "the hash gives six bits");
-  if (Seen.View() != std::u16string_view(AName))
-    Seen = TJSONName(AName);
-  if (FDeferNullValues)
-    FPending = Object->AddNamedMember(Seen, jdtNull, /*AWithValue=*/false);
-  else
-    Object->AddNamedMember(Seen, jdtNull);
+    Hash = (Hash * 31 + static_cast<std::uint16_t>(AName[0])) * 31 +
+           static_cast<std::uint16_t>(AName[Size / 2]) * 7 +
+           static_cast<std::uint16_t>(AName[Size - 1]);
+  return (Hash * 0x9E3779B1u) >> 26;
+}
+} // namespace
+
+TLxJSONObject* TLxJSONHandler::MemberTarget() {
+  Settle();
+  if (!FCurrValue || FCurrValue->FKind != TLxJSONBase::TKind::Object)
+    throw Exception(UnicodeString(u"Invalid objecttype"));
+  auto* Object = static_cast<TLxJSONObject*>(FCurrValue);
+  // A user's own class adds as it likes.
+  if (!Object->FLoaded && Object->ClassType() != TLxJSONObject::StaticClass())
+    return nullptr;
+  return Object;
 }
 
-void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+void TLxJSONHandler::AddLoadedMember(TLxJSONObject* AObject, const TJSONName& AName) {
+  TLxJSONMember* Member = Link<TLxJSONMember>(AObject);
+  Member->FName = AName;
+  AObject->FLastMember = Member;
+  if (FDeferNullValues)
+    FPending = Member;
+  else
+    Member->FValue = LinkValue(Member, jdtNull);
+}
+
+void TLxJSONHandler::StartMember(const LxJSONString& AName) {
+  TLxJSONObject* Object = MemberTarget();
+  if (!Object) {
+    static_cast<TLxJSONObject*>(FCurrValue)->AddMember(AName, jdtNull);
+    return;
+  }
+  // Names met lately are shared by hash of their text.
+  static_assert(NameSlots == 64, "the hash gives six bits");
+  TJSONName& Seen = FNames[NameHash(AName)];
+  if (Seen.View() != std::u16string_view(AName))
+    Seen = TJSONName(AName);
+  AddLoadedMember(Object, Seen);
+}
+
+void TLxJSONHandler::StartMemberBytes(std::string_view AName) {
+  TLxJSONObject* Object = MemberTarget();
+  if (!Object) {
+    static_cast<TLxJSONObject*>(FCurrValue)
+        ->AddMember(LxJSONString(TJSONName(AName).View()), jdtNull);
+    return;
+  }
+  TJSONName& Seen = FNames[NameHash(AName)];
+  if (!Seen.Equals(AName))
+    Seen = TJSONName(AName);
+  AddLoadedMember(Object, Seen);
+}
+
+TLxJSONSimpleType* TLxJSONHandler::ValueTarget(TLxJSONDataType AValueType) {
   SettleUnlessNext();
   // Only a simple value holds text.
   if (AValueType == jdtObject || AValueType == jdtArray)
     throw EInvalidCast(UnicodeString(SInvalidCast));
   TLxJSONBase* Cursor = FCurrValue;
-  TLxJSONSimpleType* Target = nullptr;
   if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Object) {
     TLxJSONMember* Last = static_cast<TLxJSONObject*>(Cursor)->FLastMember;
     if (!Last)
       RaiseMisplaced();
     TLxJSONBase* Empty = Last->FValue;
+    TLxJSONSimpleType* Target;
     // The null value that StartMember made is taken as the new value instead of being freed
     // and made again: nobody else can see it, so the tree ends up the same.
     if (Empty && Empty->ClassType() == TLxJSONSimpleType::StaticClass() &&
         Empty->GetOwner() == Last && !Empty->GetAutoDestroy() && Empty->RefCount() == 1)
       Target = static_cast<TLxJSONSimpleType*>(Empty);
     else
-      Target = static_cast<TLxJSONSimpleType*>(Last->CreateValue(AValueType));
+      Target = static_cast<TLxJSONSimpleType*>(NewMemberValue(Last, AValueType));
     FPending = nullptr;
-  } else if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array) {
-    Target =
-        static_cast<TLxJSONSimpleType*>(static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
-  } else {
-    RaiseMisplaced();
+    return Target;
   }
+  if (Cursor && Cursor->FKind == TLxJSONBase::TKind::Array)
+    return Cursor->FLoaded ? Link<TLxJSONSimpleType>(Cursor)
+                           : static_cast<TLxJSONSimpleType*>(
+                                 static_cast<TLxJSONArray*>(Cursor)->AddValue(AValueType));
+  RaiseMisplaced();
+}
+
+void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValue) {
+  TLxJSONSimpleType* Target = ValueTarget(AValueType);
   // Most texts are short and have no escapes (those JSONTextHasEscapes looks for: a backslash,
   // in a number a percent sign), and go into the value as they are.
   if (!Target->SetShortRawText(AValue, AValueType == jdtNumber)) {
@@ -146,6 +218,31 @@ void TLxJSONHandler::Value(TLxJSONDataType AValueType, const LxJSONString& AValu
       Target->SetText(AValue);
   }
   Target->FJSONType = AValueType;
+}
+
+void TLxJSONHandler::ValueBytes(TLxJSONDataType AValueType, const char* AText,
+                                std::size_t ALength) {
+  TLxJSONSimpleType* Target;
+  // Mostly the value of the member just started, which waits for it: linked straight away, as
+  // ValueTarget would.
+  if (TLxJSONMember* Member = FPending;
+      Member && !Member->FValue && FCurrValue && FCurrValue->FKind == TLxJSONBase::TKind::Object &&
+      static_cast<TLxJSONObject*>(FCurrValue)->FLastMember == Member) {
+    Target = Link<TLxJSONSimpleType>(Member);
+    Member->FValue = Target;
+    FPending = nullptr;
+  } else {
+    Target = ValueTarget(AValueType);
+  }
+  Target->StoreShort(AText, ALength);
+  Target->FJSONType = AValueType;
+}
+
+TLxJSONBase* TLxJSONHandler::NewMemberValue(TLxJSONMember* AMember, TLxJSONDataType AValueType) {
+  if (AMember->FValue || !AMember->FLoaded)
+    return AMember->CreateValue(AValueType);
+  AMember->FValue = LinkValue(AMember, AValueType);
+  return AMember->FValue;
 }
 
 void TLxJSONHandler::EndStructure(TLxJSONDataType AValueType) {

@@ -5,18 +5,41 @@
 #include "core/internal/RawScan.h"
 #include "core/internal/ReaderFrame.h"
 #include "lorvane/core/LxEncoding.h"
+#include "lorvane/json/LxJSONHandler.h"
 
 #include <cstring>
 
 namespace lorvane {
+
+/// The tree builder's byte road, open to the grammar alone.
+struct TJSONByteTokens {
+  static void StartMember(TLxJSONHandler* ATree, std::string_view AName) {
+    ATree->StartMemberBytes(AName);
+  }
+  static void Value(TLxJSONHandler* ATree, TLxJSONDataType AType, const char* AText,
+                    std::size_t ALength) {
+    ATree->ValueBytes(AType, AText, ALength);
+  }
+};
 
 namespace {
 
 const TLxCharSet NumberChars = TLxCharSet::Range('0', '9') + TLxCharSet{'.', '-', '+', 'e', 'E'};
 
 constexpr std::u16string_view ValueStarts = u"\", t, f, n, 0..9, ., + or -";
-// The keywords as handlers receive them.
+// The keywords as handlers receive them, and as the tree's builder takes them: bytes, as many
+// as a short value holds.
 const LxJSONString KeywordFalse = u"false", KeywordNull = u"null", KeywordTrue = u"true";
+constexpr std::size_t ShortBytes = 24;
+constexpr char BytesFalse[ShortBytes] = "false", BytesNull[ShortBytes] = "null",
+               BytesTrue[ShortBytes] = "true";
+
+bool IsASCII(const Byte* AText, std::size_t ALength) noexcept {
+  Byte Bits = 0;
+  for (std::size_t I = 0; I < ALength; ++I)
+    Bits |= AText[I];
+  return Bits < 0x80;
+}
 
 constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
 
@@ -26,9 +49,11 @@ constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
 // through the cursor, which knows how long the character is.
 template <class TUnit> class TJSONGrammar {
 public:
-  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler,
+  /// ATree: the tree's own builder when it is AHandler and the text is UTF-8 (bytes only).
+  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler, TLxJSONHandler* ATree,
                std::vector<Byte>& AOpen, LxJSONString& AName, LxJSONString& AValue)
-      : P(AParser), H(AHandler), FOpen(AOpen), FName(AName), FValue(AValue) {}
+      : P(AParser), H(AHandler), T(sizeof(TUnit) == 1 ? ATree : nullptr), FOpen(AOpen),
+        FName(AName), FValue(AValue) {}
 
   void Parse() {
     SkipWhile([](TUnit C) { return C == u' '; });
@@ -183,8 +208,16 @@ private:
   /// Name, colon and value of a member; true when its value is a nested array or object.
   bool EnterObjectMember() {
     SkipTo("\"");
-    ReadString(FName);
-    H->StartMember(FName);
+    const bool Plain = ScanString();
+    if (const std::size_t Length = PlainLength(Plain);
+        Length != NotPlain && IsASCII(P->RawCursor() - Length, Length)) {
+      P->ClearMark(tpMark1);
+      TJSONByteTokens::StartMember(
+          T, {reinterpret_cast<const char*>(P->RawCursor() - Length), Length});
+    } else {
+      P->SelectInto(FName, tpMark1, tpCurrent, true);
+      H->StartMember(FName);
+    }
     StepOver('"');
     SkipTo(":");
     StepOver(':');
@@ -207,33 +240,40 @@ private:
     const TUnit C = Curr();
     switch (C) {
     case u'f':
-      ParseKeyword(KeywordFalse, jdtBoolean);
+      ParseKeyword(KeywordFalse, BytesFalse, jdtBoolean);
       return;
     case u'n':
-      ParseKeyword(KeywordNull, jdtNull);
+      ParseKeyword(KeywordNull, BytesNull, jdtNull);
       return;
     case u't':
-      ParseKeyword(KeywordTrue, jdtBoolean);
+      ParseKeyword(KeywordTrue, BytesTrue, jdtBoolean);
       return;
-    case u'"':
-      ReadString(FValue);
-      H->Value(jdtString, FValue);
+    case u'"': {
+      if (!TakeShort(ScanString(), jdtString, /*ACheckASCII=*/true)) {
+        P->SelectInto(FValue, tpMark1, tpCurrent, true);
+        H->Value(jdtString, FValue);
+      }
       return;
+    }
     default:
       break;
     }
     if (C < 0x80 && NumberChars.Contains(static_cast<Byte>(C))) {
       P->SetMark(tpMark1);
       SkipWhile([](TUnit U) { return U < 0x80 && NumberChars.Contains(static_cast<Byte>(U)); });
-      P->SelectInto(FValue, tpMark1, tpCurrent, true);
-      H->Value(jdtNumber, FValue);
+      // Number characters are ASCII.
+      if (!TakeShort(/*APlain=*/true, jdtNumber, /*ACheckASCII=*/false)) {
+        P->SelectInto(FValue, tpMark1, tpCurrent, true);
+        H->Value(jdtNumber, FValue);
+      }
       SkipTo("]},");
       return;
     }
     RaiseNotWellFormed(ValueStarts);
   }
 
-  void ParseKeyword(const LxJSONString& AWord, TLxJSONDataType AType) {
+  void ParseKeyword(const LxJSONString& AWord, const char (&ABytes)[ShortBytes],
+                    TLxJSONDataType AType) {
     const std::size_t Length = AWord.size();
     const Byte* Cur = P->RawCursor();
     bool Whole = static_cast<std::size_t>(P->RawReadEnd() - Cur) >= Length * sizeof(TUnit);
@@ -249,19 +289,25 @@ private:
         StepDelimiter();
       }
     }
-    H->Value(AType, AWord);
+    if (T)
+      TJSONByteTokens::Value(T, AType, ABytes, AWord.size());
+    else
+      H->Value(AType, AWord);
   }
 
-  /// The text between the quotes, raw; the cursor stays on the closing quote. Only a double
-  /// quote ends it: a text that ends first gives what was read.
-  void ReadString(LxJSONString& ATarget) {
+  /// Over the text between the quotes, which mark 1 then holds raw; the cursor stays on the
+  /// closing quote. Only a double quote ends it: a text that ends first gives what was read.
+  /// The answer: whether the text is plain, without escapes.
+  bool ScanString() {
     if (Curr() != u'"')
       P->CheckCurrChar(P->FQuote, true);
     StepDelimiter();
     P->SetMark(tpMark1);
+    bool Plain = true;
     for (;;) {
       SkipTo("\\\"");
       if (Curr() == u'\\') {
+        Plain = false;
         StepDelimiter();
         switch (Curr()) {
         case u'"':
@@ -290,7 +336,36 @@ private:
       if (AtEnd() || Curr() == u'"')
         break;
     }
-    P->SelectInto(ATarget, tpMark1, tpCurrent, true);
+    return Plain;
+  }
+
+  static constexpr std::size_t NotPlain = ~std::size_t{0};
+  /// The length in bytes of the text from mark 1 to the cursor when it is APlain and the tree's
+  /// builder takes it as bytes, else NotPlain. The mark keeps the text in the raw window, which
+  /// ends it at the cursor, also when the window has moved on the way.
+  std::size_t PlainLength(bool APlain) {
+    if (!T || !APlain)
+      return NotPlain;
+    return static_cast<std::size_t>(P->GetPos(tpCurrent) - P->GetPos(tpMark1));
+  }
+  /// Hands the text from mark 1 to the cursor to the tree's builder as bytes when it is APlain
+  /// and fits in a short value (and is ASCII, which ACheckASCII tests); then the mark goes and
+  /// the answer is true.
+  bool TakeShort(bool APlain, TLxJSONDataType AType, bool ACheckASCII) {
+    const std::size_t Length = PlainLength(APlain);
+    const Byte* Start = P->RawCursor() - (Length > ShortBytes ? 0 : Length);
+    if (Length > ShortBytes || (ACheckASCII && !IsASCII(Start, Length)))
+      return false;
+    P->ClearMark(tpMark1);
+    const char* Text = reinterpret_cast<const char*>(Start);
+    char Copy[ShortBytes] = {};
+    // The builder reads a short value's whole room.
+    if (static_cast<std::size_t>(P->RawReadEnd() - Start) < ShortBytes) {
+      std::memcpy(Copy, Start, Length);
+      Text = Copy;
+    }
+    TJSONByteTokens::Value(T, AType, Text, Length);
+    return true;
   }
 
   [[noreturn]] void RaiseNotWellFormed(std::u16string_view AExpected) {
@@ -300,6 +375,7 @@ private:
 
   TLxJSONTextParser* P;
   ILxJSONContentHandler* H;
+  TLxJSONHandler* T;
   std::vector<Byte>& FOpen;
   LxJSONString& FName;
   LxJSONString& FValue;
@@ -383,10 +459,16 @@ void TLxJSONReader::InternalParse() {
   readerframe::ReportingFailures(
       FUnexpectedEOF,
       [&] {
+        // Bytes that are ASCII in UTF-8 are the units they stand for.
+        TLxJSONHandler* Tree =
+            FTreeBuilder && FParser->GetCharacterSetType() == csUTF8 &&
+                    Handler.Get() == static_cast<ILxJSONContentHandler*>(FTreeBuilder)
+                ? FTreeBuilder
+                : nullptr;
         if (FParser->GetCharacterSetType() == csWide)
-          TJSONGrammar<WideChar>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+          TJSONGrammar<WideChar>(FParser, Handler.Get(), nullptr, FOpen, FName, FValue).Parse();
         else
-          TJSONGrammar<Byte>(FParser, Handler.Get(), FOpen, FName, FValue).Parse();
+          TJSONGrammar<Byte>(FParser, Handler.Get(), Tree, FOpen, FName, FValue).Parse();
       },
       [this](const LxJSONString& AMessage) {
         if (FErrorHandler)

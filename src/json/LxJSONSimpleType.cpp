@@ -12,9 +12,6 @@
 
 namespace lorvane {
 
-TLxJSONSimpleType::TLxJSONSimpleType(TLxJSONBase* AOwner)
-    : TLxJSONBase(AOwner, TKind::Simple), FValue(Null()) {}
-
 TLxJSONSimpleType::~TLxJSONSimpleType() {
   if (!HoldsShortText())
     FValue.~Variant();

@@ -148,47 +148,64 @@ void TBasicWriter<TUnit>::Write(TLxJSONBase* AValue, bool AFormatted, Integer AD
   FStack.clear();
   Open(AValue, ADepth, AAddLeadingSpace);
   while (!FStack.empty()) {
-    if (FTarget && FLength >= BlockSize)
-      Flush();
+    // The children of the innermost open value in one loop; a child that opens a frame of its
+    // own interrupts it, and the loop resumes here when that one is done.
     TFrame& Top = FStack.back();
-    const TJSONChildList& Children = Top.Node->FObjects;
-    if (Top.Next < Children.size()) {
-      const std::size_t Index = Top.Next++;
-      if (Top.Bracketed) {
+    TLxJSONBase* const* Children = Top.Node->FObjects.begin();
+    const std::size_t Count = Top.Node->FObjects.size();
+    const Integer Depth = Top.Depth;
+    bool Opened = false;
+    if (Top.Bracketed) {
+      for (std::size_t Index = Top.Next; Index < Count; ++Index) {
+        if (FTarget && FLength >= BlockSize)
+          Flush();
         if (Index > 0)
           Put(u", ");
         // Only the first entry is indented: the entries of one level share a line.
-        Open(Children[Index], Top.Depth + 1, Index == 0);
-      } else {
-        Open(Children[Index], Top.Depth, Top.AddLeadingSpace);
+        if (Open(Children[Index], Depth + 1, Index == 0)) {
+          // Top is gone with the push: the frame below is found again by its index.
+          FStack[FStack.size() - 2].Next = Index + 1;
+          Opened = true;
+          break;
+        }
       }
-      continue;
+    } else {
+      const bool LeadingSpace = Top.AddLeadingSpace;
+      for (std::size_t Index = Top.Next; Index < Count; ++Index) {
+        if (FTarget && FLength >= BlockSize)
+          Flush();
+        if (Open(Children[Index], Depth, LeadingSpace)) {
+          FStack[FStack.size() - 2].Next = Index + 1;
+          Opened = true;
+          break;
+        }
+      }
     }
-    if (Top.Bracketed)
-      Close(Top);
+    if (Opened)
+      continue;
+    if (FStack.back().Bracketed)
+      Close(FStack.back());
     FStack.pop_back();
   }
 }
 
 template <class TUnit>
-void TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
+bool TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
   for (;;) {
     switch (ANode->FKind) {
     case TLxJSONBase::TKind::Simple:
       if (AAddLeadingSpace)
         WritePad(ADepth);
       WriteSimple(static_cast<TLxJSONSimpleType*>(ANode));
-      return;
+      return false;
     case TLxJSONBase::TKind::Member: {
       auto* Member = static_cast<TLxJSONMember*>(ANode);
       if (AAddLeadingSpace)
         WritePad(ADepth);
-      Put(u'"');
-      WriteEscaped(Member->FName.View());
-      Put(u"\": ");
+      PutName(Member->FName);
       if (!Member->FValue) {
         Put(u"null");
-        return;
+        return false;
       }
       ANode = Member->FValue;
       AAddLeadingSpace = false;
@@ -204,11 +221,11 @@ void TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLead
       else
         Put(IsObject ? u'{' : u'[');
       FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, true});
-      return;
+      return true;
     }
     default:
       FStack.push_back({ANode, 0, ADepth, AAddLeadingSpace, false});
-      return;
+      return true;
     }
   }
 }
@@ -219,6 +236,32 @@ template <class TUnit> void TBasicWriter<TUnit>::Close(const TFrame& AFrame) {
     WritePad(AFrame.Depth);
   }
   Put(AFrame.Node->FKind == TLxJSONBase::TKind::Object ? u'}' : u']');
+}
+
+template <class TUnit> void TBasicWriter<TUnit>::PutName(const TJSONName& AName) {
+  constexpr std::size_t Slots = 256, Room = sizeof(TNameEntry::Text) / sizeof(TUnit);
+  const void* Key = AName.Identity();
+  if (!FNames)
+    FNames.reset(new TNameEntry[Slots]);
+  const std::uintptr_t Bits = reinterpret_cast<std::uintptr_t>(Key);
+  TNameEntry& Entry = FNames[((Bits >> 4) ^ (Bits >> 12)) % Slots];
+  if (Key && Entry.Key == Key) {
+    // The whole room in one copy of fixed size.
+    std::memcpy(this->Room(Room), Entry.Text, sizeof Entry.Text);
+    FLength += Entry.Length;
+    return;
+  }
+  // Kept from the quote on: anything the writer puts out before it isn't part of the name.
+  Put(u'"');
+  const std::size_t Start = FLength - 1;
+  WriteEscaped(AName.View());
+  Put(u"\": ");
+  const std::size_t Length = FLength - Start;
+  if (Key && Length <= Room) {
+    Entry.Key = Key;
+    Entry.Length = Length;
+    std::copy(FBuffer.get() + Start, FBuffer.get() + FLength, Entry.Text);
+  }
 }
 
 template <class TUnit> void TBasicWriter<TUnit>::WritePad(Integer ADepth) {

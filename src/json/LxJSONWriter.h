@@ -37,7 +37,8 @@ private:
     bool Bracketed; // an object or array; else the children follow each other as they are
   };
 
-  void Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace);
+  /// Writes ANode, or its start when it has children to visit: then true, with its frame pushed.
+  bool Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace);
   void Close(const TFrame& AFrame);
   void WriteSimple(TLxJSONSimpleType* AValue);
   /// Escaped: the units of a UTF-16 text, or units below U+0100 of one byte each.
@@ -47,6 +48,9 @@ private:
   /// The short text of AValue, one unit per byte.
   void PutShort(const TLxJSONSimpleType* AValue);
   void WritePad(Integer ADepth);
+  /// A member's name in quotes with the colon and blank behind it; the text of names met lately
+  /// is kept, so that the many members that share a name copy it instead of escaping it again.
+  void PutName(const TJSONName& AName);
   /// Where the next ACount units go: the text is collected in a buffer of our own, written to by
   /// pointer, which a string's appends can't match for the many short pieces of JSON.
   TUnit* Room(std::size_t ACount) {
@@ -80,6 +84,12 @@ private:
   std::unique_ptr<TUnit[]> FBuffer;
   std::size_t FLength = 0, FCapacity = 0, FLimit = 0;
   std::vector<TFrame> FStack;
+  struct TNameEntry {
+    const void* Key = nullptr;
+    std::size_t Length;
+    TUnit Text[48];
+  };
+  std::unique_ptr<TNameEntry[]> FNames;
 };
 
 using TWriter = TBasicWriter<char16_t>;

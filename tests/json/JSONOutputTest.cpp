@@ -218,6 +218,33 @@ TEST_F(JSONOutput, UTF8OutputMatchesTheAdapterByteForByte) {
   Check(Doc.get());
 }
 
+// Members that share a name (as a load makes them) write it as a member written alone does: on
+// both sides of the length the writer keeps, with escapes and wide units, in UTF-16 and UTF-8.
+TEST_F(JSONOutput, SharedNamesWriteAsEachMemberAlone) {
+  UnicodeString JSON = u"{";
+  const UnicodeString Names[] = {u"a",
+                                 UnicodeString(43, u'n'),
+                                 UnicodeString(44, u'n'),
+                                 UnicodeString(45, u'n'),
+                                 UnicodeString(20, u'q') + u"\\\"\\u00e9\u00e9\u0100/",
+                                 u""};
+  for (int Round = 0; Round < 3; ++Round)
+    for (const UnicodeString& Name : Names)
+      JSON += (JSON.size() > 1 ? u",\"" : u"\"") + Name + u"\":" + IntToStr(Round);
+  TOwned<TLxJSONDocument> Doc(TLxJSONDocument::CreateFromJSON(JSON + u"}"));
+  TLxJSONBase* Root = Doc->GetRootValue();
+  UnicodeString Expected = u"{";
+  for (Integer I = 0; I < Root->Count(); ++I)
+    Expected += (I > 0 ? u", " : u"") + Root->Item(I)->GetAsJSON();
+  Expected += u"}";
+  EXPECT_EQ(Doc->GetAsJSON(), Expected);
+  TOwned<TLxMemoryStream> Bytes(New<TLxMemoryStream>(Int64{0}));
+  Doc->SaveToStream(Bytes.get(), false, CP_UTF8, false);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(Bytes->Memory()),
+                        static_cast<std::size_t>(Bytes->GetSize())),
+            StringToUTF8(Expected));
+}
+
 TEST_F(JSONOutput, VariantsAsJSON) {
   struct TCase {
     Variant Value;

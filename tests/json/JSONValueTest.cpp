@@ -13,7 +13,9 @@
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace lorvane {
 namespace {
@@ -475,6 +477,42 @@ TEST_F(JSONValue, StreamsInEachCodePage) {
   TOwned<TLxMemoryStream> UTF8(New<TLxMemoryStream>("[\"\xC3\xA9\"]", Int64{7}));
   TOwned<TLxJSONDocument> Read(TLxJSONDocument::CreateFromStream(UTF8.get(), 65001));
   EXPECT_EQ(Read->Item(0)->GetAsString(), u"\u00e9");
+}
+
+TEST_F(JSONValue, UTF8TextLoadsAsItsUTF16Form) {
+  // UTF-8 loads hand short ASCII tokens to the tree as bytes: on both sides of the short limit,
+  // beside escapes and other characters, near the end of the text and across the blocks of a
+  // file, the tree is the one the same text as UTF-16 gives.
+  const std::string Fits(24, '7'), Over(25, '7');
+  std::vector<std::string> Texts = {
+      "[1]",
+      "{\"a\":true}",
+      "[\"x\",false,null,\"\"]",
+      "{\"\":0,\"\xC3\xA9\":\"\xC3\xA9\",\"k\\\"q\":\"a\\nb\",\"e\":\"\\u00e9\"}",
+      "[" + Fits + "," + Over + ",\"" + Fits + "\",\"" + Over + "\",\"" + std::string(23, 'a') +
+          "\xC3\xA9\"]",
+      "{\"" + std::string(40, 'n') + "\":-1.5e3,\"" + std::string(40, 'n') + "\":\"" + Fits + "\"}",
+  };
+  // Dense names and values, so that the blocks of the file end inside tokens of every kind.
+  std::string Long = "[";
+  for (int I = 0; Long.size() < 400 * 1024; ++I)
+    Long += "{\"" + std::string(std::size_t(I % 29) + 1, 'k') + "\":\"" +
+            std::string(std::size_t(I % 30), 'x') +
+            "\",\"n\":" + std::string(std::size_t(I % 27) + 1, '1') + "},";
+  Texts.push_back(Long + "true]");
+  const std::string Path = ::testing::TempDir() + "json_utf8_load_test.json";
+  for (const std::string& Text : Texts) {
+    SCOPED_TRACE(Text.substr(0, 80));
+    const UnicodeString Expected = Load(UTF8ToString(Text))->GetAsJSON();
+    TOwned<TLxMemoryStream> Bytes(
+        New<TLxMemoryStream>(static_cast<const void*>(Text.data()), Int64(Text.size())));
+    TOwned<TLxJSONDocument> InPlace(TLxJSONDocument::CreateFromStream(Bytes.get(), 65001));
+    EXPECT_EQ(InPlace->GetAsJSON(), Expected);
+    std::ofstream(Path, std::ios::binary) << Text;
+    TOwned<TLxJSONDocument> InBlocks(TLxJSONDocument::CreateFromFile(UTF8ToString(Path)));
+    EXPECT_EQ(InBlocks->GetAsJSON(), Expected);
+  }
+  std::remove(Path.c_str());
 }
 
 TEST_F(JSONValue, AMillionLevelsLoadWriteAndFree) {

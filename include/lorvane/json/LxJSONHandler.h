@@ -8,6 +8,7 @@
 namespace lorvane {
 
 class TLxJSONReader;
+struct TJSONByteTokens;
 
 /// The cursor starts at AAddTo and moves as follows:
 ///   StartObject, StartArray  on a document: a new root value; on an array: a new item; on a
@@ -86,6 +87,32 @@ private:
 
   void StartStructure(TLxJSONDataType AValueType);
   void EndStructure(TLxJSONDataType AValueType);
+
+  // The tree's own load takes short plain tokens of UTF-8 text from its reader as bytes, through
+  // the reader's grammar (src/json/LxJSONReader.cpp).
+  friend struct TJSONByteTokens;
+  /// StartMember with a name of ASCII bytes.
+  void StartMemberBytes(std::string_view AName);
+  /// Value with a text of at most TLxJSONSimpleType::ShortCapacity ASCII bytes without escapes;
+  /// that many bytes can be read at AText, of which ALength are the text.
+  void ValueBytes(TLxJSONDataType AValueType, const char* AText, std::size_t ALength);
+  /// The object the next member goes to, after the waiting member has settled; nil when the
+  /// object's class is a user's, which adds members its own way.
+  TLxJSONObject* MemberTarget();
+  /// A member named AName as the last one of AObject, the tree's own class.
+  void AddLoadedMember(TLxJSONObject* AObject, const TJSONName& AName);
+  /// The simple value the next Value goes to, made as StartMember's value or as an array item.
+  TLxJSONSimpleType* ValueTarget(TLxJSONDataType AValueType);
+
+  /// A new value of class T as the last child of AOwner, the tree's own class whose linking
+  /// nobody overrides: made without New and linked without the virtual insert, the owner's hold
+  /// being the count the constructor starts with.
+  template <class T> static T* Link(TLxJSONBase* AOwner);
+  /// A new object, array or simple value for AOwner as Link makes it.
+  static TLxJSONBase* LinkValue(TLxJSONBase* AOwner, TLxJSONDataType AValueType);
+  /// AMember's new value: linked as Link does when the member is the tree's own and has none
+  /// yet, else by CreateValue.
+  static TLxJSONBase* NewMemberValue(TLxJSONMember* AMember, TLxJSONDataType AValueType);
 };
 
 } // namespace lorvane

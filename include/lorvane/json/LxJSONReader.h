@@ -9,6 +9,8 @@
 
 namespace lorvane {
 
+class TLxJSONHandler;
+
 namespace readerframe {
 struct TSource;
 }
@@ -80,7 +82,12 @@ protected:
   Integer FColNr = -1;
 
 private:
+  friend class TLxJSONBase;
   void RunParse(readerframe::TSource&& ASource, const LxJSONString& APublicID);
+
+  /// Set by a tree's own load while its builder is the content handler: the grammar then hands
+  /// it short plain tokens of UTF-8 text as the bytes they are, instead of widened text.
+  TLxJSONHandler* FTreeBuilder = nullptr;
 
   // Kept from parse to parse, so that their memory is allocated once: the kinds of the open
   // containers, and the texts of the token just read.

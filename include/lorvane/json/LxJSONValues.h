@@ -115,6 +115,8 @@ class TJSONName {
 public:
   TJSONName() noexcept = default;
   explicit TJSONName(std::u16string_view AText);
+  /// The ASCII bytes of AText as units.
+  explicit TJSONName(std::string_view AText);
   TJSONName(const TJSONName& AOther) noexcept : FText(AOther.FText) {
     if (FText)
       FText->Refs.fetch_add(1, std::memory_order_relaxed);
@@ -132,6 +134,20 @@ public:
   std::u16string_view View() const noexcept {
     return FText ? std::u16string_view(FText->Chars(), FText->Length) : std::u16string_view();
   }
+  /// Whether the name is AText's ASCII bytes as units.
+  bool Equals(std::string_view AText) const noexcept {
+    if (!FText)
+      return AText.empty();
+    if (FText->Length != AText.size())
+      return false;
+    const char16_t* Chars = FText->Chars();
+    for (std::size_t I = 0; I < AText.size(); ++I)
+      if (Chars[I] != static_cast<unsigned char>(AText[I]))
+        return false;
+    return true;
+  }
+  /// The same for every copy of this name while one of them lives; nil for the empty name.
+  const void* Identity() const noexcept { return FText; }
 
 private:
   struct TText {
@@ -294,12 +310,13 @@ protected:
   TLxJSONBase* ChildAt(Integer AIdx) const;
   TKind Kind() const noexcept { return FKind; }
 
-  TLxJSONBase* FOwner;
-  /// The children in insertion order; not owning (DestroyObjects frees them when
-  /// FDestroyChilds says so).
-  TJSONChildList FObjects;
+  // The small fields come first: they fill the room that the counted base leaves behind its
+  // last field, which keeps an array at 48 bytes.
   TLxJSONDataType FJSONType = jdtNull;
-  bool FDestroyChilds = true;
+  bool FDestroyChilds : 1 = true;
+  /// Made by the tree's own load: of the library's class itself, so that the load links further
+  /// values to it without asking for its class.
+  bool FLoaded : 1 = false;
 
 private:
   // The classes of the tree and their builder and writer tell values apart by FKind.
@@ -310,6 +327,12 @@ private:
   friend class TLxJSONHandler;
   template <class> friend class jsonwriter::TBasicWriter;
   TKind FKind;
+
+protected:
+  TLxJSONBase* FOwner;
+  /// The children in insertion order; not owning (DestroyObjects frees them when
+  /// FDestroyChilds says so).
+  TJSONChildList FObjects;
 };
 
 class TLxJSONSimpleType : public TLxJSONBase, public virtual ILxJSONSimpleType {
@@ -511,10 +534,6 @@ protected:
 
 private:
   friend class TLxJSONHandler;
-  /// AddMember(name, type) with a name that may be shared; without AWithValue the member has no
-  /// value yet.
-  TLxJSONMember* AddNamedMember(const TJSONName& AName, TLxJSONDataType AValueType,
-                                bool AWithValue = true);
   TLxJSONMember* FLastMember = nullptr;
 };
 
@@ -624,6 +643,33 @@ protected:
 private:
   TLxJSONBase* RootOrRaise();
 };
+
+// The constructors are inline: the tree's load makes values in great numbers, and the stores of
+// the interface tables that each level of a constructor repeats fold into one set when the
+// compiler sees them together.
+
+inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner, TKind AKind) : FKind(AKind), FOwner(AOwner) {
+  if (AOwner) {
+    SetAutoDestroy(false);
+    AOwner->InsertObject(this);
+  }
+}
+
+inline TLxJSONBase::TLxJSONBase(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Base) {}
+
+inline TLxJSONSimpleType::TLxJSONSimpleType(TLxJSONBase* AOwner)
+    : TLxJSONBase(AOwner, TKind::Simple), FValue(Null()) {}
+
+inline TLxJSONMember::TLxJSONMember(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Member) {}
+
+inline TLxJSONObject::TLxJSONObject(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Object) {
+  FJSONType = jdtObject;
+}
+
+inline TLxJSONArray::TLxJSONArray(TLxJSONBase* AOwner) : TLxJSONBase(AOwner, TKind::Array) {
+  FJSONType = jdtArray;
+  FDestroyChilds = AOwner != nullptr;
+}
 
 /// The JSON text read into a document and written again: compact.
 LxJSONString LxFormatJSON(const LxJSONString& AJSON);
