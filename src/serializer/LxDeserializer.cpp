@@ -136,10 +136,16 @@ HRESULT TLxDeserializer::QueryInterface(const TGUID& AIID, void** AObj) {
       this, AIID, AObj, [&] { return TLxCustomSerializer::QueryInterface(AIID, AObj); });
 }
 
+TLxDeserializerObjectList* TLxDeserializer::OwnList() const noexcept {
+  if (!FCreatedObjs || !FCreatedObjs->InheritsFrom(TLxDeserializerObjectList::StaticClass()))
+    return nullptr;
+  auto* List = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
+  return List->GetOwner() == this ? List : nullptr;
+}
+
 TLxDeserializer::~TLxDeserializer() {
-  if (auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
-      Own && Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) &&
-      Own->GetOwner() == this && Own->GetOwnsObjects() && Own->GetCount() > 0) {
+  if (TLxDeserializerObjectList* Own = OwnList();
+      Own && Own->GetOwnsObjects() && Own->GetCount() > 0) {
     std::unordered_set<TObject*> Doomed;
     for (Integer I = 0; I < Own->GetCount(); ++I)
       Doomed.insert(Own->GetItems(I));
@@ -150,9 +156,7 @@ TLxDeserializer::~TLxDeserializer() {
     for (TObject* Made : Doomed)
       Cleaner.Clean(Made, TLxTypes::GetTypeInfo(Made->ClassType()));
   }
-  if (auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
-      Own && Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) && Own->GetOwner() == this)
-    lorvane::Free(Own);
+  lorvane::Free(OwnList());
   lorvane::Free(FCHelper);
   for (TLxDeserializer* Child : FUnownedChildren)
     lorvane::Free(Child);
@@ -200,9 +204,7 @@ void TLxDeserializer::SetParent(TLxCustomSerializer* AParent) {
 void TLxDeserializer::SetCreatedObjects(TObjectList* AList) {
   if (AList && AList == FCreatedObjs)
     return;
-  if (auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
-      Own && Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) &&
-      Own->GetOwner() == this) {
+  if (TLxDeserializerObjectList* Own = OwnList()) {
     FCreatedObjs = nullptr;
     Own->Clear();
     lorvane::Free(Own);
@@ -294,9 +296,8 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
 // given back only by a run that succeeds, all of them. Of those, only the ones that no other
 // stranded object refers to are freed: the graph frees the rest with them.
 void TLxDeserializer::FreeStrandedObjects() {
-  auto* Own = static_cast<TLxDeserializerObjectList*>(FCreatedObjs);
-  if (!Own || !Own->InheritsFrom(TLxDeserializerObjectList::StaticClass()) ||
-      Own->GetOwner() != this || Own->GetOwnsObjects() || Own->GetCount() == 0)
+  TLxDeserializerObjectList* Own = OwnList();
+  if (!Own || Own->GetOwnsObjects() || Own->GetCount() == 0)
     return;
   const std::unordered_set<TObject*> None;
   TReferenceCleaner Walk(None);

@@ -146,6 +146,8 @@ private:
   TLxDeserializer* FinishChild(TOwned<TLxDeserializer> AChild, std::u16string_view AName,
                                const SerializerHint* AHint);
   void ClearMember() noexcept;
+  /// The created-objects list when this deserializer made it; nil for a list from elsewhere.
+  TLxDeserializerObjectList* OwnList() const noexcept;
   void StoreMemberValue();
   void FetchInstanceHelper();
   void FreeStrandedObjects();
