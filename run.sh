@@ -43,6 +43,8 @@ case "$task" in
     ./build/example_json_demo tests/data/orders.json
     echo "== examples/describe_demo.cpp"
     ./build/example_describe_demo
+    echo "== examples/serialize_demo.cpp"
+    ./build/example_serialize_demo
     ;;
   test)
     install_missing
