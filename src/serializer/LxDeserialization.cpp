@@ -42,7 +42,11 @@ TObject* RunForNewObject(TLxDeserializer* ADeserializer, const TLxSerializedData
   try {
     Held->Deserialize(AData);
   } catch (...) {
-    lorvane::Free(static_cast<TObject*>(Held->GetInstance()));
+    // The deserializer goes first: its end clears the new object's references to what the run
+    // made and frees; only then is the new object freed.
+    auto* Made = static_cast<TObject*>(Held->GetInstance());
+    Held.reset();
+    lorvane::Free(Made);
     throw;
   }
   return static_cast<TObject*>(Held->GetInstance());
