@@ -456,6 +456,12 @@ void TLxDeserializer::CreateChildDeserializerIfNeeded(std::u16string_view) {
       if (NamedClass)
         Type = ClassName.empty() ? nullptr
                                  : TLxTypes::GetTypeInfo(ClassName, ltnSchema, false, lmkNone);
+      // The member holds objects of its own class: a text may name a descendant, not any class.
+      if (Type && Type != FMemberTypeInfo && Type->GetTypeKind() == ltkClass &&
+          !TObject::ClassInheritsFrom(Type->GetDescription()->MetaclassType(),
+                                      FMemberTypeInfo->GetDescription()->MetaclassType()))
+        throw ELxSerializeException(u"The class \"%s\" doesn't fit the member %s of type %s!",
+                                    {ClassName, Name, FMemberTypeInfo->GetQualifiedName()});
       const TLxMethodDescription* Create = Type && Type->GetTypeKind() == ltkClass
                                                ? Type->GetDescription()->GetMethod(u"Create")
                                                : nullptr;

@@ -169,3 +169,21 @@ TEST(XMLDeserializer, ReadsThePersonBackIntoANewObject) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(XMLDeserializer, AClassNamedForAMemberMustFitIt) {
+  DescribePerson();
+  TOwned<TPerson> Person(New<TPerson>());
+  try {
+    LxDeserialize(ldsXML, TValue::From(Person.get()),
+                  "<object><Friend xsi:type=\"StringList\"><Id>1</Id></Friend></object>");
+    ADD_FAILURE() << "no exception";
+  } catch (const ELxSerializeException& E) {
+    EXPECT_EQ(E.Message(),
+              u"The class \"StringList\" doesn't fit the member Friend of type Test.TPerson!");
+  }
+  EXPECT_EQ(Person->Friend, nullptr);
+}
+
+} // namespace
