@@ -588,6 +588,10 @@ TValue* TLxDeserializer::InitializeArrayElement(std::u16string_view, std::u16str
   FMemberTypeInfo = Parent->FMemberTypeInfo->GetDescription()->ElementType();
   if (FInstanceTypeInfo->GetTypeKind() == ltkDynArray)
     FInstanceTypeInfo->GetDescription()->Access().SetLength(FInstancePtr, FArrIdx + 1);
+  else if (const Integer Length = FInstanceTypeInfo->GetDescription()->GetFixedLength();
+           FArrIdx >= Length)
+    throw ELxSerializeException(u"The array of type %s holds %d elements, and the text has more!",
+                                {FInstanceTypeInfo->GetQualifiedName(), Length});
   Parent->FArrIdx = FArrIdx;
   FMemberValue = Parent->FMemberValue.GetArrayElement(FArrIdx);
   CreateChildDeserializerIfNeeded(AName);

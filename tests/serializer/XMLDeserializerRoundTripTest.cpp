@@ -497,3 +497,24 @@ TEST_F(XMLDeserializerRoundTrip, TheComparisonWalkSeesEveryKindOfChange) {
 }
 
 } // namespace
+
+namespace lorvane {
+namespace {
+
+TEST_F(XMLDeserializerRoundTrip, AFixedArrayTakesNoMoreElementsThanItHolds) {
+  TOwned<TRtNode> Node(New<TRtNode>());
+  try {
+    LxDeserialize(ldsXML, TValue::From(Node.get()),
+                  "<object><Triple><int>1</int><int>2</int><int>3</int><int>4</int></Triple>"
+                  "</object>");
+    ADD_FAILURE() << "no exception";
+  } catch (const ELxSerializeException& E) {
+    EXPECT_EQ(E.Message(), u"The array of type array[0..2] of System.Integer holds 3 elements, "
+                           u"and the text has more!");
+  }
+  // An array is written back to its member when it ends, which a failed one never does.
+  EXPECT_EQ(Node->Triple[2], 0);
+}
+
+} // namespace
+} // namespace lorvane
