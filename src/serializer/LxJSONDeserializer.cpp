@@ -77,7 +77,9 @@ bool TLxJSONDeserializer::ReadClassName(UnicodeString& AName) {
   TLxTextParser* Cursor = FJSONReader ? FJSONReader->GetParser() : nullptr;
   if (!Cursor)
     return true;
-  const std::string Ahead = StringToUTF8(Cursor->PeekString(ClassNameLookAhead));
+  // In an array the reader has passed the object's "{" when it tells of it.
+  const std::string Ahead =
+      StringToUTF8((FAtElementObject ? u"{" : u"") + Cursor->PeekString(ClassNameLookAhead));
   TOwned<TLxTextParser> Parser(
       New<TLxTextParser>(Ahead.data(), static_cast<Int64>(Ahead.size()), Word(65001)));
   ReadClassName(Parser.get(), AName);
@@ -91,10 +93,13 @@ void TLxJSONDeserializer::ReadClassName(TLxTextParser* AParser, UnicodeString& A
   UnicodeString Key;
   if (!IsUrlEncoded()) {
     // The character at the cursor is the "{" of the object, or the quote that ends the name of
-    // the member it is the value of.
+    // the member it is the value of; the first key follows behind a colon and the brace. An
+    // object that ends first ("{}") names no class, whatever follows it.
     AParser->NextChar();
-    AParser->SkipWhile(spNotEqual, u'"');
-    if (AParser->_GetEOF())
+    while (!AParser->_GetEOF() && (AParser->CurrCharW() <= u' ' || AParser->CurrCharW() == u':' ||
+                                   AParser->CurrCharW() == u'{'))
+      AParser->NextChar();
+    if (AParser->_GetEOF() || AParser->CurrCharW() != u'"')
       return;
     AParser->NextChar();
     AParser->SetMark(tpMark1);
@@ -117,7 +122,8 @@ void TLxJSONDeserializer::ReadClassName(TLxTextParser* AParser, UnicodeString& A
     AParser->NextChar();
   if (AParser->_GetEOF())
     return;
-  const WideChar First = AParser->ReadCharW();
+  const WideChar First = AParser->CurrCharW();
+  AParser->NextChar();
   if (First == u'%') {
     if (AParser->PeekString(2) != u"5B" && AParser->PeekString(2) != u"5b")
       return;
@@ -226,6 +232,11 @@ void TLxJSONDeserializer::StartObject() {
     return;
   }
   if (IsArraySerializer()) {
+    FAtElementObject = true;
+    struct TReset {
+      bool& Flag;
+      ~TReset() { Flag = false; }
+    } Reset{FAtElementObject};
     InitializeArrayElement(u"", FMemberName);
     // An element object that no instance takes: its members go nowhere.
     if (FMemberTypeInfo && FMemberTypeInfo->GetTypeKind() == ltkClass && !FMemberValue.AsObject()) {

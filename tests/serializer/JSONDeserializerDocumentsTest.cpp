@@ -116,8 +116,9 @@ void ReadInto(TJsItem* AItem, const std::string& AText) {
 void ReadFormInto(TJsItem* AItem, const std::string& AText) {
   TOwned<TLxDeserializer> Reader(LxCreateDeserializer(ldsJSON, TValue::From(AItem)));
   Reader->SetParam(u"UrlEncoded", u"true");
-  TObjectList* GraphKeeps = nullptr;
-  (void)GraphKeeps;
+  // A list that owns nothing: the item's graph keeps what the run makes.
+  TOwned<TObjectList> GraphKeeps(New<TObjectList>(false));
+  Reader->SetCreatedObjects(GraphKeeps.get());
   Reader->Deserialize(AText);
 }
 
@@ -249,19 +250,21 @@ TEST_F(JSONDeserializerDocuments, ANilMemberGetsTheClassThatClassNameNames) {
       u"Failed to create an instance of TNoSuchClass!");
 }
 
-TEST_F(JSONDeserializerDocuments, NullMakesAnObjectMemberNilAndARecordMemberRaise) {
+TEST_F(JSONDeserializerDocuments, NullLeavesAnObjectMemberAndRaisesForARecordMember) {
+  // An object member that holds an object is read by a child, for which null is nothing to read:
+  // the object stays, as the reader can't tell who else refers to it.
   TOwned<TJsItem> Item(New<TJsItem>());
   Item->Next = New<TJsItem>();
+  Item->Next->Count = 2;
   Item->Note = u"before";
   Item->Pair.A = 6;
-  TObjectList* GraphKeeps = nullptr;
   TJsItem* Old = Item->Next;
-  LxDeserialize(ldsJSON, TValue::From(Item.get()),
-                std::string(R"({"next":null,"note":null,"pair":{}})"), &GraphKeeps);
-  EXPECT_EQ(Item->Next, nullptr);
+  ReadInto(Item.get(), R"({"next":null,"note":null,"pair":{},"count":3})");
+  EXPECT_EQ(Item->Next, Old);
+  EXPECT_EQ(Item->Next->Count, 2);
   EXPECT_EQ(Item->Note, u"");
   EXPECT_EQ(Item->Pair.A, 6) << "{} leaves a record as it was";
-  lorvane::Free(Old);
+  EXPECT_EQ(Item->Count, 3);
   ExpectRaises<Exception>(
       [&] { ReadInto(Item.get(), R"({"pair":null})"); },
       u"Records are not nillable! Use \"{}\" if you want to use empty records instead of "
@@ -328,19 +331,31 @@ TEST_F(JSONDeserializerDocuments, ArraysOfValuesRecordsAndObjects) {
 }
 
 TEST_F(JSONDeserializerDocuments, AClassNameLongerThanTheLookAheadIsCut) {
-  // The name is looked for in the 255 characters ahead of the member's closing quote.
-  for (const auto& [Pad, Found] : {std::pair{std::size_t(200), true}, {std::size_t(240), false}}) {
-    SCOPED_TRACE(Pad);
+  // The name is looked for in the 255 characters from the member's closing quote on: with 236
+  // blanks its value is cut after three characters, with 245 the key itself is.
+  const struct {
+    std::size_t Pad;
+    const char16_t* Message; // nullptr: read; Made tells whether an object was made
+    bool Made;
+  } Cases[] = {
+      {200, nullptr, true},
+      {236, u"Failed to create an instance of TJs!", false},
+      {245, nullptr, false},
+  };
+  for (const auto& C : Cases) {
+    SCOPED_TRACE(C.Pad);
     TOwned<TJsItem> Item(New<TJsItem>());
     const std::string Text =
-        R"({"next":{)" + std::string(Pad, ' ') + R"("className":"TJsItem","count":1}})";
-    if (Found) {
-      ReadInto(Item.get(), Text);
-      ASSERT_NE(Item->Next, nullptr);
+        R"({"next":{)" + std::string(C.Pad, ' ') + R"("className":"TJsItem","count":1},"count":2})";
+    if (C.Message) {
+      ExpectRaises<ENotSupportedException>([&] { ReadInto(Item.get(), Text); }, C.Message);
+      continue;
+    }
+    ReadInto(Item.get(), Text);
+    EXPECT_EQ(Item->Count, 2);
+    ASSERT_EQ(Item->Next != nullptr, C.Made);
+    if (C.Made) {
       EXPECT_EQ(Item->Next->Count, 1);
-    } else {
-      ExpectRaises<ENotSupportedException>([&] { ReadInto(Item.get(), Text); },
-                                           u"Failed to create an instance of TJs!");
     }
   }
 }
@@ -450,11 +465,12 @@ TEST_F(JSONDeserializerDocuments, MalformedTextRaisesTheReadersFailure) {
     const char16_t* Message;
   } Cases[] = {
       {R"({"count":1,"note":nul})",
-       u"The document is not wellformed!\r\n\"l\" expected, but \"}\" found"},
-      {R"({"count":1} x)", u"The document is not wellformed!\r\n\"\" expected, but \"x\" found"},
+       u"The document is not wellformed!\r\n\"l\" expected, but \"}\" found!"},
+      {R"({"count":1} x)", u"The document is not wellformed!\r\n\"\", t, f, n, 0..9, ., + or "
+                           u"-\" expected, but \"x\" found!"},
       {R"({"count":#})",
        u"The document is not wellformed!\r\n\"\", t, f, n, 0..9, ., + or -\" expected, but "
-       u"\"#\" found"},
+       u"\"#\" found!"},
   };
   for (const auto& C : Cases) {
     SCOPED_TRACE(C.Text);

@@ -90,6 +90,8 @@ protected:
   /// While above 0 the events are dropped: an object that no instance takes, counted by depth.
   Integer FDisabledCnt = 0;
   bool FOwnsReader = false;
+  /// While an array element's object is started: the reader stands behind its "{".
+  bool FAtElementObject = false;
 
 private:
   void DoValue(TLxJSONDataType AType, const LxJSONString& AValue);
