@@ -114,10 +114,10 @@ void ReadInto(TJsItem* AItem, const std::string& AText) {
 
 /// The same as a form post.
 void ReadFormInto(TJsItem* AItem, const std::string& AText) {
-  TOwned<TLxDeserializer> Reader(LxCreateDeserializer(ldsJSON, TValue::From(AItem)));
-  Reader->SetParam(u"UrlEncoded", u"true");
   // A list that owns nothing: the item's graph keeps what the run makes.
   TOwned<TObjectList> GraphKeeps(New<TObjectList>(false));
+  TOwned<TLxDeserializer> Reader(LxCreateDeserializer(ldsJSON, TValue::From(AItem)));
+  Reader->SetParam(u"UrlEncoded", u"true");
   Reader->SetCreatedObjects(GraphKeeps.get());
   Reader->Deserialize(AText);
 }
