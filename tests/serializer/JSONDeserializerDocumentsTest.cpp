@@ -1,6 +1,7 @@
 // Reading JSON into objects: the shape the JSON serializer writes, members in another order,
 // unknown members, class names for nil members, enumerations and sets in every accepted form,
 // arrays, form posts, the three ways of keeping created objects, and malformed text.
+#include "lorvane/classes/LxLibraryStartup.h"
 #include "lorvane/json/LxJSONStrings.h"
 #include "lorvane/serializer/LxDeserialization.h"
 #include "lorvane/serializer/LxJSONDeserializer.h"
@@ -485,6 +486,9 @@ TEST_F(JSONDeserializerDocuments, MalformedTextRaisesTheReadersFailure) {
 }
 
 TEST_F(JSONDeserializerDocuments, StartUpKeepsTheSerializerClassOfJSON) {
+  // The type registry doesn't start the library by itself.
+  EnsureLibraryStarted();
+  ASSERT_NE(TLxTypes::FindSerializers(nullptr, ldsJSON), nullptr);
   const TLxRegisteredSerializers Saved = *TLxTypes::FindSerializers(nullptr, ldsJSON);
   EXPECT_EQ(Saved.DeserializerClass, TLxJSONDeserializer::StaticClass());
   // Another module registers its serializer with no deserializer; the start-up keeps it.
