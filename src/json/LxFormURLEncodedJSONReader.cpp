@@ -24,12 +24,15 @@ using TPath = std::vector<TPathPart>;
 /// The pairs of one form in the order the content handler must hear of them.
 class TFormGrammar {
 public:
-  TFormGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler)
-      : P(AParser), H(AHandler) {}
+  /// AHandler is read for each event: a handler may hand the reader to another one, and the
+  /// handlers it replaced go before the next event, when none of them runs.
+  TFormGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* const& AHandler,
+               std::vector<IPtr<ILxJSONContentHandler>>& AReplaced)
+      : P(AParser), H(AHandler), FReplaced(AReplaced) {}
 
   void Parse() {
-    H->StartDocument();
-    H->StartObject();
+    Next()->StartDocument();
+    Next()->StartObject();
     for (;;) {
       Current.clear();
       const UnicodeString Key = ReadKey();
@@ -39,14 +42,14 @@ public:
         CloseWholePath();
       // A pair whose key continues the open path adds to the member already started.
       if (Previous.empty())
-        H->StartMember(Key);
+        Next()->StartMember(Key);
       Current.emplace_back(Key, pkMember);
       while (!P->_GetEOF() && P->CurrCharW() != u'=')
         ReadBracket();
       P->MoveNext();
-      H->Value(jdtString, ReadValue());
+      Next()->Value(jdtString, ReadValue());
       if (Current.back().second == pkMember) {
-        H->EndMember();
+        Next()->EndMember();
         Current.pop_back();
       }
       Previous = Current;
@@ -58,16 +61,16 @@ public:
     }
     while (!Previous.empty()) {
       if (Previous.back().second == pkMember) {
-        H->EndObject();
+        Next()->EndObject();
       } else {
         if (Current.size() >= 2 && Current[Current.size() - 2].second == pkMember)
-          H->EndObject();
-        H->EndArray();
+          Next()->EndObject();
+        Next()->EndArray();
       }
       Previous.pop_back();
     }
-    H->EndObject();
-    H->EndDocument();
+    Next()->EndObject();
+    Next()->EndDocument();
   }
 
 private:
@@ -176,17 +179,17 @@ private:
     if (Current.size() < Previous.size()) {
       Current.emplace_back(Part, Previous[Current.size()].second);
     } else if (Part.empty()) {
-      H->StartArray();
+      Next()->StartArray();
       Current.emplace_back(Part, pkArrayItem);
     } else if (Part[0] >= u'0' && Part[0] <= u'9') {
       // An array starts at index 0: a higher index alone starts none.
       if (Part == u"0")
-        H->StartArray();
+        Next()->StartArray();
       Current.emplace_back(Part, pkArrayItem);
     } else {
       if (Current.size() > Previous.size())
-        H->StartObject();
-      H->StartMember(Part);
+        Next()->StartObject();
+      Next()->StartMember(Part);
       Current.emplace_back(Part, pkMember);
     }
   }
@@ -194,9 +197,9 @@ private:
   void CloseWholePath() {
     while (!Previous.empty()) {
       if (Previous.back().second == pkMember)
-        H->EndObject();
+        Next()->EndObject();
       else
-        H->EndArray();
+        Next()->EndArray();
       Previous.pop_back();
     }
   }
@@ -205,8 +208,8 @@ private:
   void CloseDeeper(const UnicodeString& APart) {
     while (Previous.size() > Current.size()) {
       if (Previous.back().second == pkMember) {
-        H->EndObject();
-        H->EndMember();
+        Next()->EndObject();
+        Next()->EndMember();
         Previous.pop_back();
         continue;
       }
@@ -217,19 +220,26 @@ private:
         PreviousIndex = StrToIntDef(Previous[Current.size()].first, -1);
       }
       if (!OneDeeper || Index != PreviousIndex + 1)
-        H->EndArray();
+        Next()->EndArray();
       else if (Previous.size() >= 2 && Previous[Previous.size() - 2].second == pkMember)
-        H->EndObject(); // the next index of the same array: the item before it ends
+        Next()->EndObject(); // the next index of the same array: the item before it ends
       Previous.pop_back();
       if (Previous.size() > Current.size() && Previous.back().second == pkMember) {
-        H->EndMember();
+        Next()->EndMember();
         Previous.pop_back();
       }
     }
   }
 
+  ILxJSONContentHandler* Next() {
+    if (!FReplaced.empty()) [[unlikely]]
+      FReplaced.clear();
+    return H;
+  }
+
   TLxJSONTextParser* P;
-  ILxJSONContentHandler* H;
+  ILxJSONContentHandler* const& H;
+  std::vector<IPtr<ILxJSONContentHandler>>& FReplaced;
   TPath Current;  // the path of the pair in progress
   TPath Previous; // the path the last pair left open
 };
@@ -242,8 +252,12 @@ void TLxFormURLEncodedJSONReader::InternalParse() {
   Assert(FParser != nullptr);
   if (!FContentHandler)
     throw ELxJSONException(_cLxJSONNoContentHandler, cLxJSONErrNoContentHandler);
-  const IPtr<ILxJSONContentHandler> Handler = FContentHandler;
-  TFormGrammar(FParser, Handler.Get()).Parse();
+  BeginDelivery(FContentHandler);
+  struct TParseEnds {
+    TLxFormURLEncodedJSONReader* Reader;
+    ~TParseEnds() { Reader->EndDelivery(); }
+  } Ends{this};
+  TFormGrammar(FParser, FContent, FReplacedHandlers).Parse();
 }
 
 } // namespace lorvane

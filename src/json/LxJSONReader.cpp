@@ -50,15 +50,19 @@ constexpr std::u16string_view EscapeChars = u"\", \\, /, b, f, n, r, t or u";
 template <class TUnit> class TJSONGrammar {
 public:
   /// ATree: the tree's own builder when it is AHandler and the text is UTF-8 (bytes only).
-  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* AHandler, TLxJSONHandler* ATree,
-               std::vector<Byte>& AOpen, LxJSONString& AName, LxJSONString& AValue)
-      : P(AParser), H(AHandler), T(sizeof(TUnit) == 1 ? ATree : nullptr), FOpen(AOpen),
-        FName(AName), FValue(AValue) {}
+  /// AHandler and ATree are read for each event: a handler may hand the reader to another one.
+  /// ATree: the tree's own builder when it is the handler and the text is UTF-8 (bytes only).
+  TJSONGrammar(TLxJSONTextParser* AParser, ILxJSONContentHandler* const& AHandler,
+               TLxJSONHandler* const& ATree, std::vector<Byte>& AOpen, LxJSONString& AName,
+               LxJSONString& AValue, std::vector<IPtr<ILxJSONContentHandler>>& AReplaced)
+      : P(AParser), H(AHandler), T(ATree), FOpen(AOpen), FName(AName), FValue(AValue),
+        FReplaced(AReplaced) {}
 
   void Parse() {
     SkipWhile([](TUnit C) { return C == u' '; });
     H->StartDocument();
     while (!AtEnd()) {
+      Settle();
       if (Curr() == u'[' || Curr() == u'{') {
         ParseNested();
         SkipBlanks();
@@ -79,6 +83,12 @@ public:
 
 private:
   enum : Byte { OpenArray, OpenObject };
+
+  /// Between two events no handler runs: those replaced meanwhile may go.
+  void Settle() {
+    if (!FReplaced.empty()) [[unlikely]]
+      FReplaced.clear();
+  }
 
   // --- the cursor, in raw units ------------------------------------------------------------
   static TUnit Load(const Byte* AAt) noexcept {
@@ -147,6 +157,7 @@ private:
     FOpen.clear();
     bool Entering = true; // the cursor stands on the "[" or "{" of a container to open
     for (;;) {
+      Settle();
       bool Closing = false;
       if (Entering) {
         if (Curr() == u'[') {
@@ -374,11 +385,12 @@ private:
   }
 
   TLxJSONTextParser* P;
-  ILxJSONContentHandler* H;
-  TLxJSONHandler* T;
+  ILxJSONContentHandler* const& H;
+  TLxJSONHandler* const& T;
   std::vector<Byte>& FOpen;
   LxJSONString& FName;
   LxJSONString& FValue;
+  std::vector<IPtr<ILxJSONContentHandler>>& FReplaced;
 };
 
 } // namespace
@@ -417,6 +429,29 @@ void TLxJSONReader::RunParse(readerframe::TSource&& ASource, const LxJSONString&
       [this] { InternalParse(); }, [this] { ResetParseState(); });
 }
 
+void TLxJSONReader::SetContentHandler(ILxJSONContentHandler* AHandler) {
+  FContentHandler = AHandler;
+  // Outside a parse a handler is only stored; inside one, none leaves the events where they are.
+  if (!FContent || !AHandler)
+    return;
+  FReplacedHandlers.push_back(std::move(FDelivering));
+  FDelivering = AHandler;
+  FContent = AHandler;
+  FTreeRoad = nullptr;
+}
+
+void TLxJSONReader::BeginDelivery(const IPtr<ILxJSONContentHandler>& AHandler) {
+  FDelivering = AHandler;
+  FContent = AHandler.Get();
+}
+
+void TLxJSONReader::EndDelivery() noexcept {
+  FContent = nullptr;
+  FTreeRoad = nullptr;
+  FReplacedHandlers.clear();
+  FDelivering = nullptr;
+}
+
 void TLxJSONReader::ResetParseState() {
   // The end-of-text flag is the frame's to clear.
   FLineNr = -1;
@@ -453,22 +488,28 @@ void TLxJSONReader::InternalParse() {
   if (!FErrorHandler)
     throw ELxJSONException(_cLxJSONNoErrorHandler, cLxJSONErrNoErrorHandler);
   Assert(FParser != nullptr);
-  // Held for the whole parse, and events go to it: a handler may set another one, or none, while
-  // it runs.
-  const IPtr<ILxJSONContentHandler> Handler = FContentHandler;
+  // Held for the whole parse; a handler may set another one, which takes the next event, or none,
+  // which leaves the events where they are.
+  BeginDelivery(FContentHandler);
+  struct TParseEnds {
+    TLxJSONReader* Reader;
+    ~TParseEnds() { Reader->EndDelivery(); }
+  } Ends{this};
+  // Bytes that are ASCII in UTF-8 are the units they stand for.
+  FTreeRoad = FTreeBuilder && FParser->GetCharacterSetType() == csUTF8 &&
+                      FContent == static_cast<ILxJSONContentHandler*>(FTreeBuilder)
+                  ? FTreeBuilder
+                  : nullptr;
   readerframe::ReportingFailures(
       FUnexpectedEOF,
       [&] {
-        // Bytes that are ASCII in UTF-8 are the units they stand for.
-        TLxJSONHandler* Tree =
-            FTreeBuilder && FParser->GetCharacterSetType() == csUTF8 &&
-                    Handler.Get() == static_cast<ILxJSONContentHandler*>(FTreeBuilder)
-                ? FTreeBuilder
-                : nullptr;
         if (FParser->GetCharacterSetType() == csWide)
-          TJSONGrammar<WideChar>(FParser, Handler.Get(), nullptr, FOpen, FName, FValue).Parse();
+          TJSONGrammar<WideChar>(FParser, FContent, FTreeRoad, FOpen, FName, FValue,
+                                 FReplacedHandlers)
+              .Parse();
         else
-          TJSONGrammar<Byte>(FParser, Handler.Get(), Tree, FOpen, FName, FValue).Parse();
+          TJSONGrammar<Byte>(FParser, FContent, FTreeRoad, FOpen, FName, FValue, FReplacedHandlers)
+              .Parse();
       },
       [this](const LxJSONString& AMessage) {
         if (FErrorHandler)

@@ -2,6 +2,8 @@
 // sources and the locator.
 #include "lorvane/json/LxJSONReader.h"
 
+#include "lorvane/json/LxFormURLEncodedJSONReader.h"
+
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/json/LxJSONDefaultHandler.h"
 #include "support/JSONEventRecorder.h"
@@ -161,6 +163,79 @@ TEST_F(JSONReader, FailureAtTheEndOfOneTextDoesntMoveTheNextParsesLocator) {
   Read<ELxTextParserEOF>(u"{");
   FReader->Parse(LxJSONString(u"[]"));
   EXPECT_FALSE(FReader->GetUnexpectedEOF()) << "a parse that succeeds is the last one";
+}
+
+TEST_F(JSONReader, AHandlerSetDuringAParseTakesTheNextEvents) {
+  // The outer handler hands the reader to a helper at member "b", and the helper hands it back
+  // when b's value has ended (a simple value, or the end of its object or array); the reader's
+  // reference is the helper's only one, and must last until that last event has returned. The
+  // form reader delivers through the same rule.
+  struct THelper : public TJSONEventRecorder {
+    TLxJSONReader* Reader = nullptr;
+    ILxJSONContentHandler* Back = nullptr;
+    bool* Gone = nullptr;
+    int Depth = 0;
+    THelper() { SetAutoDestroy(true); }
+    ~THelper() override { *Gone = true; }
+    void HandBackAtDepth0() {
+      if (Depth == 0)
+        Reader->SetContentHandler(Back);
+      Transcript += " still here";
+    }
+    void StartObject() override { ++Depth; }
+    void StartArray() override { ++Depth; }
+    void Value(TLxJSONDataType AType, const LxJSONString& AValue) override {
+      TJSONEventRecorder::Value(AType, AValue);
+      HandBackAtDepth0();
+    }
+    void EndObject() override { --Depth, HandBackAtDepth0(); }
+    void EndArray() override { --Depth, HandBackAtDepth0(); }
+  };
+  struct TOuter : public TJSONEventRecorder {
+    TLxJSONReader* Reader = nullptr;
+    bool HelperGone = false;
+    void StartMember(const LxJSONString& AName) override {
+      TJSONEventRecorder::StartMember(AName);
+      if (AName != u"b")
+        return;
+      HelperGone = false;
+      auto* Helper = New<THelper>();
+      Helper->Reader = Reader;
+      Helper->Back = this;
+      Helper->Gone = &HelperGone;
+      Reader->SetContentHandler(Helper);
+    }
+  };
+  const std::string Around = "startDocument startObject startMember(a) value(jdtNumber|1) "
+                             "endMember startMember(b) endMember startMember(c) "
+                             "value(jdtBoolean|true) endMember endObject endDocument";
+  const std::string FormAround = "startDocument startObject startMember(a) value(jdtString|1) "
+                                 "endMember startMember(b) endMember startMember(c) "
+                                 "value(jdtString|true) endMember endObject endDocument";
+  // The form reader closes a member of nested keys with its object alone, without an endMember.
+  std::string FormAroundNested = FormAround;
+  FormAroundNested.erase(FormAroundNested.find("startMember(b) endMember ") + 15, 10);
+  struct TCase {
+    bool Form;
+    std::u16string_view Text;
+    const std::string& OuterSees;
+  };
+  for (const auto& [Form, Text, OuterSees] :
+       {TCase{false, u"{\"a\":1,\"b\":{\"x\":[1,{}],\"y\":{}},\"c\":true}", Around},
+        TCase{false, u"{\"a\":1,\"b\":[[],{\"z\":2}],\"c\":true}", Around},
+        TCase{false, u"{\"a\":1,\"b\":\"s\",\"c\":true}", Around},
+        TCase{false, u"{\"a\":1,\"b\":{},\"c\":true}", Around},
+        TCase{true, u"a=1&b[x]=2&b[y]=3&c=true", FormAroundNested},
+        TCase{true, u"a=1&b=s&c=true", FormAround}}) {
+    TOwned<TOuter> Outer(New<TOuter>());
+    TOwned<TLxJSONReader> Reader(Form ? New<TLxFormURLEncodedJSONReader>() : New<TLxJSONReader>());
+    Outer->Reader = Reader.get();
+    Outer->Attach(Reader.get());
+    Reader->Parse(LxJSONString(Text));
+    EXPECT_EQ(Outer->Transcript, OuterSees) << StringToUTF8(LxJSONString(Text));
+    EXPECT_TRUE(Outer->HelperGone) << "the reader let the helper go when it had handed back";
+    EXPECT_EQ(Reader->GetContentHandler().Get(), static_cast<ILxJSONContentHandler*>(Outer.get()));
+  }
 }
 
 TEST_F(JSONReader, HandlersSetAsideDuringAParseStillHearIt) {

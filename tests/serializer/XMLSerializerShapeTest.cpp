@@ -1,5 +1,6 @@
 // The XML serializer's shape, character for character, on the worked example of a person.
 #include "lorvane/serializer/LxDeserialization.h"
+#include "lorvane/serializer/LxJSONDeserializer.h"
 #include "lorvane/types/LxDescribe.h"
 #include "lorvane/uLxSerializer.h"
 #include "lorvane/uLxXMLSerializer.h"
@@ -13,6 +14,7 @@ namespace lorvane {
 void RunLibraryStartup() {
   LxSerializerStartup();
   LxXMLSerializerStartup();
+  LxJSONDeserializerStartup();
 }
 } // namespace lorvane
 

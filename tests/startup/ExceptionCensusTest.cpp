@@ -87,20 +87,30 @@ void DescribeCensusTypes() {
   (void)Described;
 }
 
-void DeserializeRecord(std::string_view AText) {
+void DeserializeRecord(std::string_view AText, TLxSerializeFormat AFormat = ldsXML) {
   DescribeCensusTypes();
-  LxDeserialize(ldsXML, TValue::From(TCensusRecord{}), std::string(AText));
+  LxDeserialize(AFormat, TValue::From(TCensusRecord{}), std::string(AText));
 }
 
-void DeserializeHolder(std::string_view AText) {
+void DeserializeHolder(std::string_view AText, TLxSerializeFormat AFormat = ldsXML) {
   DescribeCensusTypes();
   TOwned<TCensusHolder> Holder(New<TCensusHolder>());
-  LxDeserialize(ldsXML, TValue::From(Holder.get()), std::string(AText));
+  LxDeserialize(AFormat, TValue::From(Holder.get()), std::string(AText));
 }
 
-void CreateFrom(std::string_view AText) {
+void CreateFrom(std::string_view AText, TLxSerializeFormat AFormat = ldsXML) {
   DescribeCensusTypes();
-  lorvane::Free(LxCreateFrom(ldsXML, std::string(AText)));
+  lorvane::Free(LxCreateFrom(AFormat, std::string(AText)));
+}
+
+/// A form post into a record, through the JSON deserializer's "UrlEncoded" option.
+void DeserializeFormRecord(std::string_view AText) {
+  DescribeCensusTypes();
+  TCensusRecord Record;
+  TOwned<TLxDeserializer> Reader(
+      LxCreateDeserializer(ldsJSON, &Record, TypeHandle<TCensusRecord>()));
+  Reader->SetParam(u"UrlEncoded", u"1");
+  Reader->Deserialize(std::string(AText));
 }
 
 struct HostileCase {
@@ -194,6 +204,37 @@ std::vector<HostileCase> MakeCases() {
        [] { CreateFrom("<object xsi:type=\"xsd:TCensusRecord\"/>"); }},
       {E::XMLDeserialize, F::ValueNotSupported, "markup for a nil object member",
        [] { DeserializeHolder("<object><Next nil=\"true\"><a/></Next></object>"); }},
+
+      {E::JSONDeserialize, F::JSONParseError, "a keyword misspelt",
+       [] { DeserializeRecord(R"({"Id":nul})", ldsJSON); }},
+      {E::JSONDeserialize, F::TextEnded, "an object that isn't closed",
+       [] { DeserializeRecord(R"({"Id":1)", ldsJSON); }},
+      {E::JSONDeserialize, F::NoSuchMember, "a name that is no member",
+       [] { DeserializeRecord(R"({"Nope":1})", ldsJSON); }},
+      {E::JSONDeserialize, F::ConvertError, "a number that isn't one",
+       [] { DeserializeRecord(R"({"Id":"x"})", ldsJSON); }},
+      {E::JSONDeserialize, F::NoSuchEnumName, "an enumeration name nobody described",
+       [] { DeserializeRecord(R"({"Tone":"Top"})", ldsJSON); }},
+      {E::JSONDeserialize, F::CannotCreate, "a member's class that nobody described",
+       [] { DeserializeHolder(R"({"Next":{"className":"Nothing"}})", ldsJSON); }},
+      {E::JSONDeserialize, F::UnknownType, "a class that nobody described",
+       [] { CreateFrom(R"({"className":"Nothing"})", ldsJSON); }},
+      {E::JSONDeserialize, F::NoClassName, "a new object of no class",
+       [] { CreateFrom(R"({"Id":1})", ldsJSON); }},
+      {E::JSONDeserialize, F::NoClassOfType, "a new object of a record type",
+       [] { CreateFrom(R"({"className":"TCensusRecord"})", ldsJSON); }},
+      {E::JSONDeserialize, F::ValueNotSupported, "a number for a nil object member",
+       [] { DeserializeHolder(R"({"Next":1})", ldsJSON); }},
+      {E::JSONDeserialize, F::EnumMemberExpected, "an enumeration object with another member",
+       [] { DeserializeRecord(R"({"Tone":{"value":0}})", ldsJSON); }},
+      {E::JSONDeserialize, F::RecordNotNillable, "null for a record",
+       [] { DeserializeRecord("null", ldsJSON); }},
+      {E::JSONDeserialize, F::ObjectTextExpected, "a string for a record",
+       [] { DeserializeRecord(R"("x")", ldsJSON); }},
+      {E::JSONDeserialize, F::InvalidUTF8, "a form post with half a character",
+       [] { DeserializeFormRecord("Id=%C3"); }},
+      {E::JSONDeserialize, F::BracketExpected, "a form post with a closing bracket alone",
+       [] { DeserializeFormRecord("Id]=1"); }},
   };
 }
 

@@ -43,6 +43,9 @@ enum class TFailure {
   NoClassName,          // Exception "Failed to read the ClassName from the stream!"
   NoClassOfType,        // Exception "Failed to retrieve the Class of type \"...\"!"
   ValueNotSupported,    // Exception "The value \"...\" of type \"...\" is not supported!"
+  EnumMemberExpected,   // Exception "\"The JSON Enum Deserializer expected \"asString\" or ..."
+  RecordNotNillable,    // Exception "Records are not nillable! ..."
+  ObjectTextExpected,   // Exception "Record/Object data must start with \"{\"."
   Undocumented,         // anything else
 };
 
@@ -102,6 +105,13 @@ inline TFailure Classify(const std::exception& AFailure) {
     return TFailure::NoClassOfType;
   if (M.starts_with(u"The value \"") && M.ends_with(u"\" is not supported!"))
     return TFailure::ValueNotSupported;
+  if (M.starts_with(u"\"The JSON Enum Deserializer expected \"asString\" or \"asInt\", but the "
+                    u"member \""))
+    return TFailure::EnumMemberExpected;
+  if (M.starts_with(u"Records are not nillable! "))
+    return TFailure::RecordNotNillable;
+  if (M == u"Record/Object data must start with \"{\".")
+    return TFailure::ObjectTextExpected;
   return TFailure::Undocumented;
 }
 
@@ -116,6 +126,7 @@ enum class TEntry {
   ValueConversions, // text to value: LxXMLTo<T>, the JSON date forms, StrTo<T>, Base64, code
                     // page names and numbers, the Inc... date steps
   XMLDeserialize,   // XML into objects and values: LxDeserialize, LxCreateFrom
+  JSONDeserialize,  // JSON, or a form post with "UrlEncoded", into objects and values
 };
 
 struct TEntryFailures {
@@ -157,6 +168,13 @@ inline const TEntryFailures Census[] = {
      {TFailure::ParserError, TFailure::NoSuchMember, TFailure::ConvertError,
       TFailure::NoSuchEnumName, TFailure::CannotCreate, TFailure::UnknownType,
       TFailure::NoClassName, TFailure::NoClassOfType, TFailure::ValueNotSupported}},
+    {TEntry::JSONDeserialize,
+     "JSON deserialize",
+     {TFailure::JSONParseError, TFailure::TextEnded, TFailure::NoSuchMember, TFailure::ConvertError,
+      TFailure::NoSuchEnumName, TFailure::CannotCreate, TFailure::UnknownType,
+      TFailure::NoClassName, TFailure::NoClassOfType, TFailure::ValueNotSupported,
+      TFailure::EnumMemberExpected, TFailure::RecordNotNillable, TFailure::ObjectTextExpected,
+      TFailure::InvalidUTF8, TFailure::BracketExpected}},
 };
 
 inline const TEntryFailures& FailuresOf(TEntry AEntry) {

@@ -47,7 +47,11 @@ class TLxJSONReader : public TLxObject, public ILxJSONLocator, public ILxJSONRea
   // ILxJSONReader
   IPtr<ILxJSONContentHandler> GetContentHandler() override { return FContentHandler; }
   IPtr<ILxJSONErrorHandler> GetErrorHandler() override { return FErrorHandler; }
-  void SetContentHandler(ILxJSONContentHandler* AHandler) override { FContentHandler = AHandler; }
+  /// During a parse, a handler set by a handler takes the events from the next one on (so a
+  /// consumer can hand the reader to a helper for a part of the text and take it back); setting
+  /// none leaves the events with the handler that has them. A handler replaced inside its own
+  /// event lives on until that event has returned.
+  void SetContentHandler(ILxJSONContentHandler* AHandler) override;
   void SetErrorHandler(ILxJSONErrorHandler* AHandler) override { FErrorHandler = AHandler; }
   void ParseStream(TStream* AStream, Word ACodePage,
                    const LxJSONString& APublicID = LxJSONString()) override;
@@ -73,8 +77,19 @@ protected:
   /// the start of each parse. A descendant with state of its own calls the inherited one.
   virtual void ResetParseState();
 
+  /// Makes AHandler the one the running parse delivers to, until EndDelivery; a grammar reads
+  /// FContent for each event and releases FReplacedHandlers between two events.
+  void BeginDelivery(const IPtr<ILxJSONContentHandler>& AHandler);
+  void EndDelivery() noexcept;
+
   LxJSONString FPublicID;
   IPtr<ILxJSONContentHandler> FContentHandler;
+  /// The handler the running parse delivers to (nil outside a parse), held for it; the grammars
+  /// read it through a reference for each event, so that a replacement takes the next one.
+  IPtr<ILxJSONContentHandler> FDelivering;
+  ILxJSONContentHandler* FContent = nullptr;
+  /// Handlers replaced during the parse, released between two events.
+  std::vector<IPtr<ILxJSONContentHandler>> FReplacedHandlers;
   IPtr<ILxJSONErrorHandler> FErrorHandler;
   TLxJSONTextParser* FParser = nullptr;
   bool FUnexpectedEOF = false;
@@ -88,6 +103,8 @@ private:
   /// Set by a tree's own load while its builder is the content handler: the grammar then hands
   /// it short plain tokens of UTF-8 text as the bytes they are, instead of widened text.
   TLxJSONHandler* FTreeBuilder = nullptr;
+  /// The byte road of the running parse: FTreeBuilder while it has the events, else nil.
+  TLxJSONHandler* FTreeRoad = nullptr;
 
   // Kept from parse to parse, so that their memory is allocated once: the kinds of the open
   // containers, and the texts of the token just read.
