@@ -42,9 +42,13 @@ TObject* RunForNewObject(TLxDeserializer* ADeserializer, const TLxSerializedData
   try {
     Held->Deserialize(AData);
   } catch (...) {
-    // The deserializer goes first: its end clears the new object's references to what the run
-    // made and frees; only then is the new object freed.
     auto* Made = static_cast<TObject*>(Held->GetInstance());
+    // A graph that was to keep what the run made never reaches the caller: the run's own list
+    // frees those objects, after clearing the new object's references to them; then the new
+    // object goes.
+    if (ACreatedObjects && !*ACreatedObjects)
+      if (TObjectList* List = Held->GetCreatedObjects())
+        List->SetOwnsObjects(true);
     Held.reset();
     lorvane::Free(Made);
     throw;

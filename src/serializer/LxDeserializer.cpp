@@ -286,16 +286,19 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
     if (Worker->FInstancePtr)
       Worker->DeserializeEndType();
   } catch (...) {
-    FreeStrandedObjects();
+    FreeStrandedObjects(/*ASucceeded=*/false);
     throw;
   }
+  FreeStrandedObjects(/*ASucceeded=*/true);
 }
 
-// A failed run whose list owns nothing (the graph was to keep the objects) frees what the caller
-// can't reach: the objects made for an array or record not yet written back, and for a value
-// given back only by a run that succeeds, all of them. Of those, only the ones that no other
-// stranded object refers to are freed: the graph frees the rest with them.
-void TLxDeserializer::FreeStrandedObjects() {
+// A run whose list owns nothing (the graph was to keep the objects) frees what the caller can't
+// reach: after a success, objects that the result no longer refers to (a member read twice, an
+// array shortened by a later text); after a failure, also those made for an array or record not
+// yet written back, and for a value given back only by a run that succeeds, all of them. Of those,
+// only the ones that no other stranded object refers to are freed: the graph frees the rest with
+// them.
+void TLxDeserializer::FreeStrandedObjects(bool ASucceeded) {
   TLxDeserializerObjectList* Own = OwnList();
   if (!Own || Own->GetOwnsObjects() || Own->GetCount() == 0)
     return;
@@ -304,17 +307,25 @@ void TLxDeserializer::FreeStrandedObjects() {
   const bool InPlace = FInstanceTypeInfo && FInstanceTypeInfo->GetTypeKind() == ltkClass;
   if (InPlace)
     Walk.Clean(FInstancePtr, FInstanceTypeInfo);
+  else if (ASucceeded && !FMemberValue.GetIsEmpty())
+    Walk.Clean(FMemberValue.GetReferenceToRawData(), FMemberValue.LxTypeInfo());
+  const bool Walked = InPlace || (ASucceeded && !FMemberValue.GetIsEmpty());
   std::vector<TObject*> Stranded;
   for (Integer I = 0; I < Own->GetCount(); ++I)
-    if (TObject* Made = Own->GetItems(I); !InPlace || !Walk.Reached().contains(Made))
+    if (TObject* Made = Own->GetItems(I); !Walked || !Walk.Reached().contains(Made))
       Stranded.push_back(Made);
+  if (ASucceeded && Stranded.empty())
+    return;
   std::unordered_set<TObject*> Held;
   for (TObject* Made : Stranded) {
     TReferenceCleaner From(None);
     From.Clean(Made, TLxTypes::GetTypeInfo(Made->ClassType()));
     Held.insert(From.Reached().begin(), From.Reached().end());
   }
-  Own->Clear();
+  // What stays listed is what the result reaches; the stranded objects leave the list, and those
+  // that another stranded one holds go with their holder.
+  for (TObject* Made : Stranded)
+    Own->Extract(Made);
   for (TObject* Made : Stranded)
     if (!Held.contains(Made))
       lorvane::Free(Made);

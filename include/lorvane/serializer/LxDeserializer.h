@@ -150,7 +150,7 @@ private:
   TLxDeserializerObjectList* OwnList() const noexcept;
   void StoreMemberValue();
   void FetchInstanceHelper();
-  void FreeStrandedObjects();
+  void FreeStrandedObjects(bool ASucceeded);
   TLxDeserializer* SubRoot();
 };
 
