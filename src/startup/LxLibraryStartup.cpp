@@ -2,6 +2,7 @@
 #include "lorvane/classes/LxLibraryStartup.h"
 #include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/json/LxJSONValues.h"
+#include "lorvane/uLxJSONSerializer.h"
 #include "lorvane/uLxSerializer.h"
 #include "lorvane/uLxXMLDOM.h"
 #include "lorvane/uLxXMLSerializer.h"
@@ -21,6 +22,7 @@ void RunLibraryStartup() {
   // Serialization: the framework's alias, then each format's classes.
   LxSerializerStartup();
   LxXMLSerializerStartup();
+  LxJSONSerializerStartup();
 }
 
 } // namespace lorvane
