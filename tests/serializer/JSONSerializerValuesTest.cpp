@@ -108,8 +108,7 @@ protected:
 std::string Probed(std::function<void(TLxSerializer*)> AProbe) {
   static const bool Registered = [] {
     LxDescribeClass<TJSONProbe>(u"Test.TJSONProbe");
-    LxRegisterSerializerHelper(TJSONProbe::StaticClass(), TJSONProbeHelper::StaticClass(),
-                               nullptr);
+    LxRegisterSerializerHelper(TJSONProbe::StaticClass(), TJSONProbeHelper::StaticClass(), nullptr);
     return true;
   }();
   (void)Registered;
@@ -173,8 +172,8 @@ TEST(JSONSerializerValues, WhatTheFormatClassRefuses) {
        },
        true, u"Basic types are only allowed on the Root level (For serialing basic values)"},
       {[](TLxSerializer* ASerializer) {
-         TOwned<TLxSerializer> Child(ASerializer->CreateChildSerializer(
-             nullptr, TLxTypes::GetTypeInfo<UnicodeString>()));
+         TOwned<TLxSerializer> Child(
+             ASerializer->CreateChildSerializer(nullptr, TLxTypes::GetTypeInfo<UnicodeString>()));
          Child->SerializeEndType(u"N", TLxTypes::GetTypeInfo<UnicodeString>(), -1);
        },
        true, u"Basic types are only allowed on the Root level (For serialing basic values)"},
