@@ -147,9 +147,11 @@ TLxSerializedData LxAsXML(TObject* AObject, std::u16string_view ATargetNamespace
 }
 
 TLxSerializedData LxAsJSON(TObject* AObject) {
+  // The walk writes nothing for a value without a type; JSON has a word for no object.
+  if (!AObject)
+    return TLxSerializedData("null");
   TOwned<TLxSerializer> Serializer(New<TLxJSONSerializer>());
-  Serializer->Create(AObject ? TValue::Make(&AObject, LxClassTypeHandle(AObject->ClassType()))
-                             : TValue());
+  Serializer->Create(TValue::Make(&AObject, LxClassTypeHandle(AObject->ClassType())));
   return Serializer->Serialize();
 }
 

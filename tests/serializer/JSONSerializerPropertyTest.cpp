@@ -58,7 +58,9 @@ public:
     int Mask = 0;
     for (int Bit = 0; Bit < 3; ++Bit)
       if (ANode->Tones.Contains(static_cast<TGenTone>(Bit))) {
-        ToneSet += (ToneSet.empty() ? "" : ",") + std::string(ToneNames[Bit]);
+        if (!ToneSet.empty())
+          ToneSet += ',';
+        ToneSet += ToneNames[Bit];
         Mask |= 1 << Bit;
       }
     Add(Result, "tones", Ordinal("TGenTones", "[" + ToneSet + "]", Mask));
