@@ -69,6 +69,59 @@ UnicodeString LxStripLiterals(std::u16string_view AValue) {
   return UnicodeString(AValue);
 }
 
+namespace {
+
+WideChar RaisedChar(WideChar AChar) noexcept {
+  return AChar >= u'a' && AChar <= u'z' ? static_cast<WideChar>(AChar - 32) : AChar;
+}
+WideChar LoweredChar(WideChar AChar) noexcept {
+  return AChar >= u'A' && AChar <= u'Z' ? static_cast<WideChar>(AChar + 32) : AChar;
+}
+
+} // namespace
+
+UnicodeString LxCharCase(std::u16string_view AText, Integer AMode,
+                         std::u16string_view AWordSeparators) {
+  UnicodeString Result(AText);
+  switch (AMode) {
+  case 0:
+    break;
+  case 1:
+  case 2:
+    for (WideChar& C : Result)
+      C = AMode == 1 ? LoweredChar(C) : RaisedChar(C);
+    break;
+  case 3:
+  case 4: {
+    bool WordStart = true;
+    for (WideChar& C : Result) {
+      if (AWordSeparators.find(C) != std::u16string_view::npos) {
+        WordStart = true;
+        continue;
+      }
+      if (WordStart)
+        C = RaisedChar(C);
+      else if (AMode == 3)
+        C = LoweredChar(C);
+      WordStart = false;
+    }
+    break;
+  }
+  case 5:
+  case 6:
+  case 7:
+    if (AMode == 5)
+      for (WideChar& C : Result)
+        C = LoweredChar(C);
+    if (!Result.empty())
+      Result.front() = AMode == 7 ? LoweredChar(Result.front()) : RaisedChar(Result.front());
+    break;
+  default:
+    throw EArgumentOutOfRangeException(u"LxCharCase has no mode %d", {AMode});
+  }
+  return Result;
+}
+
 UnicodeString LxLoadStringFromFile(const TFileName& AFileName, Word ACodePage) {
   if (!IsKnownCodePage(ACodePage))
     (void)CodePageName(ACodePage); // raises the platform's failure for the code page

@@ -4,6 +4,7 @@
 
 #include "lorvane/classes/LxLibraryStartup.h"
 #include "lorvane/core/LxStreams.h"
+#include "lorvane/serializer/LxJSONSerializer.h"
 #include "lorvane/serializer/LxXMLSerializer.h"
 
 namespace lorvane {
@@ -142,6 +143,15 @@ TLxSerializedData LxAsXML(TObject* AObject, std::u16string_view ATargetNamespace
     Serializer->SetParam(u"excludenamespaces", u"true");
   else if (!ATargetNamespace.empty())
     Serializer->SetParam(u"xmlns", ATargetNamespace);
+  return Serializer->Serialize();
+}
+
+TLxSerializedData LxAsJSON(TObject* AObject) {
+  // The walk writes nothing for a value without a type; JSON has a word for no object.
+  if (!AObject)
+    return TLxSerializedData("null");
+  TOwned<TLxSerializer> Serializer(New<TLxJSONSerializer>());
+  Serializer->Create(TValue::Make(&AObject, LxClassTypeHandle(AObject->ClassType())));
   return Serializer->Serialize();
 }
 

@@ -3,6 +3,7 @@
 #include "lorvane/classes/LxDocumentHooks.h"
 #include "lorvane/json/LxJSONValues.h"
 #include "lorvane/serializer/LxJSONDeserializer.h"
+#include "lorvane/uLxJSONSerializer.h"
 #include "lorvane/uLxSerializer.h"
 #include "lorvane/uLxXMLDOM.h"
 #include "lorvane/uLxXMLSerializer.h"
@@ -22,6 +23,7 @@ void RunLibraryStartup() {
   // Serialization: the framework's alias, then each format's classes.
   LxSerializerStartup();
   LxXMLSerializerStartup();
+  LxJSONSerializerStartup();
   // Last: it keeps the JSON serializer class registered before it.
   LxJSONDeserializerStartup();
 }

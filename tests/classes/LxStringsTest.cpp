@@ -34,6 +34,41 @@ TEST(LxStrings, ChoosingCuttingAndPadding) {
   EXPECT_EQ(LxPadLeft(u"ab", -2, u'0'), u"ab");
 }
 
+TEST(LxStrings, CharCaseModes) {
+  struct Case {
+    std::u16string_view Text;
+    Integer Mode;
+    std::u16string_view Separators, Expected;
+  };
+  const Case Cases[] = {
+      {u"ClassName", 7, u" ", u"className"},
+      {u"className", 7, u" ", u"className"},
+      {u"URL", 7, u" ", u"uRL"},
+      {u"string", 6, u" ", u"String"},
+      {u"TCustomer", 6, u" ", u"TCustomer"},
+      {u"", 7, u" ", u""},
+      {u"", 6, u" ", u""},
+      {u"_x", 6, u" ", u"_x"},
+      {u"été", 6, u" ", u"été"},
+      {u"ÉTÉ", 1, u" ", u"ÉtÉ"},
+      {u"MiXed 1a", 0, u" ", u"MiXed 1a"},
+      {u"MiXed 1a", 1, u" ", u"mixed 1a"},
+      {u"MiXed 1a", 2, u" ", u"MIXED 1A"},
+      {u"heLLo wORLD-foo", 3, u" ", u"Hello World-foo"},
+      {u"heLLo wORLD-foo", 3, u" -", u"Hello World-Foo"},
+      {u"heLLo  wORLD", 4, u" ", u"HeLLo  WORLD"},
+      {u" lead", 4, u" ", u" Lead"},
+      {u"heLLo wORLD", 5, u" ", u"Hello world"},
+      {u"a b", 6, u"", u"A b"},
+  };
+  for (const Case& C : Cases)
+    EXPECT_EQ(LxCharCase(C.Text, C.Mode, C.Separators), C.Expected)
+        << StringToUTF8(C.Text) << " mode " << C.Mode;
+  for (Integer Mode : {-1, 8})
+    ExpectRaises<EArgumentOutOfRangeException>([&] { LxCharCase(u"a", Mode, u" "); },
+                                               u"LxCharCase has no mode " + IntToStr(Mode));
+}
+
 TEST(LxStrings, TokenizeKeepsEmptyPartsAndTakesDelimitersWhole) {
   struct Case {
     std::u16string_view Value, Delimiter;

@@ -3,6 +3,7 @@
 ///   LxLeft, LxPadLeft  the front of a string, and a string padded in front
 ///   LxTokenize         a string cut at each occurrence of a delimiter, into a list
 ///   LxStripLiterals    a quoted literal without its quotes
+///   LxCharCase         a name with its letter case changed (JSON member names, "ArrayOf" names)
 ///   LxLoadStringFromFile  the text of a file, by its byte order mark or a code page
 ///   LxPtr2Int          an address as a number
 #pragma once
@@ -41,6 +42,21 @@ void LxTokenize(std::u16string_view AValue, TStringList* AList, std::u16string_v
 /// quote inside isn't undone, blanks aren't trimmed). Any other text, an unterminated literal
 /// too, comes back unchanged.
 UnicodeString LxStripLiterals(std::u16string_view AValue);
+
+/// AText with the letter case of ASCII letters changed (other characters never change, like
+/// UpperCase and LowerCase). A word starts at the beginning of AText and after each character of
+/// AWordSeparators; the separators stay as they are. AMode:
+///   0  unchanged                                  4  each word's first letter raised
+///   1  all lowered                                5  the first letter raised, the rest lowered
+///   2  all raised                                 6  the first letter raised, the rest unchanged
+///   3  each word's first letter raised, the       7  the first letter lowered, the rest unchanged
+///      rest of the word lowered
+/// "The first letter" is the first character of AText, whatever it is. The serializers use 7 for
+/// JSON member names ("Name" → "name") and 6 for the element's name in "ArrayOf" names
+/// ("string" → "String"). Any other mode raises EArgumentOutOfRangeException "LxCharCase has no
+/// mode %d".
+UnicodeString LxCharCase(std::u16string_view AText, Integer AMode,
+                         std::u16string_view AWordSeparators);
 
 /// The whole text of the file AFileName. A byte order mark at the start decides the encoding and
 /// is dropped: EF BB BF is UTF-8, FF FE UTF-16 little endian, FE FF UTF-16 big endian. Without a

@@ -3,7 +3,7 @@
 /// made inside is freed inside, also when an exception passes.
 ///   LxFindSerializerClass(Ex), LxCreateSerializer(Ex), LxSerialize(Ex)
 ///   LxRegisterSerializer, LxRegisterType
-///   LxObjectSerialize, LxAsXML     an object written through the entry points
+///   LxObjectSerialize, LxAsXML, LxAsJSON   an object written through the entry points
 #pragma once
 
 #include "lorvane/serializer/LxSerializer.h"
@@ -60,6 +60,8 @@ TLxSerializedData LxObjectSerialize(TObject* AObject, TLxSerializeFormat AFormat
 /// ATargetNamespace (when not empty) as the default namespace of the root.
 TLxSerializedData LxAsXML(TObject* AObject, std::u16string_view ATargetNamespace = {},
                           bool AExcludeNamespaces = false);
+/// AObject as JSON, by TLxJSONSerializer with its default options; nil gives "null".
+TLxSerializedData LxAsJSON(TObject* AObject);
 
 /// The framework's start-up registrations: the alias "StringList" of TStringList, and LxSerialize
 /// as the value serializer of the code below (SetValueSerializer). Called once by the library's

@@ -1,0 +1,265 @@
+// The JSON format class: braces and brackets, "className", member names, and the text of every
+// simple kind.
+#include "lorvane/serializer/LxJSONSerializer.h"
+
+#include "lorvane/serializer/LxSerialization.h"
+
+#include "lorvane/classes/LxStrings.h"
+#include "lorvane/classes/LxVariants.h"
+#include "lorvane/json/LxJSONStrings.h"
+#include "lorvane/xmlutils/LxXMLValues.h"
+
+namespace lorvane {
+
+namespace {
+
+constexpr std::u16string_view cBasicTypesOnRoot =
+    u"Basic types are only allowed on the Root level (For serialing basic values)";
+// The short name of the type whose text is JSON already.
+constexpr std::u16string_view cJSONStringType = u"LxJSONString";
+
+bool TimeZoneFormatNamed(std::u16string_view AName, TLxTimeZoneFormat& AFormat) {
+  static constexpr std::pair<std::u16string_view, TLxTimeZoneFormat> Names[] = {
+      {u"tzfNone", tzfNone}, {u"tzfTimezone", tzfTimezone}, {u"tzfUTC", tzfUTC}};
+  for (const auto& [Name, Format] : Names)
+    if (SameText(Name, AName)) {
+      AFormat = Format;
+      return true;
+    }
+  return false;
+}
+
+UnicodeString DateText(TLxTypeKind AKind, TDateTime AValue, TLxTimeZoneFormat AFormat) {
+  switch (AKind) {
+  case ltkDate:
+    return LxDateToXML(AValue, AFormat);
+  case ltkTime:
+    return LxTimeToXML(AValue, AFormat);
+  default:
+    return LxDateTimeToXML(AValue, AFormat);
+  }
+}
+
+UnicodeString Quoted(std::u16string_view AText) {
+  UnicodeString Result(1, u'"');
+  AppendJSONEscaped(Result, AText);
+  Result += u'"';
+  return Result;
+}
+
+bool IsJSONStringType(const TLxTypeInfo* AType) noexcept {
+  return AType && AType->GetName() == cJSONStringType;
+}
+
+} // namespace
+
+bool TLxJSONSerializer::IsInterfaceInRecord(const TLxTypeInfo* ATypeInfo) const noexcept {
+  const TLxTypeInfo* ParentType = FParent ? FParent->GetInstanceTypeInfo() : nullptr;
+  return ATypeInfo && ATypeInfo->GetTypeKind() == ltkInterface && ParentType &&
+         ParentType->GetTypeKind() == ltkRecord;
+}
+
+void TLxJSONSerializer::SerializeName(std::u16string_view AMemberName, TLxSerializerMemberType,
+                                      TLxTypeKind, TLxTypeKind) {
+  // Names come from descriptions and shoName hints: escaped, so that any hint stays valid JSON.
+  Write(FPrefix + Quoted(LxCharCase(AMemberName, 7, u" ")) + u":");
+  FPrefix = u",";
+}
+
+void TLxJSONSerializer::SerializeStartType(std::u16string_view AMemberName,
+                                           const TLxTypeInfo* ATypeInfo, Integer AIdx) {
+  if (IsInterfaceInRecord(ATypeInfo))
+    return;
+  const TLxTypeKind Kind = ATypeInfo ? ATypeInfo->GetTypeKind() : ltkUnknown;
+  if (LxIsArrayKind(Kind) && AMemberName.empty()) {
+    Write(u"[");
+    return;
+  }
+  if (!LxIsComplexKind(Kind)) {
+    if (FParent)
+      RaiseAssertionFailed(cBasicTypesOnRoot);
+    return;
+  }
+  if (LxIsArrayKind(Kind)) {
+    Write(u"[");
+    FPrefix.clear();
+    return;
+  }
+  UnicodeString Text;
+  if (!AMemberName.empty())
+    Text = AIdx < 1 ? FPrefix : UnicodeString(u",");
+  Text += u"{\"className\":" + Quoted(ATypeInfo->SchemaName(u""));
+  Write(Text);
+  FPrefix = u",";
+}
+
+void TLxJSONSerializer::SerializeEndType(std::u16string_view, const TLxTypeInfo* ATypeInfo,
+                                         Integer) {
+  if (IsInterfaceInRecord(ATypeInfo))
+    return;
+  const TLxTypeKind Kind = ATypeInfo ? ATypeInfo->GetTypeKind() : ltkUnknown;
+  if (!LxIsComplexKind(Kind)) {
+    if (FParent)
+      RaiseAssertionFailed(cBasicTypesOnRoot);
+    return;
+  }
+  Write(LxIsArrayKind(Kind) ? u"]" : u"}");
+  FPrefix = u",";
+}
+
+void TLxJSONSerializer::SerializeValue(std::u16string_view AMemberName,
+                                       const TLxTypeInfo* AMemberTypeInfo, const TValue& AValue,
+                                       Integer AIdx,
+                                       const std::vector<TCustomAttribute*>* AAttribs) {
+  const TLxTypeInfo* Declared = AMemberTypeInfo ? AMemberTypeInfo : AValue.LxTypeInfo();
+  UnicodeString Text = AIdx > 0 ? u"," : u"";
+  if (!Declared)
+    Text += u"null"; // a value without a type is a missing one
+  else if (Declared->GetTypeKind() == ltkVariant && !AValue.IsNull()) {
+    // What a Variant holds goes out as a value of its own type; the comma is written above.
+    const TLxTypeInfo* Held = AValue.LxTypeInfo();
+    TValue Inner = AValue;
+    if (Held->GetTypeKind() == ltkVariant) {
+      Inner = TValue::FromVariant(AValue.AsVariant());
+      Held = Inner.LxTypeInfo();
+    }
+    if (!Held || Held->GetTypeKind() == ltkVariant)
+      // Variant arrays: no type of their own to write them as.
+      throw Exception(u"Unsupported TypeKind detected!");
+    Write(Text);
+    SerializeValue(AMemberName, Held, Inner, -1, AAttribs);
+    return;
+  } else
+    Text += ValueText(Declared, AValue, AAttribs);
+  Write(Text);
+  FPrefix = u",";
+}
+
+UnicodeString TLxJSONSerializer::ValueText(const TLxTypeInfo* ADeclared, const TValue& AValue,
+                                           const std::vector<TCustomAttribute*>* AAttribs) {
+  const TLxTypeKind Kind = ADeclared->GetTypeKind();
+  const bool Empty = AValue.GetIsEmpty();
+  switch (Kind) {
+  case ltkEnumeration:
+  case ltkSet:
+    return OrdinalObject(ADeclared, AValue);
+  case ltkArray:
+  case ltkDynArray:
+    if (Empty)
+      return u"[]";
+    throw Exception(u"JSON Arrays must be serialized by a ChildSerializer!");
+  case ltkRecord:
+  case ltkClass:
+  case ltkInterface:
+  case ltkPointer:
+  case ltkClassRef: {
+    const TLxMainTypeKind Main = AValue.MainTypeKind();
+    if (Main == lmkInteger || Main == lmkString) {
+      if (AValue.IsNull())
+        return u"null";
+      if (Main == lmkInteger)
+        return IntToStr(AValue.ToInt64());
+      if (IsJSONStringType(AValue.LxTypeInfo()))
+        return AValue.ToWideString();
+      return Quoted(AValue.ToWideString());
+    }
+    if (AValue.IsNull())
+      return u"{}";
+    throw Exception(u"JSON Ojbects must be serialized by a ChildSerializer!");
+  }
+  case ltkVariant:
+    return u"null"; // IsNull: the others went through SerializeValue again
+  default:
+    break;
+  }
+
+  const bool IsNumberOrText = (Kind >= ltkByte && Kind <= ltkExtended) || LxIsTextKind(Kind) ||
+                              Kind == ltkBoolean || Kind == ltkDate || Kind == ltkTime ||
+                              Kind == ltkDateTime;
+  if (!IsNumberOrText) {
+    if (IsJSONStringType(AValue.LxTypeInfo()))
+      return AValue.ToString();
+    throw Exception(u"Unsupported TypeKind detected!");
+  }
+  if (Empty)
+    return u"null";
+  switch (Kind) {
+  case ltkByte:
+    return LxByteToXML(AValue.ToByte());
+  case ltkWord:
+    return LxWordToXML(AValue.ToWord());
+  case ltkLongWord:
+    return LxLongWordToXML(AValue.ToLongWord());
+  case ltkUInt64:
+    return LxUInt64ToXML(AValue.ToUInt64());
+  case ltkShortInt:
+    return LxShortIntToXML(AValue.ToShortInt());
+  case ltkSmallInt:
+    return LxSmallIntToXML(AValue.ToSmallInt());
+  case ltkInteger:
+    return LxLongIntToXML(AValue.ToInteger());
+  case ltkInt64:
+    return LxInt64ToXML(AValue.ToInt64());
+  case ltkSingle:
+  case ltkDouble:
+    return LxDoubleToXML(AValue.ToDouble());
+  case ltkExtended:
+    return LxExtToXML(AValue.ToExtended());
+  case ltkBoolean:
+    return AValue.ToBoolean() ? u"true" : u"false";
+  case ltkDate:
+  case ltkTime:
+  case ltkDateTime: {
+    if (AValue.MainTypeKind() == lmkString)
+      return Quoted(AValue.ToString());
+    const TDateTime Moment(AValue.ToDouble());
+    const UnicodeString& DeclaredName = ADeclared->GetName();
+    if (DeclaredName == u"TLxUTCDate" || DeclaredName == u"TLxUTCTime" ||
+        DeclaredName == u"TLxUTCDateTime")
+      return u"\"" + DateText(Kind, Moment, tzfNone) + u"Z\"";
+    TLxTimeZoneFormat Format = tzfNone;
+    if (AAttribs)
+      for (TCustomAttribute* Attribute : *AAttribs)
+        if (Attribute->InheritsFrom(SerializerHint::StaticClass()) &&
+            static_cast<SerializerHint*>(Attribute)->GetOption() == shoTimezoneFormat) {
+          TimeZoneFormatNamed(static_cast<SerializerHint*>(Attribute)->GetValue(), Format);
+          break;
+        }
+    return u"\"" + DateText(Kind, Moment, Format) + u"\"";
+  }
+  default: // the text kinds
+    if (IsJSONStringType(ADeclared))
+      return u"\"" + AValue.ToWideString() + u"\"";
+    return Quoted(AValue.ToWideString());
+  }
+}
+
+UnicodeString TLxJSONSerializer::OrdinalObject(const TLxTypeInfo* ADeclared, const TValue& AValue) {
+  const TLxTypeDescription& Description = *ADeclared->GetDescription();
+  const bool Empty = AValue.GetIsEmpty();
+  UnicodeString Text;
+  if (ADeclared->GetTypeKind() == ltkEnumeration) {
+    if (Empty)
+      Text = Description.GetEnumName(0);
+    else if (AValue.TypeKind() == ltkEnumeration)
+      Text = AValue.ToString();
+    else if (AValue.MainTypeKind() == lmkInteger)
+      Text = Description.GetEnumName(AValue.ToInt64());
+    else
+      Text = AValue.ToString();
+  } else if (!Empty)
+    Text = AValue.ToString();
+  if (const SerializerHint* Prefix = Description.FindHint(shoEnumPrefix))
+    Text.erase(0, std::min(Text.size(), Prefix->GetValue().size()));
+  if (ADeclared->GetTypeKind() == ltkSet && (Text.empty() || Text.front() != u'['))
+    Text = u"[" + Text + u"]";
+  return u"{\"className\":" + Quoted(ADeclared->SchemaName(u"")) + u",\"asString\":" +
+         Quoted(Text) + u",\"asInt\":" + IntToStr(Empty ? Int64(0) : AValue.ToInt64()) + u"}";
+}
+
+void LxJSONSerializerStartup() {
+  // The deserializer is left nil until the JSON reading side registers itself.
+  LxRegisterSerializer(ldsJSON, TLxTypeHandle(nullptr), TLxJSONSerializer::StaticClass(), nullptr);
+}
+
+} // namespace lorvane
