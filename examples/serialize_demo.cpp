@@ -1,8 +1,10 @@
-// Writes a customer of the shop model as XML, reads the text back into a new customer, and shows
-// that the two are equal.
+// Writes a customer of the shop model as XML and as JSON, reads each text back into a new
+// customer, and shows that each is equal to the first.
 #include "ShopModel.h"
 
+#include <lorvane/uLxJSONSerializer.h>
 #include <lorvane/uLxSerializer.h>
+#include <lorvane/uLxXMLSerializer.h>
 
 #include <iostream>
 
@@ -37,7 +39,16 @@ int main() {
               << StringToUTF8(Copy->Address.City) << ", " << Copy->Orders.size() << " orders, "
               << StringToUTF8(TValue::From(Copy->Channels).ToString()) << '\n';
     std::cout << "the two customers are "
-              << (LxAsXML(Copy, u"urn:shop") == XML ? "equal" : "different") << '\n';
+              << (LxAsXML(Copy, u"urn:shop") == XML ? "equal" : "different") << "\n\n";
+
+    // The same customer as JSON, its class in the first member "className", and back.
+    const TLxSerializedData JSON = LxAsJSON(Customer.get());
+    std::cout << JSON << "\n\n";
+    TObjectList* KeptByTheJSONCustomer = nullptr;
+    TOwned<TObject> FromJSON(LxCreateFrom(ldsJSON, JSON, &KeptByTheJSONCustomer));
+    std::cout << "the customer read from JSON is "
+              << (LxAsXML(FromJSON.get(), u"urn:shop") == XML ? "equal" : "different")
+              << " to the first\n";
   } catch (const Exception& E) {
     std::cerr << "failed: " << E.what() << '\n';
     return 1;
