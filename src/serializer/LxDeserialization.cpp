@@ -1,31 +1,23 @@
 // The entry points of deserialization.
 #include "lorvane/serializer/LxDeserialization.h"
 
-#include "lorvane/classes/LxLibraryStartup.h"
+#include "serializer/RegisteredClasses.h"
+
 #include "lorvane/core/LxStreams.h"
 
 namespace lorvane {
 
 namespace {
 
-UnicodeString FormatName(TLxSerializeFormat AFormat) {
-  return AFormat < LxDataSerializationFormatType.size()
-             ? UnicodeString(LxDataSerializationFormatType[AFormat])
-             : IntToStr(AFormat);
-}
+using registered::FormatName;
 
 TLxDeserializerClass DeserializerClassFor(TLxSerializeFormat AFormat,
                                           const TLxTypeInfo* ATypeInfo) {
-  EnsureLibraryStarted();
-  const TLxRegisteredSerializers* Found = TLxTypes::FindSerializers(ATypeInfo, AFormat);
-  return Found ? Found->DeserializerClass : nullptr;
+  return registered::ClassFor(AFormat, ATypeInfo, /*ASerializer=*/false);
 }
 
 TOwned<TLxDeserializer> MakeDeserializer(TLxDeserializerClass AClass) {
-  if (!AClass || !TObject::ClassInheritsFrom(AClass, TLxDeserializer::StaticClass()) ||
-      !AClass->CreateDefault)
-    return nullptr;
-  return TOwned<TLxDeserializer>(static_cast<TLxDeserializer*>(AClass->CreateDefault()));
+  return registered::Make<TLxDeserializer>(AClass);
 }
 
 TOwned<TLxStringStream> StreamOf(const TLxSerializedData& AData) {

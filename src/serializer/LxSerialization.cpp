@@ -2,7 +2,8 @@
 // values, and the registrations.
 #include "lorvane/serializer/LxSerialization.h"
 
-#include "lorvane/classes/LxLibraryStartup.h"
+#include "serializer/RegisteredClasses.h"
+
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/serializer/LxJSONSerializer.h"
 #include "lorvane/serializer/LxXMLSerializer.h"
@@ -11,24 +12,14 @@ namespace lorvane {
 
 namespace {
 
-UnicodeString FormatName(TLxSerializeFormat AFormat) {
-  return AFormat < LxDataSerializationFormatType.size()
-             ? UnicodeString(LxDataSerializationFormatType[AFormat])
-             : IntToStr(AFormat);
-}
-
-/// A serializer of AClass, not yet initialized; nil when AClass can't make one.
-TOwned<TLxSerializer> MakeSerializer(TLxSerializerClass AClass) {
-  if (!AClass || !TObject::ClassInheritsFrom(AClass, TLxSerializer::StaticClass()) ||
-      !AClass->CreateDefault)
-    return nullptr;
-  return TOwned<TLxSerializer>(static_cast<TLxSerializer*>(AClass->CreateDefault()));
-}
+using registered::FormatName;
 
 TLxSerializerClass SerializerClassFor(TLxSerializeFormat AFormat, const TLxTypeInfo* ATypeInfo) {
-  EnsureLibraryStarted();
-  const TLxRegisteredSerializers* Found = TLxTypes::FindSerializers(ATypeInfo, AFormat);
-  return Found ? Found->SerializerClass : nullptr;
+  return registered::ClassFor(AFormat, ATypeInfo, /*ASerializer=*/true);
+}
+
+TOwned<TLxSerializer> MakeSerializer(TLxSerializerClass AClass) {
+  return registered::Make<TLxSerializer>(AClass);
 }
 
 } // namespace
