@@ -26,6 +26,9 @@ struct TFzPair {
   std::vector<Integer> C;
 };
 
+/// Whether nodes free what they point at; off while a caller's list owns every object a run makes.
+bool GNodesOwnWhatTheyPointAt = true;
+
 class TFzNode : public TPersistent {
   LX_CLASS(TFzNode, TPersistent)
   TFzNode() = default;
@@ -52,6 +55,8 @@ class TFzNode : public TPersistent {
 
 protected:
   ~TFzNode() override {
+    if (!GNodesOwnWhatTheyPointAt)
+      return;
     lorvane::Free(Next);
     for (TFzNode* Child : Children)
       lorvane::Free(Child);
@@ -131,11 +136,14 @@ void ReadAll(const std::string& AText, uint8_t AChoice) {
     Read([&] { LxDeserialize(ldsJSON, TValue::From(Node.get()), AText, &GraphKeeps); });
     break;
   }
-  case 2: { // a link that owns nothing, into a list of the caller
+  case 2: { // a link that owns nothing, into a list of the caller that owns every object made
+    GNodesOwnWhatTheyPointAt = false;
     TOwned<TFzLink> Link(New<TFzLink>());
     TOwned<TObjectList> Mine(New<TObjectList>(true));
     TObjectList* List = Mine.get();
     Read([&] { LxDeserialize(ldsJSON, TValue::From(Link.get()), AText, &List); });
+    Mine.reset();
+    GNodesOwnWhatTheyPointAt = true;
     break;
   }
   case 3: { // a new object of the class the text names
