@@ -187,7 +187,11 @@ TDateTime TLxJSONDeserializer::ValueToDateTime(std::u16string_view AValue) {
 bool TLxJSONDeserializer::ValueToBool(std::u16string_view AValue) { return LxXMLToBool(AValue); }
 Variant TLxJSONDeserializer::ValueToVar(std::u16string_view AValue,
                                         std::u16string_view AQualifiedTypeName) {
-  return LxXMLToVariant(AValue, TLxTypes::GetVarType(AQualifiedTypeName, ltnQualified, 13));
+  const TVarType Code = TLxTypes::GetVarType(AQualifiedTypeName, ltnQualified, 13);
+  // A JSON string is JSON text: its escapes are decoded as the string member's are.
+  if (Code == varUString || Code == varOleStr)
+    return Variant(ValueToStr(AValue));
+  return LxXMLToVariant(AValue, Code);
 }
 
 TValue TLxJSONDeserializer::ValueToVal(std::u16string_view AValue,
@@ -354,9 +358,10 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
     DeserializeValue(u"", FMemberName, AValue, u"System.string");
     return;
   case jdtNumber:
+    // A number with a fraction or an exponent is a float.
     DeserializeValue(u"", FMemberName, AValue,
-                     AValue.find(u'.') != LxJSONString::npos ? u"System.Extended"
-                                                             : u"System.Int64");
+                     AValue.find_first_of(u".eE") != LxJSONString::npos ? u"System.Extended"
+                                                                         : u"System.Int64");
     return;
   case jdtBoolean:
     DeserializeValue(u"", FMemberName, AValue, u"System.Boolean");

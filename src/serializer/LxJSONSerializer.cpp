@@ -2,6 +2,8 @@
 // simple kind.
 #include "lorvane/serializer/LxJSONSerializer.h"
 
+#include "serializer/OrdinalText.h"
+
 #include "lorvane/serializer/LxSerialization.h"
 
 #include "lorvane/classes/LxStrings.h"
@@ -249,8 +251,15 @@ UnicodeString TLxJSONSerializer::OrdinalObject(const TLxTypeInfo* ADeclared, con
       Text = AValue.ToString();
   } else if (!Empty)
     Text = AValue.ToString();
-  if (const SerializerHint* Prefix = Description.FindHint(shoEnumPrefix))
-    Text.erase(0, std::min(Text.size(), Prefix->GetValue().size()));
+  if (ADeclared->GetTypeKind() == ltkEnumeration) {
+    if (const SerializerHint* Prefix = Description.FindHint(shoEnumPrefix))
+      Text.erase(0, std::min(Text.size(), Prefix->GetValue().size()));
+  } else if (const TLxTypeInfo* Element = Description.ElementType()) {
+    // A set's names carry its element's prefix, which comes off each of them, as in XML: the
+    // reader puts it back on each name.
+    if (const SerializerHint* Prefix = Element->GetDescription()->FindHint(shoEnumPrefix))
+      Text = ordinaltext::WithoutPrefixes(Text, Prefix->GetValue());
+  }
   if (ADeclared->GetTypeKind() == ltkSet && (Text.empty() || Text.front() != u'['))
     Text = u"[" + Text + u"]";
   return u"{\"className\":" + Quoted(ADeclared->SchemaName(u"")) + u",\"asString\":" +

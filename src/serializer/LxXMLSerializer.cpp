@@ -2,6 +2,8 @@
 // simple kind.
 #include "lorvane/serializer/LxXMLSerializer.h"
 
+#include "serializer/OrdinalText.h"
+
 #include "lorvane/serializer/LxSerialization.h"
 #include "lorvane/serializer/LxXMLDeserializer.h"
 
@@ -46,24 +48,6 @@ UnicodeString DateText(TLxTypeKind AKind, TDateTime AValue, TLxTimeZoneFormat AF
   default:
     return LxDateTimeToXML(AValue, AFormat);
   }
-}
-
-/// "[clRed,clBlue]" without its brackets and with APrefix cut from each name.
-UnicodeString WithoutPrefixes(std::u16string_view ASetText, std::u16string_view APrefix) {
-  if (ASetText.size() >= 2 && ASetText.front() == u'[' && ASetText.back() == u']')
-    ASetText = ASetText.substr(1, ASetText.size() - 2);
-  UnicodeString Result;
-  for (bool First = true; First || !ASetText.empty(); First = false) {
-    const auto Comma = ASetText.find(u',');
-    std::u16string_view Name = ASetText.substr(0, Comma);
-    if (Name.size() >= APrefix.size() && SameText(Name.substr(0, APrefix.size()), APrefix))
-      Name.remove_prefix(APrefix.size());
-    if (!First)
-      Result += u',';
-    Result += Name;
-    ASetText.remove_prefix(Comma == std::u16string_view::npos ? ASetText.size() : Comma + 1);
-  }
-  return Result;
 }
 
 } // namespace
@@ -262,7 +246,7 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
     const TLxTypeInfo* Element = AType->GetDescription()->ElementType();
     if (const SerializerHint* Prefix =
             Element ? Element->GetDescription()->FindHint(shoEnumPrefix) : nullptr)
-      Text = WithoutPrefixes(Text, Prefix->GetValue());
+      Text = ordinaltext::WithoutPrefixes(Text, Prefix->GetValue());
     if (ADeclared->GetTypeKind() == ltkSet && (Text.empty() || Text.front() != u'['))
       Text = u"[" + Text + u"]";
     return LxStrToXML(Text, true, true);

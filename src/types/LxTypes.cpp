@@ -191,6 +191,11 @@ private:
                                       TypeHandle<std::vector<TValue>>()};
     for (TLxTypeHandle Handle : BuiltIns)
       InfoOf(Handle);
+    // Extended is Double in this library: the names that documents and serializers use for it
+    // find Double.
+    const TLxTypeInfo* Extended = InfoOf(TypeHandle<Double>());
+    Enter(ltnName, u"Extended", Extended);
+    Enter(ltnQualified, u"System.Extended", Extended);
   }
 
   static void DescribeClassShape(TLxTypeDescription& ADescription, TClass AClass) {

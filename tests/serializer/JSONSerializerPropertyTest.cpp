@@ -42,7 +42,6 @@ public:
 
   TJson Object(const TGenNode* ANode, std::vector<const TGenNode*>& AInside) {
     static const char* const Tones[] = {"Soft", "Loud", "Sharp"};
-    static const char* const ToneNames[] = {"gtSoft", "gtLoud", "gtSharp"};
     AInside.push_back(ANode);
     TJson Result = Head("TGenNode");
     Add(Result, "name", Text(ANode->Name));
@@ -51,7 +50,7 @@ public:
         ANode->Ratio == std::trunc(ANode->Ratio) ? TJson(static_cast<int>(ANode->Ratio))
                                                  : TJson(ANode->Ratio));
     Add(Result, "flag", TJson(ANode->Flag));
-    // The enumeration's prefix hint cuts its name; the set type has no hint of its own.
+    // The enumeration's prefix hint cuts its name, and each name of a set of it.
     const int Tone = static_cast<int>(ANode->Tone);
     Add(Result, "tone", Ordinal("TGenTone", Tones[Tone], Tone));
     std::string ToneSet;
@@ -60,7 +59,7 @@ public:
       if (ANode->Tones.Contains(static_cast<TGenTone>(Bit))) {
         if (!ToneSet.empty())
           ToneSet += ',';
-        ToneSet += ToneNames[Bit];
+        ToneSet += Tones[Bit];
         Mask |= 1 << Bit;
       }
     Add(Result, "tones", Ordinal("TGenTones", "[" + ToneSet + "]", Mask));

@@ -68,7 +68,7 @@ TEST(JSONSerializerValues, EveryKindsText) {
       {TValue::From(TShade::shDeep),
        "{\"className\":\"TShade\",\"asString\":\"Deep\",\"asInt\":2}"},
       {TValue::From(TShades{TShade::shLight, TShade::shDeep}),
-       "{\"className\":\"TShades\",\"asString\":\"[shLight,shDeep]\",\"asInt\":5}"},
+       "{\"className\":\"TShades\",\"asString\":\"[Light,Deep]\",\"asInt\":5}"},
       {TValue::From(TShades{}), "{\"className\":\"TShades\",\"asString\":\"[]\",\"asInt\":0}"},
       // A Variant goes out as what it holds.
       {TValue::From(Variant(42)), "42"},
