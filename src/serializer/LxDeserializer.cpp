@@ -144,6 +144,9 @@ TLxDeserializerObjectList* TLxDeserializer::OwnList() const noexcept {
 }
 
 TLxDeserializer::~TLxDeserializer() {
+  // Children go first: they share this deserializer's list.
+  for (TLxDeserializer* Child : FUnownedChildren)
+    lorvane::Free(Child);
   if (TLxDeserializerObjectList* Own = OwnList();
       Own && Own->GetOwnsObjects() && Own->GetCount() > 0) {
     std::unordered_set<TObject*> Doomed;
@@ -158,8 +161,6 @@ TLxDeserializer::~TLxDeserializer() {
   }
   lorvane::Free(OwnList());
   lorvane::Free(FCHelper);
-  for (TLxDeserializer* Child : FUnownedChildren)
-    lorvane::Free(Child);
 }
 
 // --- creation ------------------------------------------------------------------------------------
@@ -627,9 +628,13 @@ void TLxDeserializer::DeserializeStartType() {
 // The member value goes where the member lives: into the parent's array, the field, or the
 // property.
 void TLxDeserializer::StoreMemberValue() {
-  if (IsArraySerializer())
+  if (IsArraySerializer()) {
+    // A forgiving reader may hand an array a value before any element began.
+    if (FArrIdx < 0)
+      throw ELxSerializeException(u"A value of the array %s came before its first element!",
+                                  {FInstanceTypeInfo->GetQualifiedName()});
     AsDeserializer(FParent)->FMemberValue.SetArrayElement(FArrIdx, FMemberValue);
-  else if (FMemberField)
+  } else if (FMemberField)
     FMemberField->SetValue(FInstancePtr, FMemberValue);
   else if (FMemberProp)
     FMemberProp->SetValue(FInstancePtr, FMemberValue);
@@ -764,9 +769,9 @@ void TLxDeserializer::DeserializeEndType() {
     const TLxTypeKind ElementKind =
         Parent->FMemberTypeInfo ? Parent->FMemberTypeInfo->GetTypeKind() : ltkUnknown;
     if (LxIsArrayKind(ElementKind) || ElementKind == ltkRecord) {
-      if (TLxDeserializer* Owner = AsDeserializer(Parent->FParent))
+      if (TLxDeserializer* Owner = AsDeserializer(Parent->FParent); Owner && Owner->FArrIdx >= 0)
         Owner->FMemberValue.SetArrayElement(Owner->FArrIdx, Parent->FMemberValue);
-    } else if (ElementKind != ltkClass) {
+    } else if (ElementKind != ltkClass && FArrIdx >= 0) {
       Parent->FMemberValue.SetArrayElement(FArrIdx, FMemberValue);
     }
     return;
