@@ -2,7 +2,7 @@
 // simple kind.
 #include "lorvane/serializer/LxJSONSerializer.h"
 
-#include "serializer/OrdinalText.h"
+#include "serializer/ValueTexts.h"
 
 #include "lorvane/serializer/LxSerialization.h"
 
@@ -19,28 +19,6 @@ constexpr std::u16string_view cBasicTypesOnRoot =
     u"Basic types are only allowed on the Root level (For serialing basic values)";
 // The short name of the type whose text is JSON already.
 constexpr std::u16string_view cJSONStringType = u"LxJSONString";
-
-bool TimeZoneFormatNamed(std::u16string_view AName, TLxTimeZoneFormat& AFormat) {
-  static constexpr std::pair<std::u16string_view, TLxTimeZoneFormat> Names[] = {
-      {u"tzfNone", tzfNone}, {u"tzfTimezone", tzfTimezone}, {u"tzfUTC", tzfUTC}};
-  for (const auto& [Name, Format] : Names)
-    if (SameText(Name, AName)) {
-      AFormat = Format;
-      return true;
-    }
-  return false;
-}
-
-UnicodeString DateText(TLxTypeKind AKind, TDateTime AValue, TLxTimeZoneFormat AFormat) {
-  switch (AKind) {
-  case ltkDate:
-    return LxDateToXML(AValue, AFormat);
-  case ltkTime:
-    return LxTimeToXML(AValue, AFormat);
-  default:
-    return LxDateTimeToXML(AValue, AFormat);
-  }
-}
 
 UnicodeString Quoted(std::u16string_view AText) {
   UnicodeString Result(1, u'"');
@@ -214,20 +192,8 @@ UnicodeString TLxJSONSerializer::ValueText(const TLxTypeInfo* ADeclared, const T
   case ltkDateTime: {
     if (AValue.MainTypeKind() == lmkString)
       return Quoted(AValue.ToString());
-    const TDateTime Moment(AValue.ToDouble());
-    const UnicodeString& DeclaredName = ADeclared->GetName();
-    if (DeclaredName == u"TLxUTCDate" || DeclaredName == u"TLxUTCTime" ||
-        DeclaredName == u"TLxUTCDateTime")
-      return u"\"" + DateText(Kind, Moment, tzfNone) + u"Z\"";
-    TLxTimeZoneFormat Format = tzfNone;
-    if (AAttribs)
-      for (TCustomAttribute* Attribute : *AAttribs)
-        if (Attribute->InheritsFrom(SerializerHint::StaticClass()) &&
-            static_cast<SerializerHint*>(Attribute)->GetOption() == shoTimezoneFormat) {
-          TimeZoneFormatNamed(static_cast<SerializerHint*>(Attribute)->GetValue(), Format);
-          break;
-        }
-    return u"\"" + DateText(Kind, Moment, Format) + u"\"";
+    return u"\"" + valuetext::MomentText(ADeclared, Kind, TDateTime(AValue.ToDouble()), AAttribs) +
+           u"\"";
   }
   default: // the text kinds
     if (IsJSONStringType(ADeclared))
@@ -258,7 +224,7 @@ UnicodeString TLxJSONSerializer::OrdinalObject(const TLxTypeInfo* ADeclared, con
     // A set's names carry its element's prefix, which comes off each of them, as in XML: the
     // reader puts it back on each name.
     if (const SerializerHint* Prefix = Element->GetDescription()->FindHint(shoEnumPrefix))
-      Text = ordinaltext::WithoutPrefixes(Text, Prefix->GetValue());
+      Text = valuetext::WithoutPrefixes(Text, Prefix->GetValue());
   }
   if (ADeclared->GetTypeKind() == ltkSet && (Text.empty() || Text.front() != u'['))
     Text = u"[" + Text + u"]";

@@ -2,7 +2,7 @@
 // simple kind.
 #include "lorvane/serializer/LxXMLSerializer.h"
 
-#include "serializer/OrdinalText.h"
+#include "serializer/ValueTexts.h"
 
 #include "lorvane/serializer/LxSerialization.h"
 #include "lorvane/serializer/LxXMLDeserializer.h"
@@ -26,28 +26,6 @@ constexpr std::u16string_view cBasicTypesOnRoot =
 /// extension.
 UnicodeString ProgramNamespace() {
   return u"urn:" + ChangeFileExt(ExtractFileName(ProgramFileName()), u"");
-}
-
-bool TimeZoneFormatNamed(std::u16string_view AName, TLxTimeZoneFormat& AFormat) {
-  static constexpr std::pair<std::u16string_view, TLxTimeZoneFormat> Names[] = {
-      {u"tzfNone", tzfNone}, {u"tzfTimezone", tzfTimezone}, {u"tzfUTC", tzfUTC}};
-  for (const auto& [Name, Format] : Names)
-    if (SameText(Name, AName)) {
-      AFormat = Format;
-      return true;
-    }
-  return false;
-}
-
-UnicodeString DateText(TLxTypeKind AKind, TDateTime AValue, TLxTimeZoneFormat AFormat) {
-  switch (AKind) {
-  case ltkDate:
-    return LxDateToXML(AValue, AFormat);
-  case ltkTime:
-    return LxTimeToXML(AValue, AFormat);
-  default:
-    return LxDateTimeToXML(AValue, AFormat);
-  }
 }
 
 } // namespace
@@ -246,7 +224,7 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
     const TLxTypeInfo* Element = AType->GetDescription()->ElementType();
     if (const SerializerHint* Prefix =
             Element ? Element->GetDescription()->FindHint(shoEnumPrefix) : nullptr)
-      Text = ordinaltext::WithoutPrefixes(Text, Prefix->GetValue());
+      Text = valuetext::WithoutPrefixes(Text, Prefix->GetValue());
     if (ADeclared->GetTypeKind() == ltkSet && (Text.empty() || Text.front() != u'['))
       Text = u"[" + Text + u"]";
     return LxStrToXML(Text, true, true);
@@ -256,23 +234,7 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
   case ltkDateTime: {
     if (AValue.MainTypeKind() == lmkString)
       return AValue.ToString();
-    const TDateTime Moment(AValue.ToDouble());
-    const UnicodeString& DeclaredName = ADeclared->GetName();
-    if (DeclaredName == u"TLxUTCDate" || DeclaredName == u"TLxUTCTime" ||
-        DeclaredName == u"TLxUTCDateTime")
-      return DateText(Kind, Moment, tzfNone) + u"Z";
-    const SerializerHint* Zone = nullptr;
-    TLxTimeZoneFormat Format = tzfNone;
-    if (AAttribs)
-      for (TCustomAttribute* Attribute : *AAttribs)
-        if (Attribute->InheritsFrom(SerializerHint::StaticClass()) &&
-            static_cast<SerializerHint*>(Attribute)->GetOption() == shoTimezoneFormat) {
-          Zone = static_cast<SerializerHint*>(Attribute);
-          break;
-        }
-    if (Zone)
-      TimeZoneFormatNamed(Zone->GetValue(), Format);
-    return DateText(Kind, Moment, Format);
+    return valuetext::MomentText(ADeclared, Kind, TDateTime(AValue.ToDouble()), AAttribs);
   }
   case ltkArray:
   case ltkDynArray:
