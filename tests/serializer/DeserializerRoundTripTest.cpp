@@ -439,7 +439,7 @@ protected:
 
 /// Graphs written in AFormat, read back, written again: the same text and an equal graph.
 void RoundTrip(TLxSerializeFormat AFormat) {
-  constexpr unsigned cGraphs = 10000;
+  constexpr unsigned cGraphs = LORVANE_PROPERTY_GRAPHS;
   unsigned Failures = 0;
   const unsigned From = std::getenv("RT_SEED") ? unsigned(std::atoi(std::getenv("RT_SEED"))) : 1;
   for (unsigned Seed = From; Seed <= cGraphs && Failures < 5; ++Seed) {
@@ -484,7 +484,7 @@ TEST_F(DeserializerRoundTrip, RandomGraphsReadBackFromJSONEqualAndWriteTheSameTe
 
 // The same graph written as XML and as JSON reads back into equal graphs.
 TEST_F(DeserializerRoundTrip, XMLAndJSONOfAGraphReadBackEqual) {
-  for (unsigned Seed = 1; Seed <= 2000; ++Seed) {
+  for (unsigned Seed = 1; Seed <= LORVANE_PROPERTY_GRAPHS / 5; ++Seed) {
     TGraphMaker Maker(Seed);
     TOwned<TRtNode> Original(Maker.Node(0));
     TOwned<TRtNode> FromXML(

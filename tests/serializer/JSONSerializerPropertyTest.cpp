@@ -130,7 +130,7 @@ protected:
 };
 
 TEST_F(JSONSerializerProperty, RandomGraphsGiveTheMembersTheWalkPromises) {
-  constexpr unsigned cGraphs = 10000;
+  constexpr unsigned cGraphs = LORVANE_PROPERTY_GRAPHS;
   for (unsigned Seed = 1; Seed <= cGraphs; ++Seed) {
     rapidjson::Document Expected;
     TJSONGraphMaker Maker(Seed, Expected.GetAllocator());

@@ -176,7 +176,7 @@ protected:
 
 TEST_F(XMLSerializerProperty, RandomGraphsGiveTheElementsTheWalkPromises) {
   DescribeGenTypes();
-  constexpr unsigned cGraphs = 10000;
+  constexpr unsigned cGraphs = LORVANE_PROPERTY_GRAPHS;
   for (unsigned Seed = 1; Seed <= cGraphs; ++Seed) {
     TXMLGraphMaker Maker(Seed);
     std::vector<TGenNode*> Ancestors;
