@@ -361,7 +361,7 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
     // A number with a fraction or an exponent is a float.
     DeserializeValue(u"", FMemberName, AValue,
                      AValue.find_first_of(u".eE") != LxJSONString::npos ? u"System.Extended"
-                                                                         : u"System.Int64");
+                                                                        : u"System.Int64");
     return;
   case jdtBoolean:
     DeserializeValue(u"", FMemberName, AValue, u"System.Boolean");

@@ -474,9 +474,7 @@ void RoundTrip(TLxSerializeFormat AFormat) {
   }
 }
 
-TEST_F(DeserializerRoundTrip, RandomGraphsReadBackEqualAndWriteTheSameText) {
-  RoundTrip(ldsXML);
-}
+TEST_F(DeserializerRoundTrip, RandomGraphsReadBackEqualAndWriteTheSameText) { RoundTrip(ldsXML); }
 
 TEST_F(DeserializerRoundTrip, RandomGraphsReadBackFromJSONEqualAndWriteTheSameText) {
   RoundTrip(ldsJSON);
