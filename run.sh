@@ -61,6 +61,7 @@ case "$task" in
   bench)
     PACKAGES+=(libxml2-dev libpugixml-dev libtinyxml2-dev  # rivals in bench/ programs
                rapidjson-dev nlohmann-json3-dev libsimdjson-dev
+               libcereal-dev libboost-json1.81-dev libboost1.81-dev  # bench/serialization
                shared-mime-info iso-codes libgirepository1.0-dev)  # real XML files for bench/dom_load_save
     install_missing
     build build-bench -DCMAKE_BUILD_TYPE=Release -DLORVANE_BENCH=ON -DLORVANE_TESTS=OFF
