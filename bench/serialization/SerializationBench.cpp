@@ -231,7 +231,9 @@ long long LxDaySum(TDateTime AValue) {
 }
 
 // Lengths in UTF-8 bytes, as the rivals count them.
-long long Utf8Size(const UnicodeString& AText) { return (long long)StringToUTF8(AText).size(); }
+long long Utf8Size(const UnicodeString& AText) {
+  return static_cast<long long>(StringToUTF8(AText).size());
+}
 
 Check CheckOf(const TLxShop* AShop) {
   Check R;
@@ -255,14 +257,13 @@ struct LorvaneSide {
   using Graph = TOwned<TLxShop>;
   static Graph Make(const Shop& AShop) { return LorvaneShop(AShop); }
   static std::string Write(const Graph& AGraph, bool AXML) {
-    const TLxSerializedData Text = LxSerialize(AXML ? ldsXML : ldsJSON, TValue::From(AGraph.get()));
-    return std::string(Text.data(), Text.size());
+    // TLxSerializedData is a std::string of UTF-8: no copy.
+    return LxSerialize(AXML ? ldsXML : ldsJSON, TValue::From(AGraph.get()));
   }
   static Graph Read(const std::string& AText, bool AXML) {
     // The orders and customers belong to the graph, whose destructors free them.
     TObjectList* KeptByTheGraph = nullptr;
-    TOwned<TObject> Read(
-        LxCreateFrom(AXML ? ldsXML : ldsJSON, TLxSerializedData(AText), &KeptByTheGraph));
+    TOwned<TObject> Read(LxCreateFrom(AXML ? ldsXML : ldsJSON, AText, &KeptByTheGraph));
     return Graph(static_cast<TLxShop*>(Read.release()));
   }
   static Check CheckOf(const Graph& AGraph) { return ::CheckOf(AGraph.get()); }
