@@ -180,28 +180,18 @@ UnicodeString TLxXMLSerializer::ValueText(const TLxTypeInfo* ADeclared, const TL
   const TLxTypeKind Kind = AType->GetTypeKind();
   switch (Kind) {
   case ltkByte:
-    return LxByteToXML(AValue.ToByte());
   case ltkWord:
-    return LxWordToXML(AValue.ToWord());
   case ltkLongWord:
-    return LxLongWordToXML(AValue.ToLongWord());
   case ltkUInt64:
-    return LxUInt64ToXML(AValue.ToUInt64());
   case ltkShortInt:
-    return LxShortIntToXML(AValue.ToShortInt());
   case ltkSmallInt:
-    return LxSmallIntToXML(AValue.ToSmallInt());
   case ltkInteger:
-    return LxLongIntToXML(AValue.ToInteger());
   case ltkInt64:
-    return LxInt64ToXML(AValue.ToInt64());
   case ltkSingle:
   case ltkDouble:
-    return LxDoubleToXML(AValue.ToDouble());
   case ltkExtended:
-    return LxExtToXML(AValue.ToExtended());
   case ltkBoolean:
-    return AValue.ToBoolean() ? u"true" : u"false";
+    return valuetext::ScalarText(Kind, AValue);
   case ltkEnumeration: {
     UnicodeString Name;
     const TLxTypeDescription& Enumeration = *AType->GetDescription();

@@ -1,5 +1,5 @@
-// Texts of values that the format classes share: a set's names without their prefix, and a
-// date's text in the form its type and hints ask for.
+// Texts of values that the format classes share: whole numbers, floats and truth values, a set's
+// names without their prefix, and a date's text in the form its type and hints ask for.
 #pragma once
 
 #include "lorvane/serializer/LxSerializerTypes.h"
@@ -25,6 +25,35 @@ inline UnicodeString WithoutPrefixes(std::u16string_view ASetText, std::u16strin
     ASetText.remove_prefix(Comma == std::u16string_view::npos ? ASetText.size() : Comma + 1);
   }
   return Result;
+}
+
+/// A whole number (of the width of AKind), a float or a truth value as document text; both formats
+/// write these alike.
+inline UnicodeString ScalarText(TLxTypeKind AKind, const TValue& AValue) {
+  switch (AKind) {
+  case ltkByte:
+    return LxByteToXML(AValue.ToByte());
+  case ltkWord:
+    return LxWordToXML(AValue.ToWord());
+  case ltkLongWord:
+    return LxLongWordToXML(AValue.ToLongWord());
+  case ltkUInt64:
+    return LxUInt64ToXML(AValue.ToUInt64());
+  case ltkShortInt:
+    return LxShortIntToXML(AValue.ToShortInt());
+  case ltkSmallInt:
+    return LxSmallIntToXML(AValue.ToSmallInt());
+  case ltkInteger:
+    return LxLongIntToXML(AValue.ToInteger());
+  case ltkInt64:
+    return LxInt64ToXML(AValue.ToInt64());
+  case ltkExtended:
+    return LxExtToXML(AValue.ToExtended());
+  case ltkBoolean:
+    return AValue.ToBoolean() ? u"true" : u"false";
+  default:
+    return LxDoubleToXML(AValue.ToDouble());
+  }
 }
 
 /// A date, time or date-time of kind AKind in document text: with "Z" in UTC for the marker types
