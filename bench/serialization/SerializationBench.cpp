@@ -24,6 +24,7 @@
 #include <boost/json.hpp>
 #endif
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -415,9 +416,32 @@ template <class Side> bool AddSide(const std::string& ASide, bool AXML) {
 
 } // namespace
 
+// LORVANE_BENCH_PROFILE=JSON/write (or JSON/read, XML/write, XML/read) runs that Lorvane phase
+// once on LORVANE_BENCH_CUSTOMERS customers (default 5,000), for a profiler:
+//   valgrind --tool=callgrind --toggle-collect='*ProfiledPhase*' bench_serialization
+[[gnu::noinline]] bool ProfiledPhase(const LorvaneSide::Graph& AGraph, const std::string& AText,
+                                     bool AXML, bool AWrite) {
+  if (AWrite)
+    return !LorvaneSide::Write(AGraph, AXML).empty();
+  return LorvaneSide::CheckOf(LorvaneSide::Read(AText, AXML)) == LorvaneSide::CheckOf(AGraph);
+}
+
+int ProfileOnePhase(const std::string& APhase) {
+  const char* Count = std::getenv("LORVANE_BENCH_CUSTOMERS");
+  Shop Small = TheShop();
+  Small.Customers.resize(std::min<size_t>(Small.Customers.size(), Count ? std::atoi(Count) : 5000));
+  const bool XML = APhase.rfind("XML", 0) == 0;
+  const bool Write = APhase.find("write") != std::string::npos;
+  const LorvaneSide::Graph Graph = LorvaneSide::Make(Small);
+  const std::string Text = Write ? std::string() : LorvaneSide::Write(Graph, XML);
+  return ProfiledPhase(Graph, Text, XML, Write) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 int main(int argc, char** argv) {
   try {
     DescribeLorvaneModel();
+    if (const char* Phase = std::getenv("LORVANE_BENCH_PROFILE"))
+      return ProfileOnePhase(Phase);
     bool Ok = AddSide<LorvaneSide>("Lorvane", false) && AddSide<LorvaneSide>("Lorvane", true);
 #ifdef LORVANE_BENCH_NLOHMANN
     Ok = AddSide<NlohmannSide>("nlohmann", false) && Ok;

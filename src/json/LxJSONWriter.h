@@ -3,6 +3,7 @@
 #pragma once
 
 #include "lorvane/json/LxJSONValues.h"
+#include "json/internal/JSONEscape.h"
 
 #include <memory>
 #include <string_view>
@@ -94,15 +95,6 @@ private:
 
 using TWriter = TBasicWriter<char16_t>;
 using TUTF8Writer = TBasicWriter<char>;
-
-/// AText escaped as AppendJSONEscaped escapes it, written at AOut, which has room for six units
-/// per unit of AText; the end of what was written. The narrow forms take bytes as the units
-/// below U+0100; the char output is that text in UTF-8 (the escapes leave only units below
-/// U+0100, which take one or two bytes).
-char16_t* EscapeInto(char16_t* AOut, const char16_t* AText, std::size_t ALength) noexcept;
-char16_t* EscapeInto(char16_t* AOut, const char* AText, std::size_t ALength) noexcept;
-char* EscapeInto(char* AOut, const char16_t* AText, std::size_t ALength) noexcept;
-char* EscapeInto(char* AOut, const char* AText, std::size_t ALength) noexcept;
 
 /// SaveToStream of the tree's classes: on a failure, what was collected before it is still
 /// written.

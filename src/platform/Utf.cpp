@@ -72,32 +72,83 @@ void AppendUTF8AsUTF16(std::u16string& AOut, const Byte* AText, std::size_t ALen
   AOut.resize(static_cast<std::size_t>(Out - AOut.data()));
 }
 
-void AppendUTF16AsUTF8(std::string& AOut, const char16_t* AText, std::size_t ALength) {
-  AOut.reserve(AOut.size() + ALength);
+namespace {
+
+bool IsPairAt(const char16_t* AText, std::size_t AIndex, std::size_t ALength) noexcept {
+  return AText[AIndex] >= 0xD800 && AText[AIndex] <= 0xDBFF && AIndex + 1 < ALength &&
+         AText[AIndex + 1] >= 0xDC00 && AText[AIndex + 1] <= 0xDFFF;
+}
+
+} // namespace
+
+std::size_t UTF8LengthOfUTF16(const char16_t* AText, std::size_t ALength) noexcept {
+  std::size_t Bytes = 0;
   for (std::size_t I = 0; I < ALength; ++I) {
+    const char16_t Unit = AText[I];
+    if (Unit < 0x80)
+      Bytes += 1;
+    else if (Unit < 0x800)
+      Bytes += 2;
+    else if (IsPairAt(AText, I, ALength)) {
+      Bytes += 4;
+      ++I;
+    } else
+      Bytes += 3; // a lone surrogate's U+FFFD included
+  }
+  return Bytes;
+}
+
+std::size_t EncodeUTF16AsUTF8(const char16_t* AText, std::size_t ALength, char* AOut) noexcept {
+  char* Out = AOut;
+  std::size_t I = 0;
+  while (I < ALength) {
+    // ASCII runs, four units at a time.
+    while (I + 4 <= ALength) {
+      UInt64 Units;
+      std::memcpy(&Units, AText + I, 8);
+      if (Units & 0xFF80FF80FF80FF80ull)
+        break;
+      for (int K = 0; K < 4; ++K)
+        Out[K] = static_cast<char>(AText[I + K]);
+      Out += 4;
+      I += 4;
+    }
+    if (I >= ALength)
+      break;
     char32_t Code = AText[I];
     if (Code < 0x80) {
-      AOut += static_cast<char>(Code);
+      *Out++ = static_cast<char>(Code);
+      ++I;
       continue;
     }
     if (Code >= 0xD800 && Code <= 0xDFFF) {
-      if (Code <= 0xDBFF && I + 1 < ALength && AText[I + 1] >= 0xDC00 && AText[I + 1] <= 0xDFFF)
-        Code = 0x10000 + ((Code - 0xD800) << 10) + (AText[++I] - 0xDC00);
-      else
+      if (IsPairAt(AText, I, ALength)) {
+        Code = 0x10000 + ((Code - 0xD800) << 10) + (AText[I + 1] - 0xDC00);
+        ++I;
+      } else
         Code = ReplacementChar;
     }
+    ++I;
     if (Code < 0x800) {
-      AOut += static_cast<char>(0xC0 | (Code >> 6));
+      *Out++ = static_cast<char>(0xC0 | (Code >> 6));
     } else if (Code < 0x10000) {
-      AOut += static_cast<char>(0xE0 | (Code >> 12));
-      AOut += static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+      *Out++ = static_cast<char>(0xE0 | (Code >> 12));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
     } else {
-      AOut += static_cast<char>(0xF0 | (Code >> 18));
-      AOut += static_cast<char>(0x80 | ((Code >> 12) & 0x3F));
-      AOut += static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
+      *Out++ = static_cast<char>(0xF0 | (Code >> 18));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 12) & 0x3F));
+      *Out++ = static_cast<char>(0x80 | ((Code >> 6) & 0x3F));
     }
-    AOut += static_cast<char>(0x80 | (Code & 0x3F));
+    *Out++ = static_cast<char>(0x80 | (Code & 0x3F));
   }
+  return static_cast<std::size_t>(Out - AOut);
+}
+
+void AppendUTF16AsUTF8(std::string& AOut, const char16_t* AText, std::size_t ALength) {
+  // Measured first, so that a long text leaves no spare capacity behind.
+  const std::size_t Start = AOut.size();
+  AOut.resize(Start + UTF8LengthOfUTF16(AText, ALength));
+  EncodeUTF16AsUTF8(AText, ALength, AOut.data() + Start);
 }
 
 } // namespace lorvane::utf

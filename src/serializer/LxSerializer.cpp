@@ -6,6 +6,9 @@
 #include "lorvane/serializer/LxSerialization.h"
 #include "lorvane/serializer/LxSerializerHelpers.h"
 
+#include "platform/internal/Utf.h"
+
+#include <algorithm>
 #include <unordered_set>
 
 namespace lorvane {
@@ -68,7 +71,19 @@ void TLxSerializer::Write(std::string_view ABytes) {
     FStream->WriteBuffer(ABytes.data(), static_cast<Int64>(ABytes.size()));
 }
 
-void TLxSerializer::Write(std::u16string_view AText) { Write(StringToUTF8(AText)); }
+void TLxSerializer::Write(std::u16string_view AText) {
+  // Through a buffer on the stack: the walk writes many short pieces, none worth a heap string.
+  constexpr std::size_t cChunk = 256;
+  char Bytes[cChunk * 3];
+  while (!AText.empty()) {
+    std::size_t Take = std::min(AText.size(), cChunk);
+    // A surrogate pair stays in one piece.
+    if (Take < AText.size() && AText[Take - 1] >= 0xD800 && AText[Take - 1] <= 0xDBFF)
+      --Take;
+    Write(std::string_view(Bytes, utf::EncodeUTF16AsUTF8(AText.data(), Take, Bytes)));
+    AText.remove_prefix(Take);
+  }
+}
 
 // --- the write operations: nothing in the driver -------------------------------------------------
 void TLxSerializer::SerializeStartType(std::u16string_view, const TLxTypeInfo*, Integer) {}

@@ -189,9 +189,26 @@ TEST(Text, Utf8ConversionReplacesIllFormedInput) {
   EXPECT_EQ(StringToUTF8(u"\u00e9\U0001F600"), "\xC3\xA9\xF0\x9F\x98\x80");
   EXPECT_EQ(StringToUTF8(std::u16string(1, u'\xD800') + u"a"), "\xEF\xBF\xBD"
                                                                "a");
+  // A high surrogate that ends the text, after a run long enough for the word-at-a-time path,
+  // and one followed by anything but a low surrogate.
+  EXPECT_EQ(StringToUTF8(u"abcdefgh" + std::u16string(1, u'\xD83D')), "abcdefgh\xEF\xBF\xBD");
+  EXPECT_EQ(StringToUTF8(std::u16string(u"abcd\xD83Dxyzw\xDE00")),
+            "abcd\xEF\xBF\xBDxyzw\xEF\xBF\xBD");
   EXPECT_TRUE(StrToBool(u" TRUE "));
   EXPECT_FALSE(StrToBool(u"0"));
   EXPECT_THROW(StrToBool(u"yes"), EConvertError);
+}
+
+TEST(Text, Utf16ToUtf8RoundTripsAtEveryAlignment) {
+  // Every kind of unit (ASCII, two- and three-byte, pairs) after ASCII runs of every length up to
+  // a few words, so that each kind meets the word-at-a-time path at each offset.
+  const std::u16string Kinds[] = {u"\u00e9", u"\u20ac", u"\U0001F600", u"\u007f", u"\uffff"};
+  for (std::size_t Run = 0; Run < 12; ++Run)
+    for (const std::u16string& Kind : Kinds) {
+      const std::u16string Text =
+          std::u16string(Run, u'a') + Kind + std::u16string(Run, u'b') + Kind;
+      EXPECT_EQ(UTF8ToString(StringToUTF8(Text)), Text) << Run;
+    }
 }
 
 } // namespace

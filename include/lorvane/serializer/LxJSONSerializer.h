@@ -41,13 +41,10 @@ class TLxJSONSerializer : public TLxSerializer {
 protected:
   ~TLxJSONSerializer() override = default;
 
-  /// What goes before the next member at this level: empty at first, then ",".
-  UnicodeString FPrefix;
+  /// Whether the next member at this level follows another: a comma goes first.
+  bool FCommaFirst = false;
 
 private:
-  UnicodeString ValueText(const TLxTypeInfo* ADeclared, const TValue& AValue,
-                          const std::vector<TCustomAttribute*>* AAttribs);
-  UnicodeString OrdinalObject(const TLxTypeInfo* ADeclared, const TValue& AValue);
   /// Whether this serializer brackets nothing: an interface inside a record writes its own.
   bool IsInterfaceInRecord(const TLxTypeInfo* ATypeInfo) const noexcept;
 };

@@ -45,5 +45,9 @@ inline int EncodeUTF16(char32_t ACode, char16_t* AOut) noexcept {
 void AppendUTF8AsUTF16(std::u16string& AOut, const Byte* AText, std::size_t ALength);
 /// Lone surrogates become U+FFFD.
 void AppendUTF16AsUTF8(std::string& AOut, const char16_t* AText, std::size_t ALength);
+/// The bytes that AppendUTF16AsUTF8 would append.
+std::size_t UTF8LengthOfUTF16(const char16_t* AText, std::size_t ALength) noexcept;
+/// Writes the UTF-8 of AText to AOut, which has room for 3 bytes per unit; gives the bytes written.
+std::size_t EncodeUTF16AsUTF8(const char16_t* AText, std::size_t ALength, char* AOut) noexcept;
 
 } // namespace lorvane::utf
