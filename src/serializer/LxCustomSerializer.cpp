@@ -4,7 +4,7 @@
 
 namespace lorvane {
 
-TLxCustomSerializer::TLxCustomSerializer() : FParams(New<TStringList>()) {
+TLxCustomSerializer::TLxCustomSerializer() {
   // Whoever makes a serializer frees it; an interface released elsewhere must not.
   SetAutoDestroy(false);
 }
@@ -35,8 +35,14 @@ UnicodeString TLxCustomSerializer::GetParam(std::u16string_view AName) {
   return {};
 }
 
+TStrings* TLxCustomSerializer::GetParams() const {
+  if (!FParams)
+    FParams = New<TStringList>();
+  return FParams;
+}
+
 void TLxCustomSerializer::SetParam(std::u16string_view AName, std::u16string_view AValue) {
-  FParams->SetValues(AName, AValue);
+  GetParams()->SetValues(AName, AValue);
 }
 
 TObject* TLxCustomSerializer::GetObjParam(std::u16string_view AName) {
@@ -49,10 +55,11 @@ TObject* TLxCustomSerializer::GetObjParam(std::u16string_view AName) {
 }
 
 void TLxCustomSerializer::SetObjParam(std::u16string_view AName, TObject* AObject) {
-  if (const Integer Index = FParams->IndexOfName(AName); Index >= 0)
-    FParams->SetObjects(Index, AObject);
+  TStrings* Params = GetParams();
+  if (const Integer Index = Params->IndexOfName(AName); Index >= 0)
+    Params->SetObjects(Index, AObject);
   else
-    FParams->AddObject(AName, AObject);
+    Params->AddObject(AName, AObject);
 }
 
 void TLxCustomSerializer::SetParams(TStrings* AParams) {
@@ -137,8 +144,6 @@ void TLxCustomSerializer::Create(void* AInstancePtr, const TLxTypeInfo* ATypeInf
   }
   if (ATypeInfo)
     FInstanceTypeInfo = ATypeInfo;
-  if (!FParams)
-    FParams = New<TStringList>();
   FParent = nullptr;
   FName = u"root";
 }

@@ -276,7 +276,7 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
       Rest.resize(static_cast<std::size_t>(
           std::max<Int64>(0, FStream->GetSize() - FStream->GetPosition())));
       Rest.resize(static_cast<std::size_t>(FStream->Read(Rest.data(), Int64(Rest.size()))));
-      Own->Deserialize(Format(), Rest, FParams);
+      Own->Deserialize(Format(), Rest, GetParams());
       return;
     }
   }

@@ -6,10 +6,11 @@
 #include "lorvane/serializer/LxSerialization.h"
 #include "lorvane/serializer/LxSerializerHelpers.h"
 
+#include "serializer/MemberPlans.h"
+
 #include "platform/internal/Utf.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 namespace lorvane {
 
@@ -146,8 +147,17 @@ void TLxSerializer::Serialize(TStream* AStream, const TLxTypeInfo* AType, std::u
 TLxSerializer* TLxSerializer::CreateChildSerializer(void* AData, const TLxTypeInfo* ATypeInfo) {
   TOwned<TLxSerializer> Child(LxCreateSerializerEx(Format(), AData, ATypeInfo));
   Child->SetParent(this);
+  Child->FMemberPlans = MemberPlansShared();
   return Child.release();
 }
+
+const std::shared_ptr<TLxMemberPlans>& TLxSerializer::MemberPlansShared() {
+  if (!FMemberPlans)
+    FMemberPlans = std::make_shared<TLxMemberPlans>();
+  return FMemberPlans;
+}
+
+TLxMemberPlans& TLxSerializer::MemberPlans() { return *MemberPlansShared(); }
 
 void TLxSerializer::SerializeChild(std::u16string_view AMemberName, std::u16string_view,
                                    void* AData, const TLxTypeInfo* ATypeInfo, Integer AIdx) {
@@ -277,7 +287,7 @@ void TLxSerializer::SerializeInterface(std::u16string_view AName, const TLxTypeI
                         !OptionIsTrue(u"excluderoot");
   if (Brackets)
     Child->SerializeStartType(AName, ATypeInfo, AIdx);
-  Write(Serializable->Serialize(Format(), FParams));
+  Write(Serializable->Serialize(Format(), GetParams()));
   if (Brackets)
     Child->SerializeEndType(AName, ATypeInfo, AIdx);
 }
@@ -320,10 +330,6 @@ void TLxSerializer::DoSerialize(TLxSerializer* AParent, std::u16string_view AMem
 void TLxSerializer::SerializeMembers() {
   const TLxTypeDescription& Description = *FInstanceTypeInfo->GetDescription();
   const bool ExcludeChildren = OptionIsTrue(u"excludechildren");
-  std::unordered_set<UnicodeString> Seen;
-  const auto FirstTime = [&Seen](const UnicodeString& AName) {
-    return Seen.insert(LowerCase(AName)).second;
-  };
   const auto SkipsChild = [&](TLxTypeKind AKind) {
     return ExcludeChildren && (AKind == ltkRecord || AKind == ltkClass || AKind == ltkInterface);
   };
@@ -332,24 +338,17 @@ void TLxSerializer::SerializeMembers() {
            IsBeingWritten(AValue.AsObject());
   };
 
-  for (const TLxPropertyDescription* Property : Description.GetProperties()) {
-    if (!FirstTime(Property->GetName()))
-      continue;
-    if (Property->FindHint(shoDoNotSerialize) || !Property->GetIsReadable())
-      continue;
-    const SerializerHint* NameHint = Property->FindHint(shoName);
-    switch (Property->GetVisibility()) {
-    case mvPublic:
-      if (!NameHint || NameHint->GetValue().empty())
+  for (const TLxPlannedMember& Member : MemberPlans().For(Description)) {
+    if (const TLxFieldDescription* Field = Member.Field) {
+      TValue Value = Field->GetValue(FInstancePtr);
+      const TLxTypeInfo* Type = Field->GetFieldType();
+      UnwrapValue(Value, Type);
+      if (!Type || InCycle(Type, Value) || SkipsChild(Type->GetTypeKind()))
         continue;
-      break;
-    case mvStreamable:
-      if (NameHint && NameHint->GetValue().empty())
-        continue;
-      break;
-    default:
+      SerializeFieldOrProp(Member.Name, Type, Value, AttributesOf(*Field));
       continue;
     }
+    const TLxPropertyDescription* Property = Member.Property;
     TValue Value = Property->GetValue(FInstancePtr);
     const TLxTypeInfo* Type = Property->GetPropertyType();
     UnwrapValue(Value, Type);
@@ -358,7 +357,6 @@ void TLxSerializer::SerializeMembers() {
     const TLxTypeKind Kind = Type->GetTypeKind();
     if (LxIsNeverWrittenAsProperty(Kind) || SkipsChild(Kind) || InCycle(Type, Value))
       continue;
-    const UnicodeString Name = NameHint ? NameHint->GetValue() : Property->GetName();
     THelperHold Helper;
     if (const SerializerHint* HelperHint = Property->FindHint(shoSerializerHelper))
       Helper.reset(
@@ -370,27 +368,11 @@ void TLxSerializer::SerializeMembers() {
     }
     if (Helper) {
       bool Handled = GetParent() != nullptr;
-      Helper->Serialize(this, Name, Type, Value, Handled);
+      Helper->Serialize(this, Member.Name, Type, Value, Handled);
       if (Handled)
         continue;
     }
-    SerializeFieldOrProp(Name, Type, Value, AttributesOf(*Property));
-  }
-
-  for (const TLxFieldDescription* Field : Description.GetFields()) {
-    if (!FirstTime(Field->GetName()))
-      continue;
-    if (Field->FindHint(shoDoNotSerialize) || Field->GetVisibility() < mvPublic)
-      continue;
-    if (const SerializerHint* NameHint = Field->FindHint(shoName);
-        NameHint && NameHint->GetValue().empty())
-      continue;
-    TValue Value = Field->GetValue(FInstancePtr);
-    const TLxTypeInfo* Type = Field->GetFieldType();
-    UnwrapValue(Value, Type);
-    if (!Type || InCycle(Type, Value) || SkipsChild(Type->GetTypeKind()))
-      continue;
-    SerializeFieldOrProp(Field->GetName(), Type, Value, AttributesOf(*Field));
+    SerializeFieldOrProp(Member.Name, Type, Value, AttributesOf(*Property));
   }
 }
 

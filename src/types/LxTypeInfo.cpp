@@ -90,11 +90,16 @@ std::vector<const M*> AlongAncestors(const TLxTypeDescription* AFrom, Own AOwnMe
   return Result;
 }
 
-template <class M>
-const M* FirstNamed(const std::vector<const M*>& AMembers, std::u16string_view AName) noexcept {
-  for (const M* Member : AMembers)
-    if (SameText(Member->GetName(), AName))
-      return Member;
+// The first member named AName in the order of AlongAncestors, without collecting them.
+template <class M, class Own>
+const M* FirstNamed(const TLxTypeDescription* AFrom, Own AOwnMembers, std::u16string_view AName) {
+  for (const TLxTypeDescription* Description = AFrom; Description;) {
+    for (const M* Member : AOwnMembers(*Description))
+      if (SameText(Member->GetName(), AName))
+        return Member;
+    const TLxTypeInfo* Base = Description->BaseType();
+    Description = Base ? Base->GetDescription() : nullptr;
+  }
   return nullptr;
 }
 
@@ -120,19 +125,19 @@ std::vector<const TLxFieldDescription*> TLxTypeDescription::GetFields() const {
 }
 
 const TLxFieldDescription* TLxTypeDescription::GetField(std::u16string_view AName) const {
-  return FirstNamed(GetFields(), AName);
+  return FirstNamed<TLxFieldDescription>(
+      this, [](const TLxTypeDescription& D) -> const auto& { return D.FFields; }, AName);
 }
 
 const TLxPropertyDescription* TLxTypeDescription::GetProperty(std::u16string_view AName) const {
-  return FirstNamed(GetProperties(), AName);
+  return FirstNamed<TLxPropertyDescription>(
+      this, [](const TLxTypeDescription& D) -> const auto& { return D.FProperties; }, AName);
 }
 
 const TLxIndexedPropertyDescription*
 TLxTypeDescription::GetIndexedProperty(std::u16string_view AName) const {
-  return FirstNamed(
-      AlongAncestors<TLxIndexedPropertyDescription>(
-          this, [](const TLxTypeDescription& D) -> const auto& { return D.FIndexedProperties; }),
-      AName);
+  return FirstNamed<TLxIndexedPropertyDescription>(
+      this, [](const TLxTypeDescription& D) -> const auto& { return D.FIndexedProperties; }, AName);
 }
 
 const TLxMethodDescription* TLxTypeDescription::GetMethod(std::u16string_view AName) const {

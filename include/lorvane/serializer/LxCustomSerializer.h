@@ -42,7 +42,8 @@ class TLxCustomSerializer : public TLxObject, public virtual ILxCustomSerializer
   /// Puts AObject beside the line "AName=value", or adds a line of the bare name (a further one
   /// each time: GetObjParam keeps finding the first).
   void SetObjParam(std::u16string_view AName, TObject* AObject) override;
-  TStrings* GetParams() const noexcept { return FParams; }
+  /// This serializer's own lines (made on first use: most children of a walk have none).
+  TStrings* GetParams() const;
   /// Copies each line of AParams (name, value and object); lines already here stay.
   void SetParams(TStrings* AParams);
 
@@ -63,7 +64,7 @@ protected:
   void* FInstancePtr = nullptr;
   const TLxTypeInfo* FInstanceTypeInfo = nullptr;
   TStream* FStream = nullptr;
-  TStringList* FParams = nullptr;
+  mutable TStringList* FParams = nullptr;
   UnicodeString FName = u"root";
   TValue FValue;
 };

@@ -14,9 +14,12 @@
 
 #include "lorvane/serializer/LxCustomSerializer.h"
 
+#include <memory>
 #include <vector>
 
 namespace lorvane {
+
+class TLxMemberPlans;
 
 class TLxSerializer : public TLxCustomSerializer, public virtual ILxSerializer {
   LX_CLASS(TLxSerializer, TLxCustomSerializer)
@@ -86,6 +89,12 @@ protected:
   IPtr<ILxSerializerHelper> FHelper;
 
 private:
+  /// The members to write of each type met, worked out once per run: the root makes them, its
+  /// children share them.
+  std::shared_ptr<TLxMemberPlans> FMemberPlans;
+  const std::shared_ptr<TLxMemberPlans>& MemberPlansShared();
+  TLxMemberPlans& MemberPlans();
+
   void SerializeMembers();
   void SerializeArrayElements(TLxSerializer* AParent, std::u16string_view AMemberName);
   bool IsBeingWritten(TObject* AObject) const noexcept;
