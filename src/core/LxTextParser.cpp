@@ -381,9 +381,23 @@ template <TLxCharacterSetType CS> UnicodeString TLxTextParser::PeekStringT(Integ
   Result.reserve(static_cast<std::size_t>(ACount));
   WideChar Buffer[2];
   const Byte* P = FCur;
-  for (Integer I = 0; I < ACount && FEnd - P >= FUnitSize; ++I) {
+  for (Integer I = 0; I < ACount && FEnd - P >= FUnitSize;) {
+    if constexpr (CS == csUTF8) {
+      // ASCII runs widen in one go: a look-ahead over markup is mostly ASCII.
+      const Byte* const Limit = P + std::min<std::ptrdiff_t>(ACount - I, FEnd - P);
+      const Byte* Run = P;
+      while (Run < Limit && *Run < 0x80)
+        ++Run;
+      if (Run != P) {
+        Result.append(P, Run);
+        I += static_cast<Integer>(Run - P);
+        P = Run;
+        continue;
+      }
+    }
     Result.append(Buffer, static_cast<std::size_t>(DecodeAt<CS>(P, Buffer)));
     P += CharLengthAt<CS>(P);
+    ++I;
   }
   return Result;
 }
@@ -397,6 +411,37 @@ UnicodeString TLxTextParser::PeekString(Integer ACount) {
   default:
     return PeekStringT<csUTF8>(ACount);
   }
+}
+
+std::string TLxTextParser::PeekStringUTF8(Integer ACount) {
+  if (FCharSet != csUTF8)
+    return StringToUTF8(PeekString(ACount));
+  std::string Result;
+  if (ACount <= 0)
+    return Result;
+  EnsureAhead(static_cast<std::ptrdiff_t>(ACount) * LongestChar);
+  const Byte* P = FCur;
+  for (Integer I = 0; I < ACount && P < FEnd; ++I) {
+    if (*P < 0x80) {
+      // An ASCII run in one piece.
+      const Byte* const Limit = P + std::min<std::ptrdiff_t>(ACount - I, FEnd - P);
+      const Byte* Run = P;
+      while (Run < Limit && *Run < 0x80)
+        ++Run;
+      Result.append(reinterpret_cast<const char*>(P), static_cast<std::size_t>(Run - P));
+      I += static_cast<Integer>(Run - P) - 1;
+      P = Run;
+      continue;
+    }
+    // A well-formed sequence is its own UTF-8; an ill-formed one reads as U+FFFD.
+    int Used;
+    if (utf::DecodeUTF8(P, static_cast<std::size_t>(FEnd - P), Used) == utf::ReplacementChar)
+      Result += "\xEF\xBF\xBD";
+    else
+      Result.append(reinterpret_cast<const char*>(P), static_cast<std::size_t>(Used));
+    P += Used;
+  }
+  return Result;
 }
 
 // --- skips

@@ -84,6 +84,14 @@ bool IsPairAt(const char16_t* AText, std::size_t AIndex, std::size_t ALength) no
 std::size_t UTF8LengthOfUTF16(const char16_t* AText, std::size_t ALength) noexcept {
   std::size_t Bytes = 0;
   for (std::size_t I = 0; I < ALength; ++I) {
+    // ASCII runs, four units at a time.
+    for (UInt64 Units; I + 4 <= ALength; I += 4, Bytes += 4) {
+      std::memcpy(&Units, AText + I, 8);
+      if (Units & 0xFF80FF80FF80FF80ull)
+        break;
+    }
+    if (I >= ALength)
+      break;
     const char16_t Unit = AText[I];
     if (Unit < 0x80)
       Bytes += 1;

@@ -78,8 +78,9 @@ bool TLxJSONDeserializer::ReadClassName(UnicodeString& AName) {
   if (!Cursor)
     return true;
   // In an array the reader has passed the object's "{" when it tells of it.
-  const std::string Ahead =
-      StringToUTF8((FAtElementObject ? u"{" : u"") + Cursor->PeekString(ClassNameLookAhead));
+  std::string Ahead = Cursor->PeekStringUTF8(ClassNameLookAhead);
+  if (FAtElementObject)
+    Ahead.insert(Ahead.begin(), '{');
   TOwned<TLxTextParser> Parser(
       New<TLxTextParser>(Ahead.data(), static_cast<Int64>(Ahead.size()), Word(65001)));
   ReadClassName(Parser.get(), AName);

@@ -88,6 +88,24 @@ TEST_P(TextParser, ReadingTheLastCharacterLeavesItBehindTheCursor) {
   }
 }
 
+TEST_P(TextParser, PeekInUTF8IsThePeekedTextInUTF8) {
+  // ASCII runs, well-formed sequences of each length, and ill-formed bytes (a lone continuation,
+  // a cut sequence, an overlong form, an encoded surrogate), peeked from every position and for
+  // counts that stop inside and after each.
+  const std::string Text = "ab\xC3\xA9xyz\xE2\x82\xAC\xF0\x9F\x98\x80q\x80r\xE2\x82s"
+                           "\xC0\xAFt\xED\xA0\x80u\xEF\xBF\xBDv";
+  for (Integer Skip = 0; Skip < 20; ++Skip)
+    for (Integer Count : {1, 2, 5, 40}) {
+      TLxTextParser* P = Open(Text, 65001);
+      for (Integer I = 0; I < Skip && !P->_GetEOF(); ++I)
+        P->NextChar();
+      EXPECT_EQ(P->PeekStringUTF8(Count), StringToUTF8(P->PeekString(Count)))
+          << Skip << " " << Count;
+    }
+  TLxTextParser* Wide = Open(Utf16Bytes(u"\u00e9t\U0001F600"), 1200);
+  EXPECT_EQ(Wide->PeekStringUTF8(2), "\xC3\xA9t");
+}
+
 TEST_P(TextParser, PeekDoesNotMoveAndShortensNearTheEnd) {
   TLxTextParser* P = Open("abcd", 1252);
   P->SkipChars(2);

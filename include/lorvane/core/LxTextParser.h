@@ -8,6 +8,7 @@
 #include "lorvane/platform/Streams.h"
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace lorvane {
@@ -125,6 +126,8 @@ class TLxTextParser : public TObject {
   /// Up to ACount characters from the cursor on, without moving; shorter near the end.
   UnicodeString PeekString(Integer ACount);
   UnicodeString PeekStringW(Integer ACount) { return PeekString(ACount); }
+  /// StringToUTF8(PeekString(ACount)), taken from the bytes themselves where the text is UTF-8.
+  std::string PeekStringUTF8(Integer ACount);
 
   Integer GetLineNr();
   Integer GetColNr();
