@@ -158,7 +158,13 @@ const TLxTypeInfo* TLxTypeDescription::ElementType() const {
 }
 
 const TLxTypeInfo* TLxTypeDescription::BaseType() const {
-  return FMetaclass && FMetaclass->Parent ? TLxTypes::GetTypeInfo(FMetaclass->Parent) : nullptr;
+  if (const TLxTypeInfo* Known = FBaseType.load(std::memory_order_acquire))
+    return Known;
+  if (!FMetaclass || !FMetaclass->Parent)
+    return nullptr;
+  const TLxTypeInfo* Base = TLxTypes::GetTypeInfo(FMetaclass->Parent);
+  FBaseType.store(Base, std::memory_order_release);
+  return Base;
 }
 
 UnicodeString TLxTypeDescription::GetEnumName(Int64 AOrdinal) const {

@@ -73,15 +73,18 @@ public:
   }
 
   TLxTypeHandle ClassHandle(TClass AClass) {
+    if (const void* Known = AClass->RegistryHandle.load(std::memory_order_acquire))
+      return static_cast<TLxTypeHandle>(Known);
     std::lock_guard Guard(Lock);
     auto Found = HandleOfClass.find(AClass);
-    if (Found != HandleOfClass.end())
-      return Found->second.get();
-    auto Identity = std::unique_ptr<TLxTypeIdentity>(
-        new TLxTypeIdentity{&LxValueOpsOf<TObject*>, nullptr, nullptr});
-    TLxTypeHandle Handle = Identity.get();
-    ClassOfHandle.emplace(Handle, AClass);
-    HandleOfClass.emplace(AClass, std::move(Identity));
+    if (Found == HandleOfClass.end()) {
+      auto Identity = std::unique_ptr<TLxTypeIdentity>(
+          new TLxTypeIdentity{&LxValueOpsOf<TObject*>, nullptr, nullptr});
+      ClassOfHandle.emplace(Identity.get(), AClass);
+      Found = HandleOfClass.emplace(AClass, std::move(Identity)).first;
+    }
+    TLxTypeHandle Handle = Found->second.get();
+    AClass->RegistryHandle.store(Handle, std::memory_order_release);
     return Handle;
   }
 

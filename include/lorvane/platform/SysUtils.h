@@ -114,6 +114,11 @@ inline void Assert(bool ACondition, std::u16string_view AMessage = u"Assertion f
   if (!ACondition) [[unlikely]]
     RaiseAssertionFailed(AMessage);
 }
+/// A literal message is measured only when it is raised: the checks sit on hot paths.
+template <std::size_t N> inline void Assert(bool ACondition, const char16_t (&AMessage)[N]) {
+  if (!ACondition) [[unlikely]]
+    RaiseAssertionFailed(std::u16string_view(AMessage, N - 1));
+}
 
 // --- format settings
 // ------------------------------------------------------------------------------

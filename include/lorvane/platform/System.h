@@ -62,6 +62,9 @@ struct TMetaClass {
   const TMetaClass* Parent;
   TObject* (*CreateDefault)();
   TObject* (*CreateWithOwner)(TComponent* AOwner);
+  /// Kept for the type registry: the handle it gives this class, once given, so that looking
+  /// a class up on every object written or read takes no lock.
+  mutable std::atomic<const void*> RegistryHandle{nullptr};
 };
 using TClass = const TMetaClass*;
 

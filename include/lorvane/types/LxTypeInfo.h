@@ -380,7 +380,10 @@ public:
     FElementType = AElement;
     FFixedLength = AFixedLength;
   }
-  void SetMetaclass(TClass AClass) noexcept { FMetaclass = AClass; }
+  void SetMetaclass(TClass AClass) noexcept {
+    FMetaclass = AClass;
+    FBaseType.store(nullptr);
+  }
   void SetInterfaceID(const TGUID& AIID) noexcept { FInterfaceID = AIID; }
   void SetEnumNames(std::vector<UnicodeString> ANames) { FEnumNames = std::move(ANames); }
   TLxValueAccess& MutableAccess() noexcept { return FAccess; }
@@ -414,6 +417,9 @@ private:
   TLxTypeHandle FElementType = nullptr;
   Integer FFixedLength = 0;
   TClass FMetaclass = nullptr;
+  /// BaseType once looked up: type infos live as long as the process, and member look-ups
+  /// climb the ancestors on every call.
+  mutable std::atomic<const TLxTypeInfo*> FBaseType{nullptr};
   TGUID FInterfaceID{};
   std::vector<UnicodeString> FEnumNames;
   TLxValueAccess FAccess;
