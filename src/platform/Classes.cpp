@@ -127,11 +127,14 @@ Integer TStrings::IndexOf(std::u16string_view AValue) const {
 }
 
 Integer TStrings::IndexOfName(std::u16string_view AName) const {
+  // A line's name ends at its first separator; only a line with that separator right after
+  // AName's length can match, which most lines fail at a glance.
+  const std::size_t Length = AName.size();
   for (Integer I = 0; I < GetCount(); ++I) {
     const std::u16string_view Line = GetStrings(I);
-    const std::size_t Separator = Line.find(FNameValueSeparator);
-    if (Separator != std::u16string_view::npos &&
-        CompareStrings(Line.substr(0, Separator), AName) == 0)
+    if (Line.size() > Length && Line[Length] == FNameValueSeparator &&
+        Line.find(FNameValueSeparator) == Length &&
+        CompareStrings(Line.substr(0, Length), AName) == 0)
       return I;
   }
   return -1;

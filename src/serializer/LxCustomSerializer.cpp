@@ -38,7 +38,18 @@ UnicodeString TLxCustomSerializer::GetParam(std::u16string_view AName) {
 TStrings* TLxCustomSerializer::GetParams() const {
   if (!FParams)
     FParams = New<TStringList>();
+  ++FParamChanges;
   return FParams;
+}
+
+UInt64 TLxCustomSerializer::ParamChangesAlongParents() const noexcept {
+  UInt64 Changes = 0;
+  for (const TLxCustomSerializer* Serializer = this; Serializer;) {
+    Changes += Serializer->FParamChanges;
+    const TLxCustomSerializer* Parent = Serializer->FParent;
+    Serializer = Parent == Serializer ? nullptr : Parent;
+  }
+  return Changes;
 }
 
 void TLxCustomSerializer::SetParam(std::u16string_view AName, std::u16string_view AValue) {

@@ -67,6 +67,14 @@ void TLxSerializer::Create(void* AInstancePtr, const TLxTypeInfo* ATypeInfo) {
 
 bool TLxSerializer::OptionIsTrue(std::u16string_view AName) { return GetParam(AName) == cTrue; }
 
+bool TLxSerializer::ExcludesChildren() {
+  if (const UInt64 Now = ParamChangesAlongParents(); Now != FExcludeChildrenReadAt) {
+    FExcludeChildren = OptionIsTrue(u"excludechildren");
+    FExcludeChildrenReadAt = Now;
+  }
+  return FExcludeChildren;
+}
+
 void TLxSerializer::Write(std::string_view ABytes) {
   if (!ABytes.empty())
     FStream->WriteBuffer(ABytes.data(), static_cast<Int64>(ABytes.size()));
@@ -231,7 +239,7 @@ void TLxSerializer::SerializeClass(std::u16string_view AName, TClass AClass, TOb
                                    Integer AIdx) {
   const TLxTypeInfo* Type = TLxTypes::GetTypeInfo(AObject ? AObject->ClassType() : AClass);
   bool InFull;
-  if (OptionIsTrue(u"excludechildren"))
+  if (ExcludesChildren())
     InFull = false;
   else if (AClass && TObject::ClassInheritsFrom(AClass, TComponent::StaticClass())) {
     const auto* Component = static_cast<TComponent*>(AObject);
@@ -258,7 +266,7 @@ void TLxSerializer::SerializeClass(std::u16string_view AName, TClass AClass, TOb
 
 void TLxSerializer::SerializeRecord(std::u16string_view AName, const TLxTypeInfo*, void* AData,
                                     const TLxTypeInfo* AValueType, Integer AIdx) {
-  if (!OptionIsTrue(u"excludechildren"))
+  if (!ExcludesChildren())
     SerializeChild(AName, u"", AData, AValueType, AIdx);
   else
     SerializeValue(AName, AValueType, TValue(), AIdx, nullptr);
@@ -271,7 +279,7 @@ void TLxSerializer::SerializeArray(std::u16string_view AName, const TLxTypeInfo*
 
 void TLxSerializer::SerializeInterface(std::u16string_view AName, const TLxTypeInfo* ATypeInfo,
                                        IInterface* AInterface, Integer AIdx) {
-  if (!AInterface || OptionIsTrue(u"excludechildren")) {
+  if (!AInterface || ExcludesChildren()) {
     SerializeValue(AName, ATypeInfo, TValue(), AIdx, nullptr);
     return;
   }
@@ -329,7 +337,7 @@ void TLxSerializer::DoSerialize(TLxSerializer* AParent, std::u16string_view AMem
 
 void TLxSerializer::SerializeMembers() {
   const TLxTypeDescription& Description = *FInstanceTypeInfo->GetDescription();
-  const bool ExcludeChildren = OptionIsTrue(u"excludechildren");
+  const bool ExcludeChildren = ExcludesChildren();
   const auto SkipsChild = [&](TLxTypeKind AKind) {
     return ExcludeChildren && (AKind == ltkRecord || AKind == ltkClass || AKind == ltkInterface);
   };

@@ -50,12 +50,27 @@ void TLxXMLSerializer::SetParent(TLxCustomSerializer* AParent) {
         SetParam(Name, u"");
     }
   }
-  FExcludeNamespaces = GetParam(u"excludenamespaces") == u"true";
-  FDefaultNamespace = GetParam(u"xmlns");
-  FXSINamespace = GetParam(u"xsi-namespace");
-  FXSIPrefix = GetParam(u"xsi-prefix");
-  FXSDNamespace = GetParam(u"xsd-namespace");
-  FXSDPrefix = GetParam(u"xsd-prefix");
+  // A child without options of its own reads what its parent read, unless an option changed
+  // since: the walk makes a child per nested value.
+  const auto* Parent = AParent && AParent->InheritsFrom(TLxXMLSerializer::StaticClass())
+                           ? static_cast<const TLxXMLSerializer*>(AParent)
+                           : nullptr;
+  if (Parent && !HasOwnParams() && Parent->FOptionsReadAt == Parent->ParamChangesAlongParents()) {
+    FExcludeNamespaces = Parent->FExcludeNamespaces;
+    FDefaultNamespace = Parent->FDefaultNamespace;
+    FXSINamespace = Parent->FXSINamespace;
+    FXSIPrefix = Parent->FXSIPrefix;
+    FXSDNamespace = Parent->FXSDNamespace;
+    FXSDPrefix = Parent->FXSDPrefix;
+  } else {
+    FExcludeNamespaces = GetParam(u"excludenamespaces") == u"true";
+    FDefaultNamespace = GetParam(u"xmlns");
+    FXSINamespace = GetParam(u"xsi-namespace");
+    FXSIPrefix = GetParam(u"xsi-prefix");
+    FXSDNamespace = GetParam(u"xsd-namespace");
+    FXSDPrefix = GetParam(u"xsd-prefix");
+  }
+  FOptionsReadAt = ParamChangesAlongParents();
 }
 
 UnicodeString TLxXMLSerializer::GetRootElementName(TLxTypeKind ATypeKind) {

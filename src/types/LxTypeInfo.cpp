@@ -41,6 +41,11 @@ TValue TLxFieldDescription::GetValue(const void* AInstance) const {
 }
 
 void TLxFieldDescription::SetValue(void* AInstance, const TValue& AValue) const {
+  if (AValue.GetTypeInfo() == FType && FType) {
+    // A value of the field's own type goes in as it is: no conversion, no copy between.
+    FType->Ops->Assign(GetAddress(AInstance), AValue.GetReferenceToRawData());
+    return;
+  }
   TValue Converted;
   if (!AValue.ToType(FType, Converted))
     throw EInvalidCast(u"Invalid class typecast");

@@ -249,6 +249,8 @@ TEST_F(StringList, NamesAndValues) {
   EXPECT_EQ(List->IndexOfName(u"HOST"), 0); // the first match, without regard to case
   EXPECT_EQ(List->IndexOfName(u"plain"), -1);
   EXPECT_EQ(List->IndexOfName(u""), 4);
+  EXPECT_EQ(List->IndexOfName(u"Path=/a"), -1) << "a name ends at the first separator";
+  EXPECT_EQ(List->IndexOfName(u"Hos"), -1);
   EXPECT_EQ(List->GetValues(u"path"), u"/a=b");
   EXPECT_EQ(List->GetValues(u"missing"), u"");
 

@@ -407,6 +407,75 @@ TEST(SerializerWalk, HelpersReplaceMembersAndTheRoot) {
   Live.ExpectMadeSince(0, "each helper is freed after its member");
 }
 
+/// Changes an option of the serializer it runs in, half-way through its members.
+template <int Option> class TOptionSwitch : public TLxSerializerHelper {
+  LX_CLASS(TOptionSwitch, TLxSerializerHelper)
+  TOptionSwitch() = default;
+  void Serialize(TLxSerializer* ASerializer, std::u16string_view, const TLxTypeInfo*, const TValue&,
+                 bool& Handled) override {
+    if (Option == 0)
+      ASerializer->SetParam(u"xsi-prefix", u"q");
+    else
+      ASerializer->SetParam(u"excludechildren", u"true");
+    Handled = true;
+  }
+
+protected:
+  ~TOptionSwitch() override = default;
+};
+
+class TSwitched : public TPersistent {
+  LX_CLASS(TSwitched, TPersistent)
+  TSwitched() = default;
+  TWalkLeaf* Before = nullptr;
+  Integer Switch = 0;
+  TWalkLeaf* After = nullptr;
+  Integer ExcludeSwitch = 0;
+  TSwitched* Last = nullptr;
+
+protected:
+  ~TSwitched() override {
+    lorvane::Free(Last);
+    lorvane::Free(Before);
+    lorvane::Free(After);
+  }
+};
+
+// Children take options over from their parents; one changed during the walk reaches the
+// members written after the change, as it would if each of them read it afresh.
+TEST(SerializerWalk, AnOptionChangedDuringTheWalkReachesWhatIsWrittenAfter) {
+  static const bool Described = [] {
+    DescribeWalkKinds();
+    LxDescribeClass<TOptionSwitch<0>>(u"Test.TPrefixSwitch");
+    LxDescribeClass<TOptionSwitch<1>>(u"Test.TExcludeSwitch");
+    LxDescribeClass<TSwitched>(u"Test.TSwitched")
+        .Property(u"Before", &TSwitched::Before)
+        .Property(u"Switch", &TSwitched::Switch)
+        .Hint(shoSerializerHelper, u"Test.TPrefixSwitch")
+        .Property(u"Last", &TSwitched::Last)
+        .Property(u"ExcludeSwitch", &TSwitched::ExcludeSwitch)
+        .Hint(shoSerializerHelper, u"Test.TExcludeSwitch")
+        .Property(u"After", &TSwitched::After);
+    return true;
+  }();
+  (void)Described;
+  TOwned<TSwitched> Root(New<TSwitched>());
+  Root->Before = New<TWalkLeaf>();
+  Root->After = New<TWalkLeaf>();
+  Root->Last = New<TSwitched>();
+  // The prefix changes for the child made after it (the root's own elements keep theirs), and
+  // the object member after "excludechildren" goes out as a reference, here nil.
+  const std::string Xml = XmlOf(TValue::From(Root.get()));
+  EXPECT_NE(Xml.find("<Before xsi:type=\"xsd:TWalkLeaf\"><Depth xsi:type=\"xsd:int\">3</Depth>"
+                     "</Before><Last q:type=\"xsd:TSwitched\"><Before q:type=\"xsd:TWalkLeaf\" "
+                     "q:nil=\"true\"/>"),
+            std::string::npos)
+      << Xml;
+  EXPECT_NE(Xml.find("</Last><After xsi:type=\"xsd:TWalkLeaf\" xsi:nil=\"true\"/></object>"),
+            std::string::npos)
+      << Xml;
+}
+
 /// Refuses its member "Refused" and can replace its whole walk.
 class TSteering : public TLxSerializableObject {
   LX_CLASS(TSteering, TLxSerializableObject)

@@ -46,6 +46,11 @@ class TLxCustomSerializer : public TLxObject, public virtual ILxCustomSerializer
   TStrings* GetParams() const;
   /// Copies each line of AParams (name, value and object); lines already here stay.
   void SetParams(TStrings* AParams);
+  /// Changes to the options of this serializer and its parents, counted: what was read from
+  /// them while this count stood still is still what GetParam gives.
+  UInt64 ParamChangesAlongParents() const noexcept;
+  /// Whether this serializer has lines of its own.
+  bool HasOwnParams() const noexcept { return FParams && FParams->GetCount() > 0; }
 
   void* GetInstancePtr() override { return FInstancePtr; }
   void* GetInstance() const noexcept { return FInstancePtr; }
@@ -65,6 +70,9 @@ protected:
   const TLxTypeInfo* FInstanceTypeInfo = nullptr;
   TStream* FStream = nullptr;
   mutable TStringList* FParams = nullptr;
+  /// Bumped by every change to FParams, and by every hand-out of it (GetParams), which may be
+  /// changed behind this object's back.
+  mutable UInt64 FParamChanges = 0;
   UnicodeString FName = u"root";
   TValue FValue;
 };

@@ -99,6 +99,11 @@ private:
   void SerializeArrayElements(TLxSerializer* AParent, std::u16string_view AMemberName);
   bool IsBeingWritten(TObject* AObject) const noexcept;
   bool OptionIsTrue(std::u16string_view AName);
+  /// OptionIsTrue("excludechildren"), read again only after an option changed: asked for every
+  /// member that holds an object or record.
+  bool ExcludesChildren();
+  UInt64 FExcludeChildrenReadAt = ~UInt64(0);
+  bool FExcludeChildren = false;
 };
 
 } // namespace lorvane

@@ -55,6 +55,8 @@ protected:
   UnicodeString FXSIPrefix;
   UnicodeString FXSDNamespace;
   UnicodeString FXSDPrefix;
+  /// ParamChangesAlongParents when the options above were read.
+  UInt64 FOptionsReadAt = ~UInt64(0);
 
 private:
   UnicodeString ValueText(const TLxTypeInfo* ADeclared, const TLxTypeInfo* AType,
