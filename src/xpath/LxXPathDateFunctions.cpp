@@ -208,14 +208,25 @@ Variant TLxXPathFnDateTime::Value(const TLxXPathNodes& ANodeList, Integer AIndex
   return Result;
 }
 
-Variant TLxXPathFnAdjustDateTimeToTimeZone::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
-  if (ParamCount() > 2)
-    throw ELxDomSyntax(u"The \"fn:adjust-dateTime-to-timezone(dt,timezone)\" function may not "
-                       u"have more than 2 parameters!");
+namespace {
+
+/// adjust-dateTime-to-timezone and its date and time kin: the parts of the text written out
+/// again with the zone replaced, added or removed; the clock reading never moves.
+Variant AdjustToTimeZone(TLxXPathFunction& AFunction, const TLxXPathNodes& ANodeList,
+                         Integer AIndex, TDateText AText) {
+  static constexpr View TooMany[] = {
+      u"The \"fn:adjust-dateTime-to-timezone(dt,timezone)\" function may not have more than 2 "
+      u"parameters!",
+      u"The \"fn:adjust-date-to-timezone(date,timezone)\" function may not have more than 2 "
+      u"parameters!",
+      u"The \"fn:adjust-time-to-timezone(time,timezone)\" function may not have more than 2 "
+      u"parameters!"};
+  if (AFunction.ParamCount() > 2)
+    throw ELxDomSyntax(UnicodeString(TooMany[static_cast<int>(AText)]));
   // The first argument is required; without it the argument list has no item 0.
-  if (ParamCount() == 0)
+  if (AFunction.ParamCount() == 0)
     throw EListError(u"List index out of bounds (0)");
-  const Variant First = Param(0)->Value(ANodeList, AIndex);
+  const Variant First = AFunction.Param(0)->Value(ANodeList, AIndex);
   if (VarIsNull(First))
     return First;
   const UnicodeString FirstText = LxVarToStr(First, u"", false);
@@ -223,14 +234,14 @@ Variant TLxXPathFnAdjustDateTimeToTimeZone::Value(const TLxXPathNodes& ANodeList
 
   bool ZoneIsNull = false;
   Int64 Total = 0;
-  if (ParamCount() == 1) {
+  if (AFunction.ParamCount() == 1) {
     Word Hours = 0;
     Word Minutes = 0;
     Integer Offset = 0;
     LxCalcTimeZoneOffset(Now(), Offset, Hours, Minutes);
     Total = Offset;
   } else {
-    const Variant Zone = Param(1)->Value(ANodeList, AIndex);
+    const Variant Zone = AFunction.Param(1)->Value(ANodeList, AIndex);
     ZoneIsNull = VarIsNull(Zone);
     if (!ZoneIsNull) {
       const TLxDuration Duration = LxXMLToDuration(LxVarToStr(Zone, u"", false));
@@ -243,21 +254,34 @@ Variant TLxXPathFnAdjustDateTimeToTimeZone::Value(const TLxXPathNodes& ANodeList
     }
   }
 
-  const bool HasZone = P.TimeZone != tzfNone;
-  if (!HasZone)
+  if (P.TimeZone == tzfNone)
     return ZoneIsNull ? First : Variant(FirstText + ZoneText(Total));
-  // The clock reading stays as it is: only the zone is replaced or removed.
-  UnicodeString Result = Padded(P.Year, 4) + u"-" + Padded(P.Month, 2) + u"-" + Padded(P.Day, 2) +
-                         u"T" + Padded(P.Hour, 2) + u":" + Padded(P.Minute, 2) + u":" +
-                         Padded(P.Second, 2) + u"." + Padded(P.MSec, 3).substr(0, 3);
+  UnicodeString Result;
+  if (AText != TDateText::Time)
+    Result = Padded(P.Year, 4) + u"-" + Padded(P.Month, 2) + u"-" + Padded(P.Day, 2);
+  if (AText == TDateText::DateTime)
+    Result += u"T";
+  if (AText != TDateText::Date)
+    Result += Padded(P.Hour, 2) + u":" + Padded(P.Minute, 2) + u":" + Padded(P.Second, 2) + u"." +
+              Padded(P.MSec, 3).substr(0, 3);
   if (!ZoneIsNull)
     Result += ZoneText(Total);
   return Result;
 }
 
-Variant TLxXPathFnAdjustDateToTimeZone::Value(const TLxXPathNodes&, Integer) { return Variant(); }
+} // namespace
 
-Variant TLxXPathFnAdjustTimeToTimeZone::Value(const TLxXPathNodes&, Integer) { return Variant(); }
+Variant TLxXPathFnAdjustDateTimeToTimeZone::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
+  return AdjustToTimeZone(*this, ANodeList, AIndex, TDateText::DateTime);
+}
+
+Variant TLxXPathFnAdjustDateToTimeZone::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
+  return AdjustToTimeZone(*this, ANodeList, AIndex, TDateText::Date);
+}
+
+Variant TLxXPathFnAdjustTimeToTimeZone::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
+  return AdjustToTimeZone(*this, ANodeList, AIndex, TDateText::Time);
+}
 
 void RegisterXPathDateFunctions() {
   static constexpr struct {

@@ -153,6 +153,10 @@ TEST_F(XPathDateFunctions, EveryFieldOfTheValueFormTexts) {
                 "UnicodeString:" + StringToUTF8(Clock + ZoneText));
       EXPECT_EQ(Evaluate(u"adjust-dateTime-to-timezone(\"" + Text + u"\", \"-PT3H\")", Number()),
                 "UnicodeString:" + StringToUTF8(Clock + u"-03:00"));
+      EXPECT_EQ(Evaluate(u"adjust-date-to-timezone(\"" + Date + u"\", \"-PT3H\")", Number()),
+                "UnicodeString:" + StringToUTF8(Text.substr(0, 10) + u"-03:00"));
+      EXPECT_EQ(Evaluate(u"adjust-time-to-timezone(\"" + Time + u"\", \"-PT3H\")", Number()),
+                "UnicodeString:" + StringToUTF8(Clock.substr(11) + u"-03:00"));
     }
   }
 }
@@ -202,9 +206,21 @@ TEST_F(XPathDateFunctions, AdjustKeepsTheClockAndReplacesTheZone) {
       {u"adjust-dateTime-to-timezone(1, 2, 3)",
        "Syntax: The \"fn:adjust-dateTime-to-timezone(dt,timezone)\" function may not have more "
        "than 2 parameters!"},
-      // registered, computing nothing: the value stays unassigned
-      {u"adjust-date-to-timezone(\"2000-01-01\", \"PT1H\")", "Empty"},
-      {u"adjust-time-to-timezone(\"10:00:00\")", "Empty"},
+      // the same for a date and for a time
+      {u"adjust-date-to-timezone(\"2000-01-01+01:00\", \"PT1H30M\")",
+       "UnicodeString:2000-01-01+01:30"},
+      {u"adjust-date-to-timezone(\"2000-01-01Z\", zz)", "UnicodeString:2000-01-01"},
+      {u"adjust-date-to-timezone(\"2000-01-01\", \"-PT10H\")", "UnicodeString:2000-01-01-10:00"},
+      {u"adjust-time-to-timezone(\"10:00:00.5-05:00\", \"PT0S\")",
+       "UnicodeString:10:00:00.500+00:00"},
+      {u"adjust-time-to-timezone(\"10:00:00\")", "UnicodeString:10:00:00+00:00"},
+      {u"adjust-time-to-timezone()", "List: List index out of bounds (0)"},
+      {u"adjust-date-to-timezone(1, 2, 3)",
+       "Syntax: The \"fn:adjust-date-to-timezone(date,timezone)\" function may not have more "
+       "than 2 parameters!"},
+      {u"adjust-time-to-timezone(1, 2, 3)",
+       "Syntax: The \"fn:adjust-time-to-timezone(time,timezone)\" function may not have more "
+       "than 2 parameters!"},
   };
   ExpectResults(Cases, Number());
   test::TZoneScope::Set("Asia/Kolkata", "IST-5:30");

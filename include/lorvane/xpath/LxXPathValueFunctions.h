@@ -108,8 +108,8 @@ LX_XPATH_VALUE_FUNCTION(TLxXPathFnTimeZoneFromTime);
 /// adjust-dateTime-to-timezone(dt, zone*): the clock reading kept, the zone replaced, added or
 /// removed; without a zone argument the local zone of the present moment.
 LX_XPATH_VALUE_FUNCTION(TLxXPathFnAdjustDateTimeToTimeZone);
-/// adjust-date-to-timezone(d, zone*), adjust-time-to-timezone(t, zone*): registered, computing
-/// nothing; their value is unassigned, which a filter takes as a missing value.
+/// adjust-date-to-timezone(d, zone*), adjust-time-to-timezone(t, zone*): the same for a date
+/// ("yyyy-mm-dd") and for a time ("hh:mm:ss.mmm").
 LX_XPATH_VALUE_FUNCTION(TLxXPathFnAdjustDateToTimeZone);
 LX_XPATH_VALUE_FUNCTION(TLxXPathFnAdjustTimeToTimeZone);
 
