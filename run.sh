@@ -5,7 +5,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 PACKAGES=(cmake g++ make pkg-config ccache libicu-dev libpcre2-dev libgtest-dev libgmock-dev libexpat1-dev
-          libbenchmark-dev clang-format tzdata rapidjson-dev)
+          libbenchmark-dev clang-format tzdata rapidjson-dev
+          unicode-data bzip2)  # NormalizationTest.txt(.bz2) for the test of normalize-unicode
 
 install_missing() {
   local missing=()

@@ -3,6 +3,7 @@
 // failures that path selection documents may leave.
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
+#include "lorvane/platform/RegularExpressions.h"
 #include "lorvane/uLxXPath.h"
 #include "support/DocumentedFailures.h"
 
@@ -30,16 +31,23 @@ bool IsDocumentedPlain(std::u16string_view AMessage) {
                      u"option!" ||
          AMessage == u"An invalid operation has been detected!" ||
          AMessage.starts_with(u"An invalid expression was detected!\r\n") ||
+         // adjust-dateTime-to-timezone reads its zone with LxXMLToDuration, which raises these
+         AMessage.starts_with(u"LxXMLToDuration; ") ||
          AMessage.ends_with(u"\" is an invalid filter expression!");
 }
 
 /// What a selection may raise on any path: syntax, not found (soRaise, soCreate), the functions'
-/// coded failures, the plain messages above, and the shared Variant comparison's failures.
+/// coded failures, the plain messages above, the shared Variant comparison's and arithmetic's
+/// failures, a pattern that the regular expression engine refuses or gives up on, a date text
+/// that isn't one (or makes no date), and adjust-dateTime-to-timezone without its argument.
 bool IsDocumentedSelectionFailure(const std::exception& AFailure) {
   const auto* E = &AFailure;
   if (dynamic_cast<const ELxDomSyntax*>(E) || dynamic_cast<const ELxDomNotFound*>(E) ||
-      dynamic_cast<const ELxXPathException*>(E) || dynamic_cast<const EVariantError*>(E))
+      dynamic_cast<const ELxXPathException*>(E) || dynamic_cast<const EVariantError*>(E) ||
+      dynamic_cast<const ERegularExpressionError*>(E) || dynamic_cast<const EConvertError*>(E))
     return true;
+  if (const auto* List = dynamic_cast<const EListError*>(E))
+    return List->Message() == u"List index out of bounds (0)";
   const auto* Plain = dynamic_cast<const Exception*>(E);
   return Plain && typeid(*Plain) == typeid(Exception) && IsDocumentedPlain(Plain->Message());
 }

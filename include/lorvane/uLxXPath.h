@@ -5,3 +5,4 @@
 #include "lorvane/dom/LxDOMPathSelection.h"
 #include "lorvane/uLxXMLDOM.h"
 #include "lorvane/xpath/LxXPath.h"
+#include "lorvane/xpath/LxXPathValueFunctions.h"

@@ -60,6 +60,25 @@ void LxTokenize(std::u16string_view AValue, TStringList* AList, std::u16string_v
   AddPart(AValue.substr(Start));
 }
 
+void LxTokenize(TStringList* AList, std::u16string_view AInput, std::u16string_view APattern,
+                TRegExOptions AOptions) {
+  if (!AList)
+    throw EArgumentException(u"LxTokenize needs a list for the parts");
+  // Compiled before the list is touched: a refused pattern leaves the list as it was.
+  const TRegEx Expression(APattern, AOptions);
+  AList->Clear();
+  for (const UnicodeString& Part : Expression.Split(AInput))
+    AList->Add(Part);
+}
+
+UnicodeString LxNormalizeString(std::u16string_view AText, TNorm_Form AForm) {
+  return NormalizeString(AForm, AText);
+}
+
+UnicodeString LxSimplifyString(std::u16string_view AText) {
+  return FoldCase(StripDiacritics(AText));
+}
+
 UnicodeString LxStripLiterals(std::u16string_view AValue) {
   if (AValue.size() >= 2) {
     const WideChar First = AValue.front();

@@ -6,6 +6,7 @@
 #include "lorvane/dom/LxDOMDocument.h"
 #include "lorvane/platform/Logging.h"
 #include "lorvane/xpath/LxXPath.h"
+#include "lorvane/xpath/LxXPathValueFunctions.h"
 #include "xpath/LxXPathSelect.h"
 
 namespace lorvane {
@@ -54,6 +55,14 @@ TLxXPathBaseTerm* CreateFunctionTerm(const UnicodeString& AFunctionName,
   throw ELxDomSyntax(u"The filter contains an unsupported function (%s)!", {AFunctionName});
 }
 
+std::vector<UnicodeString> RegisteredXPathFunctionNames() {
+  EnsureLibraryStarted();
+  std::vector<UnicodeString> Names;
+  for (const TFunctionEntry& Entry : Functions())
+    Names.push_back(Entry.Name);
+  return Names;
+}
+
 TLxXPathCollationClass FindXPathCollation(const UnicodeString& ACollationNS) {
   EnsureLibraryStarted();
   for (const TCollationEntry& Entry : Collations())
@@ -99,23 +108,17 @@ void TLxXPathFnString::ParseParams(TLxXPathFilterParser& AParser) {
 
 namespace {
 
-/// The words of one function for the node argument rule.
-struct TNodeArgument {
-  std::u16string_view Name;      ///< "fn:node-name(node)"
-  std::u16string_view Parameter; ///< "node" or "arg", as the messages name it
-  std::u16string_view TooMany;   ///< the ELxDomSyntax message for two or more arguments
-  bool OtherTermIsValue;         ///< whether a term that is no path gives its value instead
-};
+using TNodeArgument = TXPathNodeArgument;
 
 [[noreturn]] void RaiseXPath(std::u16string_view ACode, std::u16string_view AFormat,
                              std::u16string_view AName) {
   throw ELxXPathException(UnicodeString(ACode), Format(AFormat, {UnicodeString(AName)}), u"");
 }
 
-/// The node the argument names: the candidate without one, the single node of a path argument.
-/// Gives nil with AValue set for a term that gives its value (OtherTermIsValue).
-TLxDOMNode* NodeArgument(TLxXPathFunction& AFunction, const TLxXPathNodes& ANodeList,
-                         Integer AIndex, const TNodeArgument& AWords, Variant* AValue) {
+} // namespace
+
+TLxDOMNode* XPathNodeArgument(TLxXPathFunction& AFunction, const TLxXPathNodes& ANodeList,
+                              Integer AIndex, const TXPathNodeArgument& AWords, Variant* AValue) {
   if (AFunction.ParamCount() >= 2)
     throw ELxDomSyntax(UnicodeString(AWords.TooMany));
   if (AFunction.ParamCount() == 0)
@@ -140,6 +143,8 @@ TLxDOMNode* NodeArgument(TLxXPathFunction& AFunction, const TLxXPathNodes& ANode
                AWords.Name);
   return Nodes.front();
 }
+
+namespace {
 
 constexpr TNodeArgument NodeNameWords{
     u"fn:node-name(node)", u"node",
@@ -172,7 +177,7 @@ UnicodeString DocumentURI(TLxDOMNode* ANode) {
 Variant StringOf(TLxXPathFunction& AFunction, const TLxXPathNodes& ANodeList, Integer AIndex,
                  const TNodeArgument& AWords) {
   Variant Value;
-  if (TLxDOMNode* Node = NodeArgument(AFunction, ANodeList, AIndex, AWords, &Value))
+  if (TLxDOMNode* Node = XPathNodeArgument(AFunction, ANodeList, AIndex, AWords, &Value))
     return Variant(Node->GetNodeValue());
   return Variant(LxVarToStr(Value, u"", false));
 }
@@ -211,7 +216,7 @@ Variant TLxXPathFnText::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
 }
 
 Variant TLxXPathFnNodeName::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
-  TLxDOMNode* Node = NodeArgument(*this, ANodeList, AIndex, NodeNameWords, nullptr);
+  TLxDOMNode* Node = XPathNodeArgument(*this, ANodeList, AIndex, NodeNameWords, nullptr);
   if (IsDeclaration(Node))
     return Variant(static_cast<TLxDOMAttribute*>(Node)->NamespacePrefix());
   if (FEquation->MatchOption() == soQualifiedName)
@@ -220,7 +225,7 @@ Variant TLxXPathFnNodeName::Value(const TLxXPathNodes& ANodeList, Integer AIndex
 }
 
 Variant TLxXPathFnNilled::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
-  TLxDOMNode* Node = NodeArgument(*this, ANodeList, AIndex, NilledWords, nullptr);
+  TLxDOMNode* Node = XPathNodeArgument(*this, ANodeList, AIndex, NilledWords, nullptr);
   if (Node->GetNodeType() != ntElement)
     return Null();
   auto* Element = static_cast<TLxDOMElement*>(Node);
@@ -245,13 +250,14 @@ Variant TLxXPathFnData::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
 }
 
 Variant TLxXPathFnBaseUri::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
-  TLxDOMNode* Node = NodeArgument(*this, ANodeList, AIndex, BaseUriWords, nullptr);
+  TLxDOMNode* Node = XPathNodeArgument(*this, ANodeList, AIndex, BaseUriWords, nullptr);
   const UnicodeString URI = Node->GetNamespaceURI();
   return Variant(URI.empty() ? DocumentURI(Node) : URI);
 }
 
 Variant TLxXPathFnDocumentUri::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
-  return Variant(DocumentURI(NodeArgument(*this, ANodeList, AIndex, DocumentUriWords, nullptr)));
+  return Variant(
+      DocumentURI(XPathNodeArgument(*this, ANodeList, AIndex, DocumentUriWords, nullptr)));
 }
 
 Variant TLxXPathFnError::Value(const TLxXPathNodes& ANodeList, Integer AIndex) {
@@ -291,10 +297,11 @@ void LxXPathStartup() {
                          TLxXPathCollationASCIICI::StaticClass());
   RegisterXPathCollation(UnicodeString(cLxCollationCodepoint),
                          TLxXPathCollationCodepoint::StaticClass());
-  static constexpr struct {
+  struct TEntry {
     std::u16string_view Name;
     TLxXPathFunctionClass Class;
-  } NodeFunctions[] = {
+  };
+  static constexpr TEntry NodeFunctions[] = {
       {u"text", &XPathFunctionClass<TLxXPathFnText>},
       {u"node-name", &XPathFunctionClass<TLxXPathFnNodeName>},
       {u"nilled", &XPathFunctionClass<TLxXPathFnNilled>},
@@ -304,13 +311,21 @@ void LxXPathStartup() {
       {u"document-uri", &XPathFunctionClass<TLxXPathFnDocumentUri>},
       {u"error", &XPathFunctionClass<TLxXPathFnError>},
       {u"trace", &XPathFunctionClass<TLxXPathFnTrace>},
+  };
+  static constexpr TEntry BooleanFunctions[] = {
       {u"true", &XPathFunctionClass<TLxXPathFnTrue>},
       {u"false", &XPathFunctionClass<TLxXPathFnFalse>},
       {u"boolean", &XPathFunctionClass<TLxXPathFnBoolean>},
       {u"not", &XPathFunctionClass<TLxXPathFnNot>},
   };
-  for (const auto& Entry : NodeFunctions)
+  // The library's order of registration: node functions, numbers and texts, the boolean family,
+  // then dates. An application that registers a name again never wins over these.
+  for (const TEntry& Entry : NodeFunctions)
     RegisterXPathFunction(UnicodeString(Entry.Name), Entry.Class);
+  RegisterXPathNumberAndStringFunctions();
+  for (const TEntry& Entry : BooleanFunctions)
+    RegisterXPathFunction(UnicodeString(Entry.Name), Entry.Class);
+  RegisterXPathDateFunctions();
   RegisterXPathSelection();
 }
 

@@ -4,6 +4,7 @@
 ///   XPathSelect        one selection: alternatives, start node, steps
 ///   TXPathDepthGuard   bounds the nesting of selections, groups and filters
 ///   FindXPathCollation the collation registered for a URI
+///   XPathNodeArgument  the node that a function's optional node argument names
 #pragma once
 
 #include "lorvane/xpath/LxXPath.h"
@@ -80,5 +81,22 @@ inline std::u16string_view TrimView(std::u16string_view AText) noexcept {
 /// The collation registered for ACollationNS (compared exactly); raises ELxDomSyntax "The
 /// collation \"%s\" is not supported!" for an unknown one.
 TLxXPathCollationClass FindXPathCollation(const UnicodeString& ACollationNS);
+
+/// The names of the registered functions, in the order of registration.
+std::vector<UnicodeString> RegisteredXPathFunctionNames();
+
+/// The words of one function for the node argument rule.
+struct TXPathNodeArgument {
+  std::u16string_view Name;      ///< "fn:node-name(node)"
+  std::u16string_view Parameter; ///< "node" or "arg", as the messages name it
+  std::u16string_view TooMany;   ///< the ELxDomSyntax message for two or more arguments
+  bool OtherTermIsValue;         ///< whether a term that is no path gives its value instead
+};
+
+/// The node the argument names: the candidate without one, the single node of a path argument
+/// (none raises "XPDY0002", several "XPTY0004"). Gives nil with AValue set for a term that gives
+/// its value (OtherTermIsValue); another term raises "XPTY0004" "... must be a node!".
+TLxDOMNode* XPathNodeArgument(TLxXPathFunction& AFunction, const TLxXPathNodes& ANodeList,
+                              Integer AIndex, const TXPathNodeArgument& AWords, Variant* AValue);
 
 } // namespace lorvane

@@ -106,6 +106,38 @@ TEST(LxStrings, TokenizeAlsoAppendsToASecondListAndNeedsAList) {
                                    u"LxTokenize needs a list for the parts");
 }
 
+TEST(LxStrings, TokenizeByPatternCutsAtMatchesWithTheOptions) {
+  TOwned<TStringList> List(New<TStringList>());
+  LxTokenize(List.get(), u"a1b22c", u"\\d+", {});
+  EXPECT_EQ(LinesOf(*List), Lines({u"a", u"b", u"c"}));
+  LxTokenize(List.get(), u"aXbxc", u"x", {roIgnoreCase});
+  EXPECT_EQ(LinesOf(*List), Lines({u"a", u"b", u"c"}));
+  LxTokenize(List.get(), u"", u",", {});
+  EXPECT_EQ(LinesOf(*List), Lines{});
+  // A refused pattern raises before the list is cleared.
+  LxTokenize(List.get(), u"a,b", u",", {});
+  EXPECT_THROW(LxTokenize(List.get(), u"a", u"(", {}), ERegularExpressionError);
+  EXPECT_EQ(LinesOf(*List), Lines({u"a", u"b"}));
+  ExpectRaises<EArgumentException>([] { LxTokenize(nullptr, u"a", u",", {}); },
+                                   u"LxTokenize needs a list for the parts");
+}
+
+TEST(LxStrings, NormalizeAndSimplify) {
+  EXPECT_EQ(LxNormalizeString(u"e\u0301", NormalizationC), u"\u00E9");
+  EXPECT_EQ(LxNormalizeString(u"\u00E9", NormalizationD), u"e\u0301");
+  EXPECT_EQ(LxNormalizeString(u"\uFB01\u00B2", NormalizationKC), u"fi2");
+  EXPECT_EQ(LxNormalizeString(u"e\u0301", NormalizationOther), u"e\u0301");
+  // A lone surrogate passes through every form.
+  EXPECT_EQ(LxNormalizeString(u"a\xD800"
+                              u"e\u0301",
+                              NormalizationC),
+            u"a\xD800\u00E9");
+  EXPECT_EQ(LxSimplifyString(u"Cr\u00E8me BR\u00DBL\u00C9E"), u"creme brulee");
+  EXPECT_EQ(LxSimplifyString(u"Stra\u00DFe \uFF21\uFB01"), u"strasse afi");
+  EXPECT_EQ(LxSimplifyString(u"\u00C5ngstr\u00F6m, 1-2"), u"angstrom, 1-2");
+  EXPECT_EQ(LxSimplifyString(u""), u"");
+}
+
 TEST(LxStrings, StripLiteralsRemovesOnlyMatchingOuterQuotes) {
   const std::pair<std::u16string_view, std::u16string_view> Cases[] = {
       {u"'abc'", u"abc"},   {u"\"abc\"", u"abc"}, {u"''", u""},       {u"'it''s'", u"it''s"},

@@ -1,14 +1,19 @@
 /// Small text helpers that the rest of the library calls:
 ///   LxIf               one of two strings or characters by a condition
 ///   LxLeft, LxPadLeft  the front of a string, and a string padded in front
-///   LxTokenize         a string cut at each occurrence of a delimiter, into a list
+///   LxTokenize         a string cut at each occurrence of a delimiter, or at each match of a
+///                      regular expression, into a list
 ///   LxStripLiterals    a quoted literal without its quotes
 ///   LxCharCase         a name with its letter case changed (JSON member names, "ArrayOf" names)
 ///   LxLoadStringFromFile  the text of a file, by its byte order mark or a code page
 ///   LxPtr2Int          an address as a number
+///   LxNormalizeString  a text in a Unicode normalization form
+///   LxSimplifyString   a text reduced to a key for comparison: no accents, no case
 #pragma once
 
 #include "lorvane/platform/Classes.h"
+#include "lorvane/platform/Normalization.h"
+#include "lorvane/platform/RegularExpressions.h"
 
 #include <string_view>
 
@@ -36,6 +41,13 @@ UnicodeString LxPadLeft(std::u16string_view AValue, Integer ALength, WideChar AF
 /// list for the parts".
 void LxTokenize(std::u16string_view AValue, TStringList* AList, std::u16string_view ADelimiter,
                 TStrings* AAlsoInto);
+
+/// Clears AList and fills it with the parts of AInput between the matches of APattern, as
+/// TRegEx::Split cuts them: empty parts are kept, an empty match cuts nothing, an empty AInput
+/// gives no parts. A nil AList raises EArgumentException "LxTokenize needs a list for the parts";
+/// a pattern the engine refuses raises ERegularExpressionError.
+void LxTokenize(TStringList* AList, std::u16string_view AInput, std::u16string_view APattern,
+                TRegExOptions AOptions);
 
 /// A text that starts and ends with the same quote character (' or "), two characters long at
 /// least, comes back without those two quotes; the text between them stays as it is (a doubled
@@ -72,5 +84,14 @@ UnicodeString LxLoadStringFromFile(const TFileName& AFileName, Word ACodePage);
 inline NativeInt LxPtr2Int(const void* AAddress) noexcept {
   return reinterpret_cast<NativeInt>(AAddress);
 }
+
+/// AText in the normalization form AForm; NormalizationOther gives it unchanged.
+UnicodeString LxNormalizeString(std::u16string_view AText, TNorm_Form AForm);
+
+/// AText reduced so that texts a reader takes for the same words compare equal: compatibility
+/// characters replaced by their plain forms (ligatures, full-width letters), combining marks
+/// removed, and the letter case folded. "Cr\u00E8me BR\u00DBL\u00C9E" gives "creme brulee",
+/// "Stra\u00DFe" "strasse". Blanks and punctuation stay as they are.
+UnicodeString LxSimplifyString(std::u16string_view AText);
 
 } // namespace lorvane
