@@ -12,11 +12,18 @@
 #include "lorvane/xmlutils/LxXMLValues.h"
 #include "lorvane/xmlutils/LxXMLVariants.h"
 
+#include <algorithm>
+
 namespace lorvane {
 
 namespace {
 
 constexpr std::u16string_view cSchemaHost = u"www.w3.org";
+
+/// Declarations and the schema instance's own attributes are not members.
+bool IsMemberAttribute(const TLxXMLDeserializer::TAttribute& AAttribute) {
+  return AAttribute.URI.find(cSchemaHost) == UnicodeString::npos;
+}
 
 std::vector<TLxXMLDeserializer::TAttribute> CopyAttributes(ILxSAXAttributes* AAttribs) {
   std::vector<TLxXMLDeserializer::TAttribute> Copies;
@@ -182,8 +189,7 @@ void TLxXMLDeserializer::ReadAttributesAsMembers(TLxXMLDeserializer* ATarget,
     ~TFlagOff() { Flag = false; }
   } Off{FDeserializingAttribs};
   for (const TAttribute& Attribute : AAttribs) {
-    // Declarations and the schema instance's own attributes are not members.
-    if (Attribute.URI.find(cSchemaHost) != UnicodeString::npos)
+    if (!IsMemberAttribute(Attribute))
       continue;
     ATarget->StartElement(Attribute.URI, Attribute.LocalName, Attribute.QName, nullptr);
     ATarget->Characters(Attribute.Value);
@@ -256,7 +262,9 @@ void TLxXMLDeserializer::DoStartElement(const LxXMLString& AURI, const LxXMLStri
       const TTypeKind Kind = FMemberValue.GetTypeKind();
       // A nil element has no object to take its attributes; a deserializer made for it would
       // make one, which nobody would own.
-      if (!FAttribs.empty() && ((Kind == tkClass && FMemberValue.AsObject()) || Kind == tkRecord)) {
+      // Most elements carry only xsi:type: nothing to read into the element's value.
+      if (std::any_of(FAttribs.begin(), FAttribs.end(), IsMemberAttribute) &&
+          ((Kind == tkClass && FMemberValue.AsObject()) || Kind == tkRecord)) {
         TOwned<TLxDeserializer> Made(LxCreateDeserializer(Format(), FMemberValue));
         auto* Temporary = static_cast<TLxXMLDeserializer*>(Made.get());
         Temporary->FProcessRootChars = true;
@@ -271,7 +279,9 @@ void TLxXMLDeserializer::DoStartElement(const LxXMLString& AURI, const LxXMLStri
       return;
     }
     for (const TAttribute& Attribute : FAttribs)
-      if (SameText(Attribute.LocalName, u"type") && SameText(Attribute.URI, cLxNsXSI)) {
+      // Documents spell the namespace exactly as a rule: compared as it is before without case.
+      if (SameText(Attribute.LocalName, u"type") &&
+          (Attribute.URI == cLxNsXSI || SameText(Attribute.URI, cLxNsXSI))) {
         if (const TLxTypeInfo* Type =
                 TLxTypes::GetTypeInfo(Attribute.Value, ltnSchema, false, lmkNone))
           FDataType = Type->GetQualifiedName();

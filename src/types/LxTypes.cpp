@@ -24,6 +24,39 @@ UnicodeString FoldedKey(std::u16string_view AName) {
   return Key;
 }
 
+/// FoldedKey of a name, on the stack when it is short: documents look names up per element.
+class TFoldedName {
+public:
+  explicit TFoldedName(std::u16string_view AName) {
+    if (AName.size() > std::size(FShort)) {
+      FLong = FoldedKey(AName);
+      FView = FLong;
+      return;
+    }
+    for (std::size_t I = 0; I < AName.size(); ++I) {
+      const WideChar C = AName[I];
+      FShort[I] = C >= u'A' && C <= u'Z' ? static_cast<WideChar>(C + (u'a' - u'A')) : C;
+    }
+    FView = std::u16string_view(FShort, AName.size());
+  }
+  TFoldedName(const TFoldedName&) = delete;
+  TFoldedName& operator=(const TFoldedName&) = delete;
+  std::u16string_view View() const noexcept { return FView; }
+
+private:
+  WideChar FShort[64];
+  UnicodeString FLong;
+  std::u16string_view FView;
+};
+
+/// Hashes names and views alike, so that a table of names takes a view to look up.
+struct TNameHash {
+  using is_transparent = void;
+  std::size_t operator()(std::u16string_view AName) const noexcept {
+    return std::hash<std::u16string_view>()(AName);
+  }
+};
+
 /// The constructor that a metaclass offers, as the method "Create".
 class TMetaclassConstructor final : public TLxMethodDescription {
 public:
@@ -238,13 +271,13 @@ private:
   }
 
   void Leave(TLxTypeNameType AType, std::u16string_view AName, const TLxTypeInfo* AInfo) {
-    if (auto Found = Names[AType].find(FoldedKey(AName)); Found != Names[AType].end())
+    if (auto Found = Names[AType].find(TFoldedName(AName).View()); Found != Names[AType].end())
       std::erase(Found->second, AInfo);
   }
 
   const TLxTypeInfo* FindInTable(std::u16string_view AName, TLxTypeNameType ANameType,
                                  TLxMainTypeKind AMainKind) {
-    auto Found = Names[ANameType].find(FoldedKey(AName));
+    auto Found = Names[ANameType].find(TFoldedName(AName).View());
     if (Found == Names[ANameType].end())
       return nullptr;
     for (const TLxTypeInfo* Entry : Found->second)
@@ -297,7 +330,8 @@ private:
   std::unordered_map<TLxTypeHandle, TClass> ClassOfHandle;
   std::unordered_map<TLxTypeHandle, const TLxTypeInfo*> ArrayOfElement;
   std::unordered_map<const TLxTypeInfo*, std::unique_ptr<TLxTypeInfo>> ArrayViews;
-  std::unordered_map<UnicodeString, std::vector<const TLxTypeInfo*>> Names[3];
+  std::unordered_map<UnicodeString, std::vector<const TLxTypeInfo*>, TNameHash, std::equal_to<>>
+      Names[3];
 };
 
 // The registry lives as long as the process: TLxTypeInfo pointers are held in static caches
