@@ -10,6 +10,9 @@
 
 namespace lorvane {
 
+using enum TLxBoolExpressionOperator;
+using enum TLxExpValueHasNodeWithValueOp;
+
 // --- the expression tree -------------------------------------------------------------------------
 
 void TLxBoolExpression::SetValue(TLxExpressionValue* AValue) {

@@ -25,9 +25,10 @@ public:
   void Assign(const TLxJSONNodeList& AList);
 };
 
-enum TLxBoolExpressionOperator : Byte { opNA, opAnd, opOr };
+// Scoped: the node path language's filters use the same names for their own operators.
+enum class TLxBoolExpressionOperator : Byte { opNA, opAnd, opOr };
 
-enum TLxExpValueHasNodeWithValueOp : Byte {
+enum class TLxExpValueHasNodeWithValueOp : Byte {
   opUnequal,
   opEqual,
   opSmaller,
@@ -65,7 +66,7 @@ class TLxBoolExpression : public TObject {
   /// Frees the value held before; the new value learns its node.
   void SetValue(TLxExpressionValue* AValue);
 
-  TLxBoolExpressionOperator FOperation = opNA;
+  TLxBoolExpressionOperator FOperation = TLxBoolExpressionOperator::opNA;
   TLxBoolExpression* FParent = nullptr;
   TLxBoolExpression* FSibling = nullptr;
   TLxBoolExpression* FChild = nullptr;
@@ -145,7 +146,7 @@ class TLxExpValueHasNodeWithValue : public TLxExpressionValue {
 
   LxJSONString FValue1;
   LxJSONString FValue2;
-  TLxExpValueHasNodeWithValueOp FOperator = opEqual;
+  TLxExpValueHasNodeWithValueOp FOperator = TLxExpValueHasNodeWithValueOp::opEqual;
   bool FCaseInsensitive = false;
 
 protected:
