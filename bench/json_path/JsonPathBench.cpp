@@ -36,7 +36,11 @@ const std::string& FilterText() {
     for (int I = 0; I < 100000; ++I) {
       if (I)
         S += ',';
-      S += "{\"n\": " + std::to_string(I * 7 % 10) + ", \"v\": \"item" + std::to_string(I) + "\"}";
+      S += "{\"n\": ";
+      S += std::to_string(I * 7 % 10);
+      S += ", \"v\": \"item";
+      S += std::to_string(I);
+      S += "\"}";
     }
     return S + "]";
   }();
@@ -184,7 +188,9 @@ void BM_Walk_Single(benchmark::State& AState) {
 #ifdef LORVANE_BENCH_NLOHMANN
 void BM_Nlohmann_Pointer_Single(benchmark::State& AState) {
   static const nlohmann::json Tree = nlohmann::json::parse(bench::MixedDocument());
-  const std::string Last = "/" + std::to_string(Tree.size() - 1) + "/name";
+  std::string Last = "/";
+  Last += std::to_string(Tree.size() - 1);
+  Last += "/name";
   const nlohmann::json::json_pointer Pointers[] = {
       nlohmann::json::json_pointer("/1000/address/city"),
       nlohmann::json::json_pointer("/50000/tags/1"), nlohmann::json::json_pointer(Last)};
@@ -197,7 +203,9 @@ BENCHMARK(BM_Nlohmann_Pointer_Single)->Unit(benchmark::kMicrosecond);
 /// Parsing the pointer text is part of the work, as the path's text is for Lorvane.
 void BM_Nlohmann_PointerText_Single(benchmark::State& AState) {
   static const nlohmann::json Tree = nlohmann::json::parse(bench::MixedDocument());
-  const std::string Last = "/" + std::to_string(Tree.size() - 1) + "/name";
+  std::string Last = "/";
+  Last += std::to_string(Tree.size() - 1);
+  Last += "/name";
   for (auto _ : AState) {
     benchmark::DoNotOptimize(&Tree.at(nlohmann::json::json_pointer("/1000/address/city")));
     benchmark::DoNotOptimize(&Tree.at(nlohmann::json::json_pointer("/50000/tags/1")));

@@ -6,6 +6,8 @@
 #include "lorvane/classes/LxVariants.h"
 
 #include <array>
+#include <cstddef>
+#include <memory_resource>
 #include <vector>
 
 namespace lorvane {
@@ -185,12 +187,17 @@ bool TLxExpressionValueNot::Value(TLxJSONNodeList* ANodeList, Integer AIndex, bo
 namespace {
 
 /// The first value APath selects from AItem (always a value of the tree, never a member), or
-/// nil; the path is cut on first use and kept in ACompiled.
+/// nil; the path is cut on first use and kept in ACompiled. The whole path is walked, as a
+/// selection does, so that its failures come as they would.
 TLxJSONBase* FirstSelected(std::unique_ptr<TJSONPathText>& ACompiled, const LxJSONString& APath,
                            TLxJSONBase* AItem, TLxJDOCSelectOptions AOptions) {
   if (!ACompiled)
-    ACompiled = std::make_unique<TJSONPathText>(APath);
-  std::vector<TLxJSONBase*> Found;
+    ACompiled = std::make_unique<TJSONPathText>(APath, /*AKeepText=*/true);
+  if (TLxJSONBase * Found; ACompiled->SelectFirstByName(AItem, AOptions, Found))
+    return Found;
+  std::array<std::byte, 256> Room;
+  std::pmr::monotonic_buffer_resource Arena(Room.data(), Room.size());
+  TJSONSelection Found(&Arena);
   ACompiled->Select(AItem, AOptions, Found);
   return Found.empty() ? nullptr : Found.front();
 }
@@ -215,39 +222,98 @@ TLxExpValueHasNodeWithValue::TLxExpValueHasNodeWithValue(const LxJSONString& AVa
     : FValue1(AValue1), FValue2(AValue2), FOperator(AOperator), FCaseInsensitive(ACaseInsensitive) {
 }
 
+namespace {
+
+/// How a text reads as a number or a truth value.
+struct TClassified {
+  bool IsInteger = false;
+  bool IsFloat = false;
+  bool IsBoolean = false;
+  Integer Int = 0;
+  double Float = 0;
+  bool Boolean = false;
+};
+
+TClassified Classify(std::u16string_view AText) {
+  static const TFormatSettings PointDecimals{u'.', u',', u'-', u':'};
+  TClassified C;
+  C.IsInteger = TryStrToInt(AText, C.Int);
+  if (C.IsInteger) {
+    C.IsFloat = true;
+    C.Float = C.Int;
+  } else {
+    C.IsFloat = TryStrToFloat(AText, C.Float, PointDecimals);
+  }
+  if (!C.IsFloat)
+    C.IsBoolean = TryStrToBool(AText, C.Boolean);
+  return C;
+}
+
+bool IsQuoted(std::u16string_view AText) noexcept {
+  return AText.starts_with(u'\'') || AText.starts_with(u'"');
+}
+
+} // namespace
+
+/// One side of a comparison: a path from the item under test, or a text that is the same for
+/// every item and is read once.
+struct TJSONComparisonSide {
+  explicit TJSONComparisonSide(const LxJSONString& ATerm)
+      : IsPath(!ATerm.empty() && (ATerm[0] == u'$' || ATerm[0] == u'@')) {
+    if (IsPath || ATerm.empty())
+      return;
+    Null = false;
+    Text = ATerm;
+    Quoted = IsQuoted(Text);
+    Class = Classify(Text);
+  }
+
+  /// The side for AItem: for a path, its first value's text; nothing (Null) when it selects
+  /// nothing.
+  void Resolve(const LxJSONString& ATerm, TLxJSONBase* AItem) {
+    if (!IsPath)
+      return;
+    // Paths inside a comparison always regard case.
+    TLxJSONBase* Found = FirstSelected(Path, ATerm, AItem, {});
+    Null = true;
+    Classified = false;
+    if (!Found)
+      return;
+    if (TJSONPathAccess::IsSimple(Found))
+      Text = TJSONPathAccess::SimpleText(static_cast<TLxJSONSimpleType*>(Found));
+    else if (TLxJSONBase* Value = Found->GetValueObj())
+      Text = Value->GetAsString();
+    else
+      return;
+    Null = false;
+    Quoted = IsQuoted(Text);
+  }
+  const TClassified& Classes() {
+    if (IsPath && !Classified) {
+      Class = Classify(Text);
+      Classified = true;
+    }
+    return Class;
+  }
+
+  const bool IsPath;
+  bool Null = true;
+  bool Quoted = false;
+  bool Classified = false;
+  UnicodeString Text;
+  TClassified Class;
+  std::unique_ptr<TJSONPathText> Path;
+};
+
+struct TJSONComparisonSides {
+  TJSONComparisonSides(const LxJSONString& A, const LxJSONString& B) : Left(A), Right(B) {}
+  TJSONComparisonSide Left;
+  TJSONComparisonSide Right;
+};
+
 TLxExpValueHasNodeWithValue::~TLxExpValueHasNodeWithValue() = default;
 
 namespace {
-
-/// A side of a comparison: a text, or nothing (null).
-struct TSide {
-  bool Null = true;
-  UnicodeString Text;
-};
-
-TSide Resolve(std::unique_ptr<TJSONPathText>& ACompiled, const LxJSONString& ATerm,
-              TLxJSONBase* AItem) {
-  TSide Side;
-  if (ATerm.empty())
-    return Side;
-  if (ATerm[0] != u'$' && ATerm[0] != u'@') {
-    Side.Null = false;
-    Side.Text = ATerm;
-    return Side;
-  }
-  // Paths inside a comparison always regard case.
-  TLxJSONBase* Found = FirstSelected(ACompiled, ATerm, AItem, {});
-  if (!Found)
-    return Side;
-  Side.Null = false;
-  if (auto* Simple = dynamic_cast<TLxJSONSimpleType*>(Found))
-    Side.Text = LxVarToStr(Simple->GetAsVariant(), u"", false);
-  else if (TLxJSONBase* Value = Found->GetValueObj())
-    Side.Text = Value->GetAsString();
-  else
-    Side.Null = true;
-  return Side;
-}
 
 template <class T> bool Holds(TLxExpValueHasNodeWithValueOp AOperator, const T& A, const T& B) {
   switch (AOperator) {
@@ -278,49 +344,25 @@ bool CompareTexts(TLxExpValueHasNodeWithValueOp AOperator, std::u16string_view A
   return Holds(AOperator, LowerCase(A), LowerCase(B));
 }
 
-/// How a text reads as a number or a truth value.
-struct TClassified {
-  bool IsInteger = false;
-  bool IsFloat = false;
-  bool IsBoolean = false;
-  Integer Int = 0;
-  double Float = 0;
-  bool Boolean = false;
-};
-
-TClassified Classify(std::u16string_view AText) {
-  static const TFormatSettings PointDecimals{u'.', u',', u'-', u':'};
-  TClassified C;
-  C.IsInteger = TryStrToInt(AText, C.Int);
-  if (C.IsInteger) {
-    C.IsFloat = true;
-    C.Float = C.Int;
-  } else {
-    C.IsFloat = TryStrToFloat(AText, C.Float, PointDecimals);
-  }
-  if (!C.IsFloat)
-    C.IsBoolean = TryStrToBool(AText, C.Boolean);
-  return C;
-}
-
 } // namespace
 
 bool TLxExpValueHasNodeWithValue::Value(TLxJSONNodeList* ANodeList, Integer AIndex, bool& IsNull) {
   TLxJSONBase* Item = (*ANodeList)[AIndex];
-  const TSide Left = Resolve(FCompiled1, FValue1, Item);
-  const TSide Right = Resolve(FCompiled2, FValue2, Item);
+  if (!FSides)
+    FSides = std::make_unique<TJSONComparisonSides>(FValue1, FValue2);
+  TJSONComparisonSide& Left = FSides->Left;
+  TJSONComparisonSide& Right = FSides->Right;
+  Left.Resolve(FValue1, Item);
+  Right.Resolve(FValue2, Item);
   if (Left.Null || Right.Null) {
     IsNull = true;
     return false;
   }
-  const auto Quoted = [](std::u16string_view AText) {
-    return AText.starts_with(u'\'') || AText.starts_with(u'"');
-  };
-  if (Quoted(Left.Text) || Quoted(Right.Text))
+  if (Left.Quoted || Right.Quoted)
     return CompareTexts(FOperator, LxStripLiterals(Left.Text), LxStripLiterals(Right.Text),
                         FCaseInsensitive);
-  const TClassified A = Classify(Left.Text);
-  const TClassified B = Classify(Right.Text);
+  const TClassified& A = Left.Classes();
+  const TClassified& B = Right.Classes();
   if (A.IsInteger && B.IsInteger)
     return Holds(FOperator, A.Int, B.Int);
   if (A.IsFloat && B.IsFloat)

@@ -4,8 +4,11 @@
 
 #include "json/LxJSONFaces.h"
 
+#include "lorvane/classes/LxVariants.h"
+
 #include <algorithm>
-#include <deque>
+#include <array>
+#include <cstddef>
 #include <unordered_set>
 
 namespace lorvane {
@@ -59,28 +62,38 @@ bool IsIndexText(std::u16string_view AText) noexcept {
 struct TJSONSelector {
   enum TKind : Byte { Filter, Length, Index, Name, Slice };
   TKind Kind;
-  /// The trimmed text; for a name the name itself ("*" for all).
-  UnicodeString Text;
+  /// The trimmed text, in the path's text; for a name the name itself ("*" for all).
+  std::u16string_view Text;
   /// A filter parsed on first use.
   std::unique_ptr<TLxBoolExpression, void (*)(TLxBoolExpression*)> Expression{
       nullptr, [](TLxBoolExpression* E) { lorvane::Free(E); }};
 };
 
 struct TJSONPathText::TStep {
+  explicit TStep(std::pmr::memory_resource* AMemory) : Selectors(AMemory) {}
   bool Descend = false;
-  std::vector<TJSONSelector> Selectors;
+  std::pmr::vector<TJSONSelector> Selectors;
   /// Where the rest of the path starts; the path's length when nothing follows.
   std::size_t Next = 0;
 };
 
 struct TJSONPathText::TAlternative {
+  TAlternative(std::u16string_view AText, std::pmr::memory_resource* AMemory)
+      : Text(AText), Valid(!AText.empty() && (AText[0] == u'$' || AText[0] == u'@')),
+        Steps(AMemory) {
+    // Each step starts with "." or "[".
+    Steps.reserve(static_cast<std::size_t>(std::count_if(
+        AText.begin(), AText.end(), [](char16_t C) { return C == u'.' || C == u'['; })));
+  }
   /// Trimmed; Valid when it starts with "$" or "@".
-  UnicodeString Text;
-  bool Valid = false;
+  std::u16string_view Text;
+  bool Valid;
   /// The steps cut so far: step K starts where step K-1 ended (the first behind "$" or "@").
-  std::deque<TStep> Steps;
+  /// Room for every step the text can hold is reserved at once, so that a step stays where it
+  /// is while the walk cuts the next.
+  std::pmr::vector<TStep> Steps;
 
-  std::u16string_view Path() const noexcept { return std::u16string_view(Text).substr(1); }
+  std::u16string_view Path() const noexcept { return Text.substr(1); }
   std::size_t StartOf(std::size_t AStep) const noexcept {
     return AStep == 0 ? 0 : Steps[AStep - 1].Next;
   }
@@ -91,54 +104,59 @@ struct TJSONPathText::TAlternative {
 
 namespace {
 
+/// AText without leading and trailing characters up to U+0020, as Trim takes them off.
+std::u16string_view Trimmed(std::u16string_view AText) noexcept {
+  while (!AText.empty() && AText.front() <= u' ')
+    AText.remove_prefix(1);
+  while (!AText.empty() && AText.back() <= u' ')
+    AText.remove_suffix(1);
+  return AText;
+}
+
+void AddSelector(std::u16string_view S, std::pmr::vector<TJSONSelector>& ASelectors) {
+  TJSONSelector& Selector = ASelectors.emplace_back();
+  if (S.starts_with(u'?'))
+    Selector.Kind = TJSONSelector::Filter;
+  else if (S.starts_with(u'('))
+    Selector.Kind = TJSONSelector::Length;
+  else if (S.find(u':') != std::u16string_view::npos)
+    Selector.Kind = TJSONSelector::Slice;
+  else if (IsIndexText(S))
+    Selector.Kind = TJSONSelector::Index;
+  else
+    Selector.Kind = TJSONSelector::Name;
+  if (Selector.Kind == TJSONSelector::Name) {
+    if (S.starts_with(u'\''))
+      S = S.size() >= 2 ? S.substr(1, S.size() - 2) : std::u16string_view();
+    if (S.empty())
+      S = u"*";
+  }
+  Selector.Text = S;
+}
+
 /// The selectors of a token: a token in brackets is split at commas outside apostrophes.
-void SplitSelectors(std::u16string_view AToken, std::vector<TJSONSelector>& ASelectors) {
-  std::vector<UnicodeString> Pieces;
+void SplitSelectors(std::u16string_view AToken, std::pmr::vector<TJSONSelector>& ASelectors) {
   if (AToken.empty() || AToken.front() != u'[') {
-    Pieces.push_back(Trim(AToken));
-  } else {
-    const std::u16string_view Inside =
-        AToken.size() >= 2 ? AToken.substr(1, AToken.size() - 2) : std::u16string_view();
-    bool Quoted = false;
-    std::size_t From = 0;
-    for (std::size_t I = 0; I < Inside.size(); ++I) {
-      if (Inside[I] == u'\'')
-        Quoted = !Quoted;
-      else if (Inside[I] == u',' && !Quoted) {
-        Pieces.push_back(Trim(Inside.substr(From, I - From)));
-        From = I + 1;
-      }
-    }
-    UnicodeString Last = Trim(Inside.substr(From));
-    if (!Last.empty())
-      Pieces.push_back(std::move(Last));
-    // "[]" holds no piece at all: it is one empty selector, all children, as "$." is.
-    if (Pieces.empty())
-      Pieces.emplace_back();
+    AddSelector(Trimmed(AToken), ASelectors);
+    return;
   }
-  for (UnicodeString& Piece : Pieces) {
-    TJSONSelector Selector;
-    const std::u16string_view S = Piece;
-    if (S.starts_with(u'?'))
-      Selector.Kind = TJSONSelector::Filter;
-    else if (S.starts_with(u'('))
-      Selector.Kind = TJSONSelector::Length;
-    else if (S.find(u':') != std::u16string_view::npos)
-      Selector.Kind = TJSONSelector::Slice;
-    else if (IsIndexText(S))
-      Selector.Kind = TJSONSelector::Index;
-    else
-      Selector.Kind = TJSONSelector::Name;
-    if (Selector.Kind == TJSONSelector::Name) {
-      std::u16string_view Name = S;
-      if (Name.starts_with(u'\''))
-        Name = Name.size() >= 2 ? Name.substr(1, Name.size() - 2) : std::u16string_view();
-      Selector.Text = Name.empty() ? UnicodeString(u"*") : UnicodeString(Name);
-    } else {
-      Selector.Text = std::move(Piece);
+  const std::u16string_view Inside =
+      AToken.size() >= 2 ? AToken.substr(1, AToken.size() - 2) : std::u16string_view();
+  bool Quoted = false;
+  std::size_t From = 0;
+  for (std::size_t I = 0; I < Inside.size(); ++I) {
+    if (Inside[I] == u'\'')
+      Quoted = !Quoted;
+    else if (Inside[I] == u',' && !Quoted) {
+      AddSelector(Trimmed(Inside.substr(From, I - From)), ASelectors);
+      From = I + 1;
     }
-    ASelectors.push_back(std::move(Selector));
   }
+  // An empty last piece is not taken; but "[]", which holds no piece at all, is one empty
+  // selector, all children, as "$." is.
+  const std::u16string_view Last = Trimmed(Inside.substr(From));
+  if (!Last.empty() || ASelectors.empty())
+    AddSelector(Last, ASelectors);
 }
 
 } // namespace
@@ -152,12 +170,12 @@ TJSONPathText::TStep& TJSONPathText::TAlternative::StepAt(std::size_t AStep) {
   if (First == u'$' || First == u'@')
     throw ELxJSONException(_cLxJSONInvalidCharInPath2, {UnicodeString(1, First)},
                            cLxJSONErrInvalidCharInPath2);
-  TStep Step;
   std::size_t TokenStart, TokenEnd;
+  bool Descend = false;
   if (First == u'.') {
     ++At;
     if (At < Path.size() && Path[At] == u'.') {
-      Step.Descend = true;
+      Descend = true;
       ++At;
     }
     TokenStart = At;
@@ -187,20 +205,27 @@ TJSONPathText::TStep& TJSONPathText::TAlternative::StepAt(std::size_t AStep) {
   } else {
     RaiseWrongChar(u". or [", Chars(Path, At, 1));
   }
-  SplitSelectors(Path.substr(TokenStart, TokenEnd - TokenStart), Step.Selectors);
+  TStep& Step = Steps.emplace_back(Steps.get_allocator().resource());
+  Step.Descend = Descend;
   Step.Next = TokenEnd;
-  Steps.push_back(std::move(Step));
-  return Steps.back();
+  SplitSelectors(Path.substr(TokenStart, TokenEnd - TokenStart), Step.Selectors);
+  return Step;
 }
 
-TJSONPathText::TJSONPathText(std::u16string_view APath) {
+TJSONPathText::TJSONPathText(std::u16string_view APath, bool AKeepText)
+    : FArena(FRoom.data(), FRoom.size()), FAlternatives(&FArena) {
+  if (AKeepText) {
+    FText = APath;
+    APath = FText;
+  }
+  std::size_t Count = 1;
+  for (std::size_t At = APath.find(AlternativeSeparator); At != std::u16string_view::npos;
+       At = APath.find(AlternativeSeparator, At + AlternativeSeparator.size()))
+    ++Count;
+  FAlternatives.reserve(Count);
   for (;;) {
     const std::size_t Cut = APath.find(AlternativeSeparator);
-    auto Alternative = std::make_unique<TAlternative>();
-    Alternative->Text = Trim(APath.substr(0, Cut));
-    Alternative->Valid = !Alternative->Text.empty() &&
-                         (Alternative->Text[0] == u'$' || Alternative->Text[0] == u'@');
-    FAlternatives.push_back(std::move(Alternative));
+    FAlternatives.emplace_back(Trimmed(APath.substr(0, Cut)), &FArena);
     if (Cut == std::u16string_view::npos)
       break;
     APath.remove_prefix(Cut + AlternativeSeparator.size());
@@ -220,7 +245,7 @@ namespace {
 class TJSONPathWalk {
 public:
   TJSONPathWalk(TJSONPathText::TAlternative& AAlternative, TLxJDOCSelectOptions AOptions,
-                std::vector<TLxJSONBase*>& AResult)
+                TJSONSelection& AResult)
       : FPath(AAlternative), FOptions(AOptions), FResult(AResult) {}
 
   void Run(TLxJSONBase* AStart) {
@@ -333,7 +358,7 @@ private:
     const Int64 Base = TJSONPathAccess::Kind(ANode) == TKind::Array
                            ? static_cast<Int64>(TJSONPathAccess::Children(ANode).size())
                            : 0;
-    UnicodeString Rest(Inside.substr(0, At));
+    LxJSONString Rest(Inside.substr(0, At));
     Rest.append(Inside.substr(At + Length.size()));
     return Base + StrToInt(Rest);
   }
@@ -349,7 +374,7 @@ private:
       FCandidates.push_back(Items[static_cast<std::size_t>(AIndex)]);
   }
 
-  void SelectName(TLxJSONBase* ANode, const UnicodeString& AName) {
+  void SelectName(TLxJSONBase* ANode, std::u16string_view AName) {
     const bool All = AName == u"*";
     const TKind Kind = TJSONPathAccess::Kind(ANode);
     if (Kind == TKind::Object) {
@@ -358,7 +383,7 @@ private:
         auto* Member = static_cast<TLxJSONMember*>(Child);
         if (!All) {
           const std::u16string_view Name = TJSONPathAccess::Name(Member);
-          if (CaseInsensitive ? !SameText(Name, AName) : Name != std::u16string_view(AName))
+          if (CaseInsensitive ? !SameText(Name, AName) : Name != AName)
             continue;
         }
         if (TLxJSONBase* Value = TJSONPathAccess::Value(Member))
@@ -369,7 +394,7 @@ private:
       FCandidates.insert(FCandidates.end(), Items.begin(), Items.end());
     }
     if (FCandidates.empty() && !All && FOptions.Contains(jsoCreate)) {
-      TLxJSONMember* Member = ANode->AddMember(AName);
+      TLxJSONMember* Member = ANode->AddMember(LxJSONString(AName));
       FCandidates.push_back(Member->CreateValue(jdtNull));
     }
   }
@@ -417,18 +442,19 @@ private:
       if (Child)
         Children.Add(Child);
     }
-    // Survivors join the candidates once; a set makes the test cheap for long lists.
+    // Survivors join the candidates once. They are children of one node and so differ from
+    // each other; only candidates of the step's earlier selectors can be among them.
+    const std::size_t Earlier = FCandidates.size();
     std::unordered_set<TLxJSONBase*> Known;
-    const bool UseSet = FCandidates.size() + static_cast<std::size_t>(Children.GetCount()) > 32;
-    if (UseSet)
+    if (Earlier > 16)
       Known.insert(FCandidates.begin(), FCandidates.end());
     for (Integer I = 0; I < Children.GetCount(); ++I) {
       if (!ASelector.Expression->Evaluate(&Children, I))
         continue;
       TLxJSONBase* Survivor = Children[I];
+      const auto First = FCandidates.begin(), Last = First + static_cast<std::ptrdiff_t>(Earlier);
       const bool Seen =
-          UseSet ? !Known.insert(Survivor).second
-                 : std::find(FCandidates.begin(), FCandidates.end(), Survivor) != FCandidates.end();
+          Earlier > 16 ? Known.contains(Survivor) : std::find(First, Last, Survivor) != Last;
       if (!Seen)
         FCandidates.push_back(Survivor);
     }
@@ -436,29 +462,63 @@ private:
 
   TJSONPathText::TAlternative& FPath;
   TLxJDOCSelectOptions FOptions;
-  std::vector<TLxJSONBase*>& FResult;
-  std::vector<TTask> FTasks;
-  std::vector<TLxJSONBase*> FCandidates;
+  TJSONSelection& FResult;
+  // A short walk (a filter's path, for each item) needs no heap.
+  std::array<std::byte, 768> FRoom;
+  std::pmr::monotonic_buffer_resource FArena{FRoom.data(), FRoom.size()};
+  std::pmr::vector<TTask> FTasks{&FArena};
+  std::pmr::vector<TLxJSONBase*> FCandidates{&FArena};
 };
 
 } // namespace
 
+bool TJSONPathText::SelectFirstByName(TLxJSONBase* AThis, TLxJDOCSelectOptions AOptions,
+                                      TLxJSONBase*& AFound) {
+  // The shape "@.name", a filter's most common term: the first value of a member of that name.
+  if (FAlternatives.size() != 1 || AOptions.Contains(jsoCreate))
+    return false;
+  TAlternative& Alternative = FAlternatives.front();
+  const std::u16string_view Path = Alternative.Path();
+  if (Alternative.Text[0] != u'@' || Path.size() < 2 || Path[0] != u'.' || Path[1] == u'.')
+    return false;
+  const TStep& Step = Alternative.StepAt(0);
+  if (!Alternative.EndsBefore(1) || Step.Selectors.size() != 1 ||
+      Step.Selectors[0].Kind != TJSONSelector::Name || Step.Selectors[0].Text == u"*")
+    return false;
+  const TKind Kind = TJSONPathAccess::Kind(AThis);
+  if (Kind == TKind::Member || Kind == TKind::Document)
+    return false;
+  AFound = nullptr;
+  if (Kind != TKind::Object)
+    return true;
+  const std::u16string_view Name = Step.Selectors[0].Text;
+  const bool CaseInsensitive = AOptions.Contains(jsoCaseInsensitive);
+  for (TLxJSONBase* Child : TJSONPathAccess::Children(AThis)) {
+    auto* Member = static_cast<TLxJSONMember*>(Child);
+    const std::u16string_view Own = TJSONPathAccess::Name(Member);
+    if (CaseInsensitive ? SameText(Own, Name) : Own == Name)
+      if ((AFound = TJSONPathAccess::Value(Member)))
+        return true;
+  }
+  return true;
+}
+
 void TJSONPathText::Select(TLxJSONBase* AThis, TLxJDOCSelectOptions AOptions,
-                           std::vector<TLxJSONBase*>& AResult) {
+                           TJSONSelection& AResult) {
   TJSONPathDepthGuard Guard;
-  for (const auto& Alternative : FAlternatives) {
-    if (!Alternative->Valid)
+  for (TAlternative& Alternative : FAlternatives) {
+    if (!Alternative.Valid)
       RaiseInvalidPath();
     TLxJSONBase* Start = AThis;
     const bool IsDocument = TJSONPathAccess::Kind(AThis) == TKind::Document;
-    if (Alternative->Text[0] == u'$') {
+    if (Alternative.Text[0] == u'$') {
       TLxJSONBase* Owner = TJSONPathAccess::Owner(AThis);
       if (!Owner || TJSONPathAccess::Kind(Owner) != TKind::Document)
         Start = AThis->GetDocument()->GetRootValue();
     } else if (IsDocument) {
       Start = static_cast<TLxJSONDocument*>(AThis)->GetRootValue();
     }
-    TJSONPathWalk(*Alternative, AOptions, AResult).Run(Start);
+    TJSONPathWalk(Alternative, AOptions, AResult).Run(Start);
   }
 }
 
@@ -480,7 +540,15 @@ TJSONPathDepthGuard::TJSONPathDepthGuard() {
 
 // --- entry points --------------------------------------------------------------------------------
 
-TLxJSONArray* TJSONPathAccess::NewSelection(const std::vector<TLxJSONBase*>& AItems) {
+UnicodeString TJSONPathAccess::SimpleText(const TLxJSONSimpleType* AValue) {
+  if (AValue->HoldsShortText()) {
+    char16_t Buffer[TLxJSONSimpleType::ShortCapacity];
+    return UnicodeString(AValue->ShortText(Buffer));
+  }
+  return LxVarToStr(AValue->FValue, u"", false);
+}
+
+TLxJSONArray* TJSONPathAccess::NewSelection(const TJSONSelection& AItems) {
   auto* List = New<TLxJSONArray>(nullptr);
   List->FSelection = true;
   for (TLxJSONBase* Item : AItems)
@@ -498,8 +566,8 @@ void TLxJSONNodeList::Assign(const TLxJSONNodeList& AList) {
 
 TLxJSONArray* TLxJSONBase::CreateNodeList(const LxJSONString& APath,
                                           TLxJDOCSelectOptions AOptions) {
-  std::vector<TLxJSONBase*> Found;
-  TJSONPathText(APath).Select(this, AOptions, Found);
+  TJSONSelection Found;
+  TJSONPathText(APath, /*AKeepText=*/false).Select(this, AOptions, Found);
   if (Found.empty() && AOptions.Contains(jsoRaise))
     throw ELxJSONException(_cLxJSONInvalidPathNoNodes, cLxJSONErrInvalidPathNoNodes);
   return TJSONPathAccess::NewSelection(Found);
@@ -507,8 +575,10 @@ TLxJSONArray* TLxJSONBase::CreateNodeList(const LxJSONString& APath,
 
 TLxJSONBase* TLxJSONBase::SelectSingleNode(const LxJSONString& APath,
                                            TLxJDOCSelectOptions AOptions) {
-  std::vector<TLxJSONBase*> Found;
-  TJSONPathText(APath).Select(this, AOptions, Found);
+  std::array<std::byte, 256> Room;
+  std::pmr::monotonic_buffer_resource Arena(Room.data(), Room.size());
+  TJSONSelection Found(&Arena);
+  TJSONPathText(APath, /*AKeepText=*/false).Select(this, AOptions, Found);
   TLxJSONBase* First = Found.empty() ? nullptr : Found.front();
   if (!First && AOptions.Contains(jsoRaise))
     throw ELxJSONException(_cLxJSONInvalidPathNoNodes, cLxJSONErrInvalidPathNoNodes);

@@ -179,6 +179,12 @@ TEST_F(JSONPath, FilterComparisonsClassifyBothSides) {
   EXPECT_EQ(Selected(u"$.b[?(@.x)].x"), "[]");
   EXPECT_EQ(Selected(u"$.b.c[?(@.x),?(@.x),1].x"), "[3, 3]");
   EXPECT_EQ(Selected(u"$.items[?(@.n==1),?(@.n),0].n"), "[1, 7, \"abc\", 1]");
+  // A term's path gives its first value: of duplicate names, the first member's.
+  Load(uR"([{"a":1,"a":2},{"b":{"a":3}}])");
+  EXPECT_EQ(Selected(u"$[?(@.a==2)]"), "[]");
+  EXPECT_EQ(Selected(u"$[?(@.a==1)].a"), "[1, 2]");
+  EXPECT_EQ(Selected(u"$[?(@.b.a==3)].b.a"), "[3]");
+  EXPECT_EQ(Selected(u"$[?(@..a==3)].b.a"), "[3]");
   // A filter's path may hold a filter of its own.
   Load(uR"([[{"a":1}],[{"b":1}]])");
   EXPECT_EQ(Selected(u"$[?(@[?(@.a)])]"), "[[{\"a\": 1}]]");

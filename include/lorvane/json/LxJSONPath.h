@@ -38,8 +38,10 @@ enum class TLxExpValueHasNodeWithValueOp : Byte {
 };
 
 class TLxExpressionValue;
-/// A path text cut into steps on first use (src/json).
+/// A path text cut into steps on first use, and the two sides of a comparison as far as they
+/// don't change from item to item (src/json).
 class TJSONPathText;
+struct TJSONComparisonSides;
 
 /// A node of a filter. It owns its value, its child chain and the rest of its own chain; freeing
 /// the root frees the whole filter, over a list of its own rather than by recursion.
@@ -153,8 +155,7 @@ protected:
   ~TLxExpValueHasNodeWithValue() override;
 
 private:
-  std::unique_ptr<TJSONPathText> FCompiled1;
-  std::unique_ptr<TJSONPathText> FCompiled2;
+  std::unique_ptr<TJSONComparisonSides> FSides;
 };
 
 /// Nested selections (a filter's paths that hold filters) and groups of one thread: beyond this

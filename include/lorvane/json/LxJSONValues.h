@@ -419,6 +419,7 @@ private:
   friend class TLxJSONObject;
   friend class TLxJSONArray;
   template <class> friend class jsonwriter::TBasicWriter;
+  friend struct TJSONPathAccess;
 
   /// Text of up to this many units that each fit in a byte is held in the value itself, one
   /// byte a unit, and becomes a Variant only for the moment a getter needs one: most values of
