@@ -478,8 +478,11 @@ bool TJSONPathText::SelectFirstByName(TLxJSONBase* AThis, TLxJDOCSelectOptions A
   if (FAlternatives.size() != 1 || AOptions.Contains(jsoCreate))
     return false;
   TAlternative& Alternative = FAlternatives.front();
+  // An empty or invalid path fails in the walk, as it must.
+  if (!Alternative.Valid || Alternative.Text[0] != u'@')
+    return false;
   const std::u16string_view Path = Alternative.Path();
-  if (Alternative.Text[0] != u'@' || Path.size() < 2 || Path[0] != u'.' || Path[1] == u'.')
+  if (Path.size() < 2 || Path[0] != u'.' || Path[1] == u'.')
     return false;
   const TStep& Step = Alternative.StepAt(0);
   if (!Alternative.EndsBefore(1) || Step.Selectors.size() != 1 ||

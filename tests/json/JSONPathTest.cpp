@@ -249,6 +249,7 @@ TEST_F(JSONPath, FailuresOfPathsWithTheirCodes) {
         15);
   Fails(u"$.a[?(@.b))]", _cLxJSONScriptExprTooComplex, 17);
   Fails(u"$.a[?(a)]", _cLxJSONInvalidPath, 13);
+  Fails(u"$.a[?( )]", _cLxJSONInvalidPath, 13);
   Fails(u"$.a[?(@==1)]", u"Instances of TLxJSONObject do not support the GetValue method!", 9);
   // A bad step behind a simple value or a step that found nothing is never read.
   EXPECT_EQ(Selected(u"$.s[?(a)]x"), "[]");
