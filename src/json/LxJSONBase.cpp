@@ -125,7 +125,8 @@ void TLxJSONBase::DestroyObjects() {
   // Values listed by a value that doesn't own its children belong elsewhere: only the list's
   // hold on them goes.
   const auto Forget = [](TLxJSONBase* AList) {
-    if (!AList->FDestroyChilds)
+    // A path's result took no hold on what it lists.
+    if (!AList->FDestroyChilds && !AList->FSelection)
       for (TLxJSONBase* Child : AList->FObjects) {
         Child->FRefCount.fetch_sub(1, std::memory_order_acq_rel);
         if (Child->FOwner == AList)

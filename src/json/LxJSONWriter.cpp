@@ -191,6 +191,13 @@ void TBasicWriter<TUnit>::Write(TLxJSONBase* AValue, bool AFormatted, Integer AD
 
 template <class TUnit>
 bool TBasicWriter<TUnit>::Open(TLxJSONBase* ANode, Integer ADepth, bool AAddLeadingSpace) {
+  // A path's result lists nil for "$" on a document without a root.
+  if (!ANode) {
+    if (AAddLeadingSpace)
+      WritePad(ADepth);
+    Put(u"null");
+    return false;
+  }
   for (;;) {
     switch (ANode->FKind) {
     case TLxJSONBase::TKind::Simple:

@@ -18,6 +18,17 @@ void RunLibraryStartup() {
     // A document without owner ends with its last interface reference.
     return IPtr<IInterface>::From(IPtr<ILxJSONDocument>(TLxJSONDocument::CreateFromJSON(AText)));
   });
+  SetGetJSONDocValue([](IInterface* ADocument, const UnicodeString& APath) {
+    // The first value the path selects, or unassigned when it selects nothing.
+    IPtr<ILxJSONDocument> Document = IPtr<ILxJSONDocument>::From(ADocument);
+    if (!Document)
+      throw EInvalidCast(UnicodeString(SInvalidCast));
+    IPtr<ILxJSONArray> Found = Document->SelectIntf(APath, TLxJDOCSelectOptions{});
+    if (Found->Count() > 0)
+      if (IPtr<ILxJSONBase> First = Found->GetItem(0))
+        return First->GetAsVariant();
+    return Unassigned();
+  });
   // Collations and functions of the path language, and the tree's path hook.
   LxXPathStartup();
   // Serialization: the framework's alias, then each format's classes.

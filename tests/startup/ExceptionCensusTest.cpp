@@ -113,6 +113,15 @@ void DeserializeFormRecord(std::string_view AText) {
   Reader->Deserialize(std::string(AText));
 }
 
+/// APath selected from the document of AJSON; with ALoose from a copy of its root without
+/// document.
+void SelectJSONPath(std::u16string_view AJSON, std::u16string_view APath, bool ALoose = false) {
+  TOwned<TLxJSONDocument> Document(TLxJSONDocument::CreateFromJSON(LxJSONString(AJSON)));
+  TOwned<TLxJSONObject> Loose(New<TLxJSONObject>(nullptr));
+  TLxJSONBase* From = ALoose ? static_cast<TLxJSONBase*>(Loose.get()) : Document.get();
+  lorvane::Free(From->CreateNodeList(LxJSONString(APath), TLxJDOCSelectOptions{}));
+}
+
 struct HostileCase {
   TEntry Entry;
   TFailure Expected;
@@ -235,6 +244,17 @@ std::vector<HostileCase> MakeCases() {
        [] { DeserializeFormRecord("Id=%C3"); }},
       {E::JSONDeserialize, F::BracketExpected, "a form post with a closing bracket alone",
        [] { DeserializeFormRecord("Id]=1"); }},
+
+      {E::JSONPathSelect, F::JSONException, "a step that starts with a letter",
+       [] { SelectJSONPath(u"{}", u"$x"); }},
+      {E::JSONPathSelect, F::TextEnded, "an empty filter",
+       [] { SelectJSONPath(u"[1]", u"$[?()]"); }},
+      {E::JSONPathSelect, F::ConvertError, "an index of a minus sign alone",
+       [] { SelectJSONPath(u"[1]", u"$[-]"); }},
+      {E::JSONPathSelect, F::InvalidCast, "\"$\" in a tree without a document",
+       [] { SelectJSONPath(u"{}", u"$.a", true); }},
+      {E::JSONPathSelect, F::FilterOperandMissing, "an operator without a right operand",
+       [] { SelectJSONPath(u"[1]", u"$[?(@ &&)]"); }},
   };
 }
 

@@ -4,6 +4,7 @@
 
 #include "lorvane/core/LxObject.h"
 #include "lorvane/dom/LxDOMTypes.h"
+#include "lorvane/json/LxJSONPath.h"
 #include "lorvane/json/LxJSONTypes.h"
 #include "lorvane/platform/SysUtils.h"
 #include "lorvane/sax/LxSAXParser.h"
@@ -46,6 +47,8 @@ enum class TFailure {
   EnumMemberExpected,   // Exception "\"The JSON Enum Deserializer expected \"asString\" or ..."
   RecordNotNillable,    // Exception "Records are not nillable! ..."
   ObjectTextExpected,   // Exception "Record/Object data must start with \"{\"."
+  InvalidCast,          // EInvalidCast: "$" in a JSON tree without a document
+  FilterOperandMissing, // EAssertionFailed SJSONFilterOperandMissing: "?(())", "?(@.a &&)"
   Undocumented,         // anything else
 };
 
@@ -71,10 +74,15 @@ inline TFailure Classify(const std::exception& AFailure) {
     return TFailure::ParserError;
   if (dynamic_cast<const ELxSerializeException*>(E))
     return TFailure::NoSuchMember;
-  if (const auto* Assertion = dynamic_cast<const EAssertionFailed*>(E))
+  if (dynamic_cast<const EInvalidCast*>(E))
+    return TFailure::InvalidCast;
+  if (const auto* Assertion = dynamic_cast<const EAssertionFailed*>(E)) {
+    if (Assertion->Message() == SJSONFilterOperandMissing)
+      return TFailure::FilterOperandMissing;
     return Assertion->Message().starts_with(u"Failed to get the EnumValue for ")
                ? TFailure::NoSuchEnumName
                : TFailure::Undocumented;
+  }
   if (const auto* NotSupported = dynamic_cast<const ENotSupportedException*>(E))
     return NotSupported->Message().starts_with(u"Failed to create an instance of ")
                ? TFailure::CannotCreate
@@ -127,6 +135,7 @@ enum class TEntry {
                     // page names and numbers, the Inc... date steps
   XMLDeserialize,   // XML into objects and values: LxDeserialize, LxCreateFrom
   JSONDeserialize,  // JSON, or a form post with "UrlEncoded", into objects and values
+  JSONPathSelect,   // a JSON path on a value tree: CreateNodeList, SelectSingleNode, SelectIntf
 };
 
 struct TEntryFailures {
@@ -175,6 +184,10 @@ inline const TEntryFailures Census[] = {
       TFailure::NoClassName, TFailure::NoClassOfType, TFailure::ValueNotSupported,
       TFailure::EnumMemberExpected, TFailure::RecordNotNillable, TFailure::ObjectTextExpected,
       TFailure::InvalidUTF8, TFailure::BracketExpected}},
+    {TEntry::JSONPathSelect,
+     "JSON path selection",
+     {TFailure::JSONException, TFailure::TextEnded, TFailure::ConvertError, TFailure::InvalidCast,
+      TFailure::FilterOperandMissing}},
 };
 
 inline const TEntryFailures& FailuresOf(TEntry AEntry) {

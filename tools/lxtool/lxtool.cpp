@@ -46,14 +46,17 @@ constexpr char Usage[] =
     "        be an object or array. --json is accepted for JSON input only: XML as JSON\n"
     "        isn't supported yet.\n"
     "\n"
-    "query   loads the XML FILE into a document and prints each node that PATH selects from\n"
-    "        the document node (CreateNodeList), one line per node in the order selected:\n"
-    "        its node type (\"Element\", \"Attribute\", \"Text\"...), its qualified name and\n"
-    "        its value, each as a JSON string, separated by tabs. --options takes select options "
-    "by their names,\n"
-    "        comma-separated: soCaseSensitive, soCaseInsensitive, soLocalName,\n"
-    "        soQualifiedName, soRaise. A path that fails prints nothing and exits 1 with the\n"
-    "        message.\n"
+    "query   loads FILE into a document and prints what PATH selects from it, in the order\n"
+    "        selected. An XML FILE (first significant character '<') takes a node path from\n"
+    "        the document node (CreateNodeList), one line per node: its node type\n"
+    "        (\"Element\", \"Attribute\", \"Text\"...), its qualified name and its value, each\n"
+    "        as a JSON string, separated by tabs. A JSON FILE takes a JSON path (\"$.a[0]\")\n"
+    "        from the document, one line per selected value, written as compact JSON in\n"
+    "        UTF-8 (null for the missing root of an empty document). --options takes select\n"
+    "        options by their names, comma-separated: soCaseSensitive, soCaseInsensitive,\n"
+    "        soLocalName, soQualifiedName, soRaise for XML; jsoRaise, jsoCaseInsensitive\n"
+    "        for JSON (the other kind's names are accepted and have no effect). A path that\n"
+    "        fails prints nothing and exits 1 with the message.\n"
     "\n"
     "exit status: 0 success, 1 the input failed (message on stderr), 2 misuse\n";
 
@@ -348,27 +351,75 @@ int Format(const std::vector<std::string_view>& AArgs) {
   return RunFormatXML(Name, !Compact);
 }
 
-/// The select option of that name; false for a name that is none of them.
-bool SelectOptionByName(std::string_view AName, TLxDOMSelectOption& AOption) {
+/// The select option of that name, of the XML or the JSON kind; false for a name that is none.
+bool SelectOptionByName(std::string_view AName, TLxDOMSelectOptions& AXML,
+                        TLxJDOCSelectOptions& AJSON) {
   static constexpr struct {
     std::string_view Name;
     TLxDOMSelectOption Option;
-  } Names[] = {{"soRaise", soRaise},
-               {"soCaseSensitive", soCaseSensitive},
-               {"soCaseInsensitive", soCaseInsensitive},
-               {"soLocalName", soLocalName},
-               {"soQualifiedName", soQualifiedName}};
-  for (const auto& Entry : Names)
+  } XMLNames[] = {{"soRaise", soRaise},
+                  {"soCaseSensitive", soCaseSensitive},
+                  {"soCaseInsensitive", soCaseInsensitive},
+                  {"soLocalName", soLocalName},
+                  {"soQualifiedName", soQualifiedName}};
+  static constexpr struct {
+    std::string_view Name;
+    TLxJDOCSelectOption Option;
+  } JSONNames[] = {{"jsoRaise", jsoRaise}, {"jsoCaseInsensitive", jsoCaseInsensitive}};
+  for (const auto& Entry : XMLNames)
     if (Entry.Name == AName) {
-      AOption = Entry.Option;
+      AXML.Include(Entry.Option);
+      return true;
+    }
+  for (const auto& Entry : JSONNames)
+    if (Entry.Name == AName) {
+      AJSON.Include(Entry.Option);
       return true;
     }
   return false;
 }
 
+/// Each node the path selects from the XML document: type, name and value as JSON strings.
+std::string QueryXML(const TFileName& AFileName, const UnicodeString& APath,
+                     TLxDOMSelectOptions AOptions) {
+  std::string Out;
+  TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+  {
+    TOwned<TFileStream> Input(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
+    Document->LoadFromStream(Input.get());
+  }
+  TOwned<TLxDOMNodeList> Found(Document->CreateNodeList(APath, AOptions));
+  for (TLxDOMNode* Node : *Found) {
+    Out += LxStrToJSONLiteral(LxDOMNodeTypes[Node->GetNodeType()]);
+    Out += '\t';
+    Out += LxStrToJSONLiteral(Node->GetQualifiedName());
+    Out += '\t';
+    Out += LxStrToJSONLiteral(Node->GetNodeValue());
+    Out += '\n';
+  }
+  return Out;
+}
+
+/// Each value the path selects from the JSON document, as compact JSON.
+std::string QueryJSON(const TFileName& AFileName, const UnicodeString& APath,
+                      TLxJDOCSelectOptions AOptions) {
+  std::string Out;
+  TOwned<TLxJSONDocument> Document(New<TLxJSONDocument>());
+  Document->LoadFromFile(AFileName);
+  TOwned<TLxJSONArray> Found(Document->CreateNodeList(APath, AOptions));
+  for (Integer I = 0; I < Found->Count(); ++I) {
+    // "$" on a document without a root selects nothing there: null.
+    TLxJSONBase* Value = Found->Item(I);
+    Out += Value ? StringToUTF8(Value->GetAsJSON()) : std::string("null");
+    Out += '\n';
+  }
+  return Out;
+}
+
 /// `query [--options A,B] FILE PATH`; AArgs follow the command.
 int Query(const std::vector<std::string_view>& AArgs) {
-  TLxDOMSelectOptions Options;
+  TLxDOMSelectOptions XMLOptions;
+  TLxJDOCSelectOptions JSONOptions;
   std::vector<std::string_view> Positional;
   for (size_t I = 0; I < AArgs.size(); ++I) {
     if (AArgs[I] == "--options") {
@@ -377,10 +428,8 @@ int Query(const std::vector<std::string_view>& AArgs) {
       std::string_view List = AArgs[I];
       while (!List.empty()) {
         const size_t Comma = List.find(',');
-        TLxDOMSelectOption Option;
-        if (!SelectOptionByName(List.substr(0, Comma), Option))
+        if (!SelectOptionByName(List.substr(0, Comma), XMLOptions, JSONOptions))
           return Misuse("unknown select option");
-        Options.Include(Option);
         List = Comma == std::string_view::npos ? std::string_view() : List.substr(Comma + 1);
       }
     } else if (AArgs[I].starts_with("--"))
@@ -390,24 +439,11 @@ int Query(const std::vector<std::string_view>& AArgs) {
   }
   if (Positional.size() != 2)
     return Misuse();
+  const TFileName Name = UTF8ToString(std::string(Positional[0]));
+  const UnicodeString Path = UTF8ToString(std::string(Positional[1]));
   std::string Out;
   try {
-    TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
-    {
-      TOwned<TFileStream> Input(New<TFileStream>(UTF8ToString(std::string(Positional[0])),
-                                                 fmOpenRead | fmShareDenyWrite));
-      Document->LoadFromStream(Input.get());
-    }
-    TOwned<TLxDOMNodeList> Found(
-        Document->CreateNodeList(UTF8ToString(std::string(Positional[1])), Options));
-    for (TLxDOMNode* Node : *Found) {
-      Out += LxStrToJSONLiteral(LxDOMNodeTypes[Node->GetNodeType()]);
-      Out += '\t';
-      Out += LxStrToJSONLiteral(Node->GetQualifiedName());
-      Out += '\t';
-      Out += LxStrToJSONLiteral(Node->GetNodeValue());
-      Out += '\n';
-    }
+    Out = IsXMLFile(Name) ? QueryXML(Name, Path, XMLOptions) : QueryJSON(Name, Path, JSONOptions);
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }

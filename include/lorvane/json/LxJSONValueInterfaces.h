@@ -59,6 +59,10 @@ public:
   virtual bool HasMember(const LxJSONString& AName, bool ACaseInsensitive = false) = 0;
   virtual IPtr<ILxJSONMember> GetMemberIntf(const LxJSONString& AName,
                                             TLxJDOCSelectOptions ASelectOptions = {}) = 0;
+  /// The values APath selects from here (see TLxJSONBase::CreateNodeList), in a list that ends
+  /// with its last reference.
+  virtual IPtr<ILxJSONArray> SelectIntf(const LxJSONString& APath,
+                                        TLxJDOCSelectOptions AOptions = {}) = 0;
 
 protected:
   ~ILxJSONBase() = default;
@@ -155,6 +159,8 @@ public:
                                              bool ACaseInsensitive = false) = 0;
   virtual IPtr<ILxJSONMember> GetMemberIntf(const LxJSONString& AName,
                                             TLxJDOCSelectOptions ASelectOptions = {}) = 0;
+  virtual IPtr<ILxJSONArray> SelectIntf(const LxJSONString& APath,
+                                        TLxJDOCSelectOptions AOptions = {}) = 0;
   /// A byte order mark at the stream's position decides the code page.
   virtual void LoadFromStream(TStream* AStream) = 0;
   virtual void LoadFromStream(TStream* AStream, Word ACodePage, bool AIsUrlFormEncoded) = 0;

@@ -27,6 +27,7 @@
 #include "lorvane/platform/Variants.h"
 
 #include <atomic>
+#include <concepts>
 #include <cstdint>
 #include <string_view>
 #include <utility>
@@ -40,6 +41,7 @@ class TLxJSONObject;
 class TLxJSONArray;
 class TLxJSONDocument;
 class TLxJSONHandler;
+struct TJSONPathAccess;
 
 namespace jsonwriter {
 template <class TUnit> class TBasicWriter;
@@ -71,7 +73,7 @@ public:
   void push_back(TLxJSONBase* AItem) {
     if (HasBlock() && Block()->Count < Block()->Capacity)
       Block()->Items()[Block()->Count++] = AItem;
-    else if (!HasBlock() && !FOne)
+    else if (!HasBlock() && !FOne && AItem)
       FOne = AItem;
     else
       Grow(AItem);
@@ -105,7 +107,8 @@ private:
     return sizeof(TBlock) + ACapacity * sizeof(TLxJSONBase*);
   }
 
-  /// The child, nil, or the block's address plus one.
+  /// The child, nil, or the block's address plus one. A nil entry (a path's result may hold
+  /// one) always lives in a block.
   TLxJSONBase* FOne = nullptr;
 };
 
@@ -273,6 +276,41 @@ class TLxJSONBase : public TLxObject, public virtual ILxJSONBase {
   /// The child at AIdx: a member of an object (not its value), an item of an array.
   TLxJSONBase* Item(Integer AIdx) { return DoItem(AIdx); }
 
+  // JSON path: "$" starts at the root value, "@" here; steps are ".name", "..name" (at every
+  // depth), "['name']", "[*]", "[index]", "[-1]", "[(@.length-1)]", "[start:end:step]", lists
+  // "[a,b]" and filters "[?(...)]"; alternatives are joined by " | ". Failures: ELxJSONException
+  // with _cLxJSONInvalidPath (13), _cLxJSONInvalidCharInPath1 (14), _cLxJSONInvalidCharInPath2
+  // (15), _cLxJSONScriptExprTooComplex (17), the unsupported error (9) for a name created in an
+  // array or a filter that reads an object as a text; EConvertError for an index that is no
+  // integer; ELxTextParserEOF for an empty filter or an operator without a right side;
+  // EInvalidCast for "$" in a tree without a document; and the filter failures of
+  // LxJSONPath.h. A failure comes only where the walk gets: a step behind one that selected
+  // nothing isn't read.
+
+  /// The selected values, in the order found, in a new array without owner that the caller
+  /// frees; the values stay in the tree (the array lists them and holds no reference). Nothing
+  /// selected gives an empty array, or with jsoRaise ELxJSONException
+  /// _cLxJSONInvalidPathNoNodes (code 11). jsoCreate adds a member for a name that finds
+  /// nothing; jsoCaseInsensitive compares names without regard to ASCII case.
+  TLxJSONArray* CreateNodeList(const LxJSONString& APath, TLxJDOCSelectOptions AOptions);
+  /// The same with [jsoRaise] or [] (a template, so that a braced option set never reads as a
+  /// truth value).
+  template <std::same_as<bool> B>
+  TLxJSONArray* CreateNodeList(const LxJSONString& APath, B ARaiseErrorIfNothingReturned) {
+    return CreateNodeList(APath, ARaiseErrorIfNothingReturned ? TLxJDOCSelectOptions{jsoRaise}
+                                                              : TLxJDOCSelectOptions{});
+  }
+  /// The first selected value, or nil; with jsoRaise, nil raises as an empty selection does.
+  TLxJSONBase* SelectSingleNode(const LxJSONString& APath, TLxJDOCSelectOptions AOptions = {});
+  template <std::same_as<bool> B>
+  TLxJSONBase* SelectSingleNode(const LxJSONString& APath, B ARaiseErrorIfNothingReturned) {
+    return SelectSingleNode(APath, ARaiseErrorIfNothingReturned ? TLxJDOCSelectOptions{jsoRaise}
+                                                                : TLxJDOCSelectOptions{});
+  }
+  /// CreateNodeList as an interface: the list ends with its last reference.
+  IPtr<ILxJSONArray> SelectIntf(const LxJSONString& APath,
+                                TLxJDOCSelectOptions AOptions = {}) override;
+
   /// The document at the top of the tree; a tree without one raises EInvalidCast "Invalid class
   /// typecast".
   TLxJSONDocument* GetDocument();
@@ -317,6 +355,9 @@ protected:
   /// Made by the tree's own load: of the library's class itself, so that the load links further
   /// values to it without asking for its class.
   bool FLoaded : 1 = false;
+  /// A path's result: its items are listed without a hold, so letting go of them moves no
+  /// count.
+  bool FSelection : 1 = false;
 
 private:
   // The classes of the tree and their builder and writer tell values apart by FKind.
@@ -326,6 +367,7 @@ private:
   friend class TLxJSONDocument;
   friend class TLxJSONHandler;
   template <class> friend class jsonwriter::TBasicWriter;
+  friend struct TJSONPathAccess;
   TKind FKind;
 
 protected:
@@ -377,6 +419,7 @@ private:
   friend class TLxJSONObject;
   friend class TLxJSONArray;
   template <class> friend class jsonwriter::TBasicWriter;
+  friend struct TJSONPathAccess;
 
   /// Text of up to this many units that each fit in a byte is held in the value itself, one
   /// byte a unit, and becomes a Variant only for the moment a getter needs one: most values of
@@ -470,6 +513,7 @@ private:
   /// unsupported error with ALabel.
   TLxJSONSimpleType* SimpleValueFor(TLxJSONDataType AValueType, std::u16string_view ALabel);
 
+  friend struct TJSONPathAccess;
   TJSONName FName;
   TLxJSONBase* FValue = nullptr;
 };
@@ -636,6 +680,10 @@ class TLxJSONDocument : public TLxJSONBase, public virtual ILxJSONDocument {
                                      bool ACaseInsensitive = false) override;
   IPtr<ILxJSONMember> GetMemberIntf(const LxJSONString& AName,
                                     TLxJDOCSelectOptions ASelectOptions = {}) override;
+  IPtr<ILxJSONArray> SelectIntf(const LxJSONString& APath,
+                                TLxJDOCSelectOptions AOptions = {}) override {
+    return TLxJSONBase::SelectIntf(APath, AOptions);
+  }
 
 protected:
   ~TLxJSONDocument() override = default;
