@@ -177,8 +177,7 @@ void TLxDeserializer::Create(const TValue& AValue) {
 
 void TLxDeserializer::Create(void* AInstancePtr, const TLxTypeInfo* ATypeInfo) {
   TLxCustomSerializer::Create(AInstancePtr, ATypeInfo);
-  if (!FCreatedObjs)
-    FCreatedObjs = New<TLxDeserializerObjectList>(this, /*AOwnsObjects=*/true);
+  FOwnListOnDemand = !FCreatedObjs;
   FArrIdx = -1;
   ClearMember();
   FetchInstanceHelper();
@@ -199,7 +198,13 @@ void TLxDeserializer::ClearMember() noexcept {
 void TLxDeserializer::SetParent(TLxCustomSerializer* AParent) {
   TLxCustomSerializer::SetParent(AParent);
   if (TLxDeserializer* Parent = AsDeserializer(AParent))
-    SetCreatedObjects(Parent->FCreatedObjs);
+    SetCreatedObjects(Parent->CreatedObjects());
+}
+
+TObjectList* TLxDeserializer::CreatedObjects() {
+  if (!FCreatedObjs && FOwnListOnDemand)
+    FCreatedObjs = New<TLxDeserializerObjectList>(this, /*AOwnsObjects=*/true);
+  return FCreatedObjs;
 }
 
 void TLxDeserializer::SetCreatedObjects(TObjectList* AList) {
@@ -211,6 +216,7 @@ void TLxDeserializer::SetCreatedObjects(TObjectList* AList) {
     lorvane::Free(Own);
   }
   FCreatedObjs = AList ? AList : New<TLxDeserializerObjectList>(this, /*AOwnsObjects=*/false);
+  FOwnListOnDemand = false;
 }
 
 bool TLxDeserializer::ReadClassName(UnicodeString& AName) {
@@ -462,7 +468,7 @@ void TLxDeserializer::CreateChildDeserializerIfNeeded(std::u16string_view) {
     TObject* Object = FMemberValue.AsObject();
     UnicodeString ClassName;
     bool NamedClass = false;
-    if (!Object && FCreatedObjs) {
+    if (!Object && CreatedObjects()) {
       const TLxTypeInfo* Type = FMemberTypeInfo;
       NamedClass = ReadClassName(ClassName);
       if (NamedClass)
@@ -480,7 +486,7 @@ void TLxDeserializer::CreateChildDeserializerIfNeeded(std::u16string_view) {
       if (Create && Create->GetParameters().empty()) {
         Object = CreateInstance(Type);
         if (Object) {
-          FCreatedObjs->Add(Object);
+          CreatedObjects()->Add(Object);
           FMemberValue = TValue::Make(&Object, Type->GetHandle());
           StoreMemberValue();
         }

@@ -95,7 +95,7 @@ class TLxDeserializer : public TLxCustomSerializer, public virtual ILxDeserializ
   /// root!").
   void Deserialize(TStream* AStream) override;
 
-  TObjectList* GetCreatedObjects() override { return FCreatedObjs; }
+  TObjectList* GetCreatedObjects() override { return CreatedObjects(); }
   /// The list that collects the objects made during the run: nil gives a list of this
   /// deserializer that doesn't own them; a list from elsewhere is taken and never destroyed here.
   void SetCreatedObjects(TObjectList* AList);
@@ -131,6 +131,11 @@ protected:
   ~TLxDeserializer() override;
 
   TObjectList* FCreatedObjs = nullptr;
+  /// Set by Create: the list of its own that this deserializer owns is made when first asked
+  /// for, as a child takes its parent's list instead.
+  bool FOwnListOnDemand = false;
+  /// FCreatedObjs, made on demand.
+  TObjectList* CreatedObjects();
   Integer FArrIdx = -1;
   IPtr<ILxDeserializerHelper> FIHelper;
   TLxDeserializerHelper* FCHelper = nullptr;
