@@ -1,5 +1,6 @@
 // UTF-16 big-endian JSON: named by its code page or by its byte order mark, it gives the events
-// and the tree that the same text gives in UTF-16 little endian, read in place or in pieces.
+// and the tree that the same text gives in UTF-16 little endian, read in place or in pieces, and
+// a tree writes itself in it.
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
@@ -61,6 +62,11 @@ TEST_F(JSONBigEndian, ADocumentLoadsFromBytesBehindTheMark) {
   TOwned<TLxJSONDocument> Big(New<TLxJSONDocument>());
   Big->LoadFromStream(Stream.get());
   EXPECT_EQ(StringToUTF8(Big->GetAsJSON()), StringToUTF8(Little->GetAsJSON()));
+  // And written in 1201 as any code page is: the same text, in that byte order.
+  TOwned<TMemoryStream> Out(New<TMemoryStream>());
+  Big->SaveToStream(Out.get(), /*AFormatted=*/false, CP_UTF16BE, /*AWriteBOM=*/false);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(Out->Memory()), std::size_t(Out->GetSize())),
+            BigEndian(Little->GetAsJSON()));
 }
 
 } // namespace
