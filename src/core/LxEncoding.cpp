@@ -46,6 +46,10 @@ Word LxGetCodePage(TStream* AStream) {
     AStream->SetPosition(Start + 2);
     return CP_UTF16LE;
   }
+  if (Got >= 2 && std::equal(cLxUTF16BE.begin(), cLxUTF16BE.end(), Mark)) {
+    AStream->SetPosition(Start + 2);
+    return CP_UTF16BE;
+  }
   AStream->SetPosition(Start);
   return 0;
 }

@@ -48,7 +48,8 @@ TLxTextParser::TLxTextParser(TStream* ASourceStream, bool AStreamOwner, Word ASt
     Memory = Own->Memory();
   else if (auto* Platform = dynamic_cast<TMemoryStream*>(ASourceStream))
     Memory = Platform->Memory();
-  if (Memory) {
+  // Big-endian UTF-16 is turned around as it is read, so it can't be read in place.
+  if (Memory && AStreamCodePage != CP_UTF16BE) {
     const Int64 Size = std::max<Int64>(ASourceStream->GetSize(), FStreamStart);
     FData = FCur = Memory + FStreamStart;
     FEnd = Memory + Size;
@@ -59,12 +60,33 @@ TLxTextParser::TLxTextParser(TStream* ASourceStream, bool AStreamOwner, Word ASt
 
 TLxTextParser::TLxTextParser(const void* AAddress, Int64 ASize, Word ACodePage)
     : FData(static_cast<const Byte*>(AAddress)), FCur(FData), FEnd(FData + (FData ? ASize : 0)) {
+  if (ACodePage == CP_UTF16BE && FData) {
+    // Read in blocks, which are turned into little endian; the caller's block stays as it is.
+    FStream = New<TLxMemoryStream>(AAddress, ASize);
+    FStreamOwner = true;
+    FSourceDone = false;
+    FData = FCur = FEnd = nullptr;
+  }
   InitSource(ACodePage);
 }
 
 void TLxTextParser::InitSource(Word ACodePage) {
-  SetContentCodePage(ACodePage);
-  SetCharacterSetType(ACodePage == CP_UTF16LE ? csWide : ACodePage == CP_UTF8 ? csUTF8 : csAnsi);
+  FSwapUnits = ACodePage == CP_UTF16BE;
+  const Word CodePage = FSwapUnits ? CP_UTF16LE : ACodePage;
+  SetContentCodePage(CodePage);
+  SetCharacterSetType(CodePage == CP_UTF16LE ? csWide : CodePage == CP_UTF8 ? csUTF8 : csAnsi);
+}
+
+void TLxTextParser::SwapReadUnits() {
+  // Pairs count from the start of the text; a last byte without its partner waits for the next
+  // block. The parser never reads a unit of which it has one byte only.
+  const Int64 End = Offset(FEnd);
+  Int64 At = FSwappedEnd;
+  for (; At + 1 < End; At += 2) {
+    Byte* Pair = FBuffer.data() + (At - FDataOffset);
+    std::swap(Pair[0], Pair[1]);
+  }
+  FSwappedEnd = At;
 }
 
 TLxTextParser::~TLxTextParser() {
@@ -136,6 +158,8 @@ bool TLxTextParser::Refill() {
   FData = FBuffer.data();
   FEnd = FData + Kept + std::max<Int64>(Got, 0);
   FCur = PtrAt(CursorOffset);
+  if (FSwapUnits)
+    SwapReadUnits();
   if (Got <= 0) {
     FSourceDone = true;
     return false;
@@ -165,6 +189,7 @@ void TLxTextParser::First() {
   if (FStream->Seek(FStreamStart, soBeginning) != FStreamStart)
     throw EReadError(u"The stream can't return to the start of the text");
   FDataOffset = 0;
+  FSwappedEnd = 0;
   FData = FCur = FEnd = FBuffer.data();
   FSourceDone = false;
 }

@@ -66,6 +66,11 @@ TLxDOMDocument* TLxDOMDocument::CreateFromStream(TStream* AStream, Word AStreamC
   return Document.release();
 }
 
+TLxDOMDocument* TLxDOMDocument::CreateFromJSON(const UnicodeString& AJSON) {
+  TOwned<TLxStringStream> Stream(New<TLxStringStream>(std::u16string_view(AJSON)));
+  return CreateFromStream(Stream.get(), Stream->GetCodePage());
+}
+
 TLxDOMObjectImpl* TLxDOMDocument::CreateDOMImpl(TLxDOMObject* ADOMObject) {
   return New<TLxDOMDocumentImpl>(static_cast<TLxDOMDocument*>(ADOMObject));
 }

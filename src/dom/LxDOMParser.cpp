@@ -21,12 +21,11 @@ HRESULT TLxDOMParser::QueryInterface(const TGUID& AIID, void** AObj) {
 }
 
 void TLxDOMParser::Parse(TStream* AStream, Word AStreamCodePage) {
-  if (PeekFirstSignificantChar(AStream, AStreamCodePage) != u'<')
-    throw ELxXMLParseError(UnicodeString(cSAXParserJSONNotSupported),
-                           cSAXParserErrJSONNotSupported);
-  auto* Reader = New<TLxSAXXMLReader>();
+  TLxSAXReader* Reader = LxNewSAXReaderFor(PeekFirstSignificantChar(AStream, AStreamCodePage));
   FReader = Reader;
-  Reader->SetSingleRoot(FDOMNode->GetNodeType() == ntDocument);
+  // A document takes one root; an element that loads a fragment takes several.
+  if (auto* XML = dynamic_cast<TLxSAXXMLReader*>(Reader))
+    XML->SetSingleRoot(FDOMNode->GetNodeType() == ntDocument);
   Reader->SetErrorHandler(this);
   Reader->SetLexicalHandler(this);
   Reader->SetContentHandler(this);

@@ -4,6 +4,7 @@
 #include "lorvane/core/LxEncoding.h"
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
+#include "lorvane/sax/LxSAXJSONReader.h"
 
 #include <algorithm>
 
@@ -18,7 +19,8 @@ TLxSAXParser::~TLxSAXParser() {
 
 char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage) {
   // A character is read byte by byte, since a stream may hand out fewer bytes than asked for.
-  const Int64 Width = AStreamCodePage == CP_UTF16LE ? 2 : 1;
+  const bool BigEndian = AStreamCodePage == CP_UTF16BE;
+  const Int64 Width = AStreamCodePage == CP_UTF16LE || BigEndian ? 2 : 1;
   for (;;) {
     Byte Bytes[2] = {0, 0};
     Int64 Got = 0;
@@ -26,12 +28,19 @@ char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage) {
       ++Got;
     if (Got == 0)
       return 0;
-    const auto Char = static_cast<char16_t>(Bytes[0] | (Bytes[1] << 8));
+    const auto Char =
+        static_cast<char16_t>(BigEndian ? (Bytes[0] << 8) | Bytes[1] : Bytes[0] | (Bytes[1] << 8));
     if (Char > 0x20) {
       AStream->SetPosition(std::max<Int64>(0, AStream->GetPosition() - Got));
       return Char;
     }
   }
+}
+
+TLxSAXReader* LxNewSAXReaderFor(char16_t AFirst) {
+  if (AFirst == u'<')
+    return New<TLxSAXXMLReader>();
+  return New<TLxSAXJSONReader>();
 }
 
 HRESULT TLxSAXParser::QueryInterface(const TGUID& AIID, void** AObj) {
@@ -53,10 +62,6 @@ void TLxSAXParser::ParseStream(TStream* AStream, Word AStreamCodePage,
                                const LxXMLString& APublicID) {
   FireStart();
   const char16_t First = PeekFirstSignificantChar(AStream, AStreamCodePage);
-  if (First != u'<')
-    throw ELxXMLParseError(UnicodeString(cSAXParserJSONNotSupported),
-                           cSAXParserErrJSONNotSupported);
-
   {
     // A handler that starts a parse of its own on this component gets a reader of its own; the
     // outer parse finds its reader in place when the inner one returns.
@@ -65,7 +70,7 @@ void TLxSAXParser::ParseStream(TStream* AStream, Word AStreamCodePage,
       TLxSAXReader* Value;
       ~TRestore() { Field = Value; }
     } Restore{FReader, FReader};
-    TOwned<TLxSAXXMLReader> Reader(New<TLxSAXXMLReader>());
+    TOwned<TLxSAXReader> Reader(LxNewSAXReaderFor(First));
     FReader = Reader.get();
     Reader->SetErrorHandler(this);
     Reader->SetLexicalHandler(this);

@@ -44,7 +44,8 @@ TEST(LxGetCodePage, TakesAMarkOrLeavesThePositionAlone) {
       {"\xEF\xBB\xBF<a/>", 0, 65001, 3},
       {"\xFF\xFE", 0, 1200, 2},
       {std::string("\xFF\xFE<\0", 4), 0, 1200, 2},
-      {std::string("\xFE\xFF\0<", 4), 0, 0, 0}, // big endian UTF-16 is no mark here
+      {std::string("\xFE\xFF\0<", 4), 0, 1201, 2},
+      {"\xFE", 0, 0, 0},
       {"\xEF\xBB<a/>", 0, 0, 0},
       {"<a/>", 0, 0, 0},
       {"ab\xEF\xBB\xBFx", 2, 65001, 5}, // the mark is looked for where the stream stands

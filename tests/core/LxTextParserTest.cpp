@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -264,6 +265,34 @@ TEST_P(TextParser, PositionsAndPlacesCompareAsTheCursorMoves) {
   EXPECT_EQ(P->GetPosition(), 1);
   EXPECT_EQ(P->Selected(tpCurrent, tpNext, false), u"y");
   EXPECT_EQ(P->Selected(tpNext, tpCurrent, false), u"") << "a reversed range is empty";
+}
+
+TEST_P(TextParser, BigEndianUTF16ReadsAsLittleEndian) {
+  // Long enough that blocks are dropped under the cursor and First must read the start again;
+  // pairs, line ends and an odd byte at the end on every block boundary the chunks make.
+  std::u16string Text;
+  for (int I = 0; Text.size() < 70000; ++I)
+    Text += u"ab\r\n\u00E9\U0001F600x" + std::u16string(I % 7, u' ');
+  std::string BigEndian;
+  for (char16_t C : Text)
+    BigEndian += {char(C >> 8), char(C & 0xFF)};
+  TLxTextParser* P = Open(BigEndian + "\x41", 1201);
+  EXPECT_EQ(P->GetCharacterSetType(), csWide);
+  EXPECT_EQ(P->GetContentCodePage(), 1200);
+  std::u16string Read;
+  P->SetMark(tpMark1);
+  while (!P->_GetEOF()) {
+    Read += P->CurrCharW(); // a step in UTF-16 is one unit
+    P->MoveNext();
+  }
+  EXPECT_TRUE(Read == Text) << "the odd byte at the end is no character";
+  EXPECT_EQ(P->GetLineNr(), 1 + Int64(std::count(Text.begin(), Text.end(), u'\n')));
+  EXPECT_TRUE(P->Selected(tpMark1, tpCurrent, true) == Text);
+  P->First();
+  EXPECT_EQ(P->CurrCharW(), u'a');
+  P->SkipChars(3);
+  EXPECT_EQ(P->CurrCharW(), u'\n');
+  EXPECT_EQ(P->PeekString(3), u"\n\u00E9\U0001F600");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sources, TextParser,

@@ -185,9 +185,15 @@ TEST_F(SaxParser, FirstCharacterAboveBlankDecidesTheFormat) {
                 std::string("start\nstartDocument\n") + XmlEvents + "endDocument\nfinished\n")
           << C.Name;
     } else {
-      ExpectParseError([&] { W.Parser->ParseStream(Stream.get(), C.CodePage); }, 13,
-                       u"JSON text can't be read yet: only XML is supported");
-      EXPECT_EQ(W.Transcript, "start\n") << C.Name << ": no other event, OnFatalError neither";
+      // The JSON reader takes the text: it starts the document, then finds its '{' or fails.
+      std::string Outcome = "parsed";
+      try {
+        W.Parser->ParseStream(Stream.get(), C.CodePage);
+      } catch (const ELxJSONParseError& E) {
+        Outcome = "code " + std::to_string(E.ErrorCode());
+      }
+      EXPECT_EQ(W.Transcript.substr(0, 20), "start\nstartDocument\n") << C.Name;
+      EXPECT_EQ(Outcome, std::string(C.Name) == "object" ? "parsed" : "code 2") << C.Name;
     }
   }
 }

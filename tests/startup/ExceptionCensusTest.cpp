@@ -42,6 +42,18 @@ template <class TReader> void ReadJSON(std::string_view AText, Word ACodePage = 
   Reader->ParseBuffer(AText.data(), static_cast<Cardinal>(AText.size()), ACodePage);
 }
 
+/// JSON through the event component, which hands it to the JSON reader for XML consumers.
+void ReadJSONAsXML(std::string_view AText, Word ACodePage = CP_UTF8) {
+  TOwned<TLxSAXParser> Parser(New<TLxSAXParser>());
+  Parser->Parse(RawByteString(AText), ACodePage);
+}
+
+/// A byte string whose encoding the text decides.
+void LoadXMLAnsi(std::string_view AText) {
+  TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
+  Document->LoadFromXML(AnsiString(AText));
+}
+
 void LoadXMLDocument(std::u16string_view AText) {
   TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
   Document->LoadXML(UnicodeString(AText));
@@ -145,6 +157,13 @@ std::vector<HostileCase> MakeCases() {
       {E::JSONReader, F::EncodingNotSupported, "one byte, read as UTF-32",
        [] { ReadJSON<TLxJSONReader>("1", 0); }},
 
+      {E::SAXJSONReader, F::JSONParseError, "a text without an array or object",
+       [] { ReadJSONAsXML("12"); }},
+      {E::SAXJSONReader, F::TextEnded, "a text ending in an object",
+       [] { ReadJSONAsXML("{\"a\":1"); }},
+      {E::SAXJSONReader, F::EncodingNotSupported, "one byte, read as UTF-32",
+       [] { ReadJSONAsXML("[", 0); }},
+
       {E::FormReader, F::TextEnded, "a text ending in a bracket",
        [] { ReadJSON<TLxFormURLEncodedJSONReader>("a[x"); }},
       {E::FormReader, F::ConvertError, "bad hex digits",
@@ -160,8 +179,8 @@ std::vector<HostileCase> MakeCases() {
        [] { LoadXMLDocument(u"<a b='1'"); }},
       {E::XMLDocumentLoad, F::EncodingError, "a declared encoding nobody knows",
        [] { LoadXMLBytes("<?xml version=\"1.0\" encoding=\"]tf-8\"?><a/>"); }},
-      {E::XMLDocumentLoad, F::JSONTextRefused, "a stream with no markup at all",
-       [] { LoadXMLBytes("{}"); }},
+      {E::XMLDocumentLoad, F::EncodingNotSupported, "one byte of JSON, read as UTF-32",
+       [] { LoadXMLAnsi("["); }},
 
       {E::JSONDocumentLoad, F::JSONParseError, "a wrong keyword letter",
        [] { LoadJSONDocument("[tru]", CP_UTF8, false); }},

@@ -22,13 +22,12 @@ namespace lorvane::documented {
 /// One documented failure: an exception class, or for the plain Exception its message (or the
 /// start of it).
 enum class TFailure {
-  XMLParseError,   // ELxXMLParseError
-  JSONTextRefused, // ELxXMLParseError code 13: a loader meets JSON text, which it can't read yet
-  TextEnded,       // ELxTextParserEOF: the text ended inside a construct
-  JSONParseError,  // ELxJSONParseError
-  JSONException,   // ELxJSONException that is no parse error: a tree that can't take it
-  DOMSyntax,       // ELxDomSyntax: the document loader's form of a reader failure
-  ConvertError,    // EConvertError
+  XMLParseError,        // ELxXMLParseError
+  TextEnded,            // ELxTextParserEOF: the text ended inside a construct
+  JSONParseError,       // ELxJSONParseError
+  JSONException,        // ELxJSONException that is no parse error: a tree that can't take it
+  DOMSyntax,            // ELxDomSyntax: the document loader's form of a reader failure
+  ConvertError,         // EConvertError
   EncodingNotSupported, // Exception "The specified encoding is not supported!"
   EncodingError,        // EEncodingError: an encoding the text declares that isn't known
   InvalidObjectType,    // Exception "Invalid objecttype": a form whose keys mix kinds
@@ -55,9 +54,8 @@ enum class TFailure {
 /// Which documented failure AFailure is: the most derived class first, then the plain messages.
 inline TFailure Classify(const std::exception& AFailure) {
   const auto* E = &AFailure;
-  if (const auto* XML = dynamic_cast<const ELxXMLParseError*>(E))
-    return XML->ErrorCode() == cSAXParserErrJSONNotSupported ? TFailure::JSONTextRefused
-                                                             : TFailure::XMLParseError;
+  if (dynamic_cast<const ELxXMLParseError*>(E))
+    return TFailure::XMLParseError;
   if (dynamic_cast<const ELxTextParserEOF*>(E))
     return TFailure::TextEnded;
   if (dynamic_cast<const ELxJSONParseError*>(E))
@@ -127,8 +125,9 @@ inline TFailure Classify(const std::exception& AFailure) {
 enum class TEntry {
   XMLReader,        // TLxSAXXMLReader: Parse, ParseBuffer, ParseStream
   JSONReader,       // TLxJSONReader: Parse, ParseBuffer, ParseStream
+  SAXJSONReader,    // TLxSAXJSONReader, and the event component on JSON text: the same forms
   FormReader,       // TLxFormURLEncodedJSONReader: the same forms
-  XMLDocumentLoad,  // TLxDOMDocument: LoadXML, LoadFromStream
+  XMLDocumentLoad,  // TLxDOMDocument: LoadXML, LoadFromStream, CreateFromJSON (JSON as XML)
   JSONDocumentLoad, // TLxJSONDocument: SetAsJSON, LoadFromStream
   FormDocumentLoad, // TLxJSONDocument::LoadFromStream of a form post
   ValueConversions, // text to value: LxXMLTo<T>, the JSON date forms, StrTo<T>, Base64, code
@@ -153,13 +152,16 @@ inline const TEntryFailures Census[] = {
     {TEntry::JSONReader,
      "JSON reader",
      {TFailure::JSONParseError, TFailure::TextEnded, TFailure::EncodingNotSupported}},
+    {TEntry::SAXJSONReader,
+     "JSON reader for XML consumers",
+     {TFailure::JSONParseError, TFailure::TextEnded, TFailure::EncodingNotSupported}},
     {TEntry::FormReader,
      "form post reader",
      {TFailure::TextEnded, TFailure::ConvertError, TFailure::EncodingNotSupported,
       TFailure::InvalidUTF8, TFailure::BracketExpected}},
     {TEntry::XMLDocumentLoad,
      "XML document load",
-     {TFailure::DOMSyntax, TFailure::JSONTextRefused, TFailure::EncodingError}},
+     {TFailure::DOMSyntax, TFailure::EncodingError, TFailure::EncodingNotSupported}},
     {TEntry::JSONDocumentLoad,
      "JSON document load",
      {TFailure::JSONParseError, TFailure::TextEnded, TFailure::JSONException,

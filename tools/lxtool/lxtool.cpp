@@ -17,8 +17,8 @@ using namespace lorvane;
 namespace {
 
 constexpr char Usage[] =
-    "usage: lxtool events FILE\n"
-    "       lxtool format [--compact] [--json] FILE\n"
+    "usage: lxtool events [--as-xml] FILE\n"
+    "       lxtool format [--compact] [--json] [--as-xml] FILE\n"
     "       lxtool query [--options OPTION,...] FILE PATH\n"
     "\n"
     "events  reads FILE with the event reader of its format and prints one line per event:\n"
@@ -33,18 +33,24 @@ constexpr char Usage[] =
     "        When the text fails, the last line is FatalError, the message, the line and\n"
     "        the column as the reader's locator gives them (-1 when the failure came before\n"
     "        the text was read, such as an unknown encoding, or at the end of a JSON text).\n"
+    "        --as-xml reads JSON as an XML consumer sees it: the XML events of a root element\n"
+    "        \"object\" or \"array\" with members as elements (line and column 0 when the text\n"
+    "        ends inside an object or array); XML is read as without it.\n"
     "\n"
     "format  loads FILE into a document and writes it to stdout in UTF-8 without byte order\n"
     "        mark: indented by default (CR LF line ends, two blanks per level, text left as\n"
     "        it is), on one line with --compact. Nothing is added behind the document's last\n"
-    "        character. A declaration that names another encoding is changed to say UTF-8.\n"
-    "        The file's byte order mark, else its declaration, tells its encoding (UTF-8\n"
-    "        without either). JSON goes into a JSON document and out as JSON text: indented\n"
-    "        by default (CR LF line ends, two blanks per level), on one line with --compact.\n"
+    "        character. A declaration that names another encoding, in either kind of quotes,\n"
+    "        is changed to say encoding=\"UTF-8\".\n"
+    "        The file's byte order mark, else its declaration (in either kind of quotes),\n"
+    "        tells its encoding (UTF-8 without either). JSON goes into a JSON document and\n"
+    "        out as JSON text: indented by default (CR LF line ends, two blanks per level), on\n"
+    "        one line with --compact.\n"
     "        Strings are written with the document's escapes; a member name is kept as read,\n"
     "        escapes and all, so a backslash in it is escaped again. The top of the text must\n"
     "        be an object or array. --json is accepted for JSON input only: XML as JSON\n"
-    "        isn't supported yet.\n"
+    "        isn't supported yet. --as-xml loads JSON into an XML document, as the document\n"
+    "        loader does, and writes that as XML; XML is written as without it.\n"
     "\n"
     "query   loads FILE into a document and prints what PATH selects from it, in the order\n"
     "        selected. An XML FILE (first significant character '<') takes a node path from\n"
@@ -233,7 +239,26 @@ int PrintEvents(TReader* AReader, TPrinter* APrinter, const TFileName& AFileName
   return 0;
 }
 
-int RunEvents(const std::string& AFileName) {
+/// JSON as an XML consumer sees it: the file's byte order mark names its encoding, as the event
+/// component's ParseFile takes it.
+int PrintJSONAsXMLEvents(const TFileName& AFileName) {
+  TOwned<TEventPrinter> Printer(New<TEventPrinter>());
+  TOwned<TLxSAXJSONReader> Reader(New<TLxSAXJSONReader>());
+  Reader->SetContentHandler(Printer.get());
+  Reader->SetErrorHandler(Printer.get());
+  try {
+    TOwned<TFileStream> Stream(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
+    Reader->ParseStream(Stream.get(), LxGetCodePage(Stream.get()));
+  } catch (const Exception& E) {
+    if (!Printer->Failed)
+      Printer->PrintFatalError(E.Message(), Reader->GetLineNr(), Reader->GetColNr());
+    return Fail(StringToUTF8(E.Message()));
+  }
+  std::fflush(stdout);
+  return 0;
+}
+
+int RunEvents(const std::string& AFileName, bool AAsXML) {
   const TFileName FileName = UTF8ToString(AFileName);
   bool IsXML = false;
   try {
@@ -242,6 +267,8 @@ int RunEvents(const std::string& AFileName) {
     return Fail(StringToUTF8(E.Message()));
   }
 
+  if (!IsXML && AAsXML)
+    return PrintJSONAsXMLEvents(FileName);
   if (!IsXML) {
     TOwned<TJSONEventPrinter> Printer(New<TJSONEventPrinter>());
     TOwned<TLxJSONReader> Reader(New<TLxJSONReader>());
@@ -257,22 +284,46 @@ int RunEvents(const std::string& AFileName) {
   return PrintEvents(Reader.get(), Printer.get(), FileName);
 }
 
-/// The output is UTF-8, so a declaration that names another encoding would lie about it.
+/// The output is UTF-8, so a declaration that names another encoding would lie about it. The
+/// name is read here in either kind of quotes, which the document's own reading of it (double
+/// quotes only) doesn't see.
 void DeclareUTF8(TLxDOMDocument* ADocument) {
   const TLxDOMProcessingInstruction* Declaration = ADocument->FindProcessingInstruction(u"xml");
   if (!Declaration)
     return;
-  bool NamesUTF8 = false;
-  try {
-    // A load doesn't read the declared name into the document; setting the declaration's own
-    // data again does. Behind a byte order mark the name wasn't needed, and may be unknown.
-    ADocument->SetProcessingInstruction(u"xml", UnicodeString(Declaration->GetData()));
-    NamesUTF8 = LxCodePage(ADocument->GetEncoding()) == CP_UTF8;
-  } catch (const EEncodingError&) {
-    NamesUTF8 = false; // a name that isn't known
+  const UnicodeString Data(Declaration->GetData());
+  const std::size_t Word = LowerCase(Data).find(u"encoding");
+  if (Word == UnicodeString::npos)
+    return; // no name: the text is UTF-8
+  // encoding, blanks, '=', blanks, then the name in quotes; up to the end when it is cut short.
+  std::size_t At = Word + 8;
+  const auto SkipBlanks = [&] {
+    while (At < Data.size() && Data[At] <= u' ')
+      ++At;
+  };
+  SkipBlanks();
+  if (At < Data.size() && Data[At] == u'=')
+    ++At;
+  SkipBlanks();
+  std::size_t End = Data.size();
+  if (At < Data.size() && (Data[At] == u'"' || Data[At] == u'\'')) {
+    const std::size_t Close = Data.find(Data[At], At + 1);
+    if (Close != UnicodeString::npos) {
+      End = Close + 1;
+      bool NamesUTF8 = false;
+      try {
+        NamesUTF8 = LxCodePage(Trim(Data.substr(At + 1, Close - At - 1))) == CP_UTF8;
+      } catch (const EEncodingError&) {
+        NamesUTF8 = false; // a name that isn't known
+      }
+      if (NamesUTF8)
+        return;
+    }
   }
-  if (!NamesUTF8)
-    ADocument->SetEncoding(u"UTF-8");
+  UnicodeString Fixed = Data.substr(0, Word) + u"encoding=\"UTF-8\"";
+  if (End < Data.size())
+    Fixed += Data.substr(End);
+  ADocument->SetProcessingInstruction(u"xml", Fixed);
 }
 
 /// Writes the output collected in memory to stdout: a failure before leaves stdout empty.
@@ -284,13 +335,48 @@ int WriteOut(TMemoryStream* AOutput) {
   return 0;
 }
 
+/// The code page that a declaration names in single quotes, which the document's detection
+/// (double quotes only) passes over; 0 for a file with a byte order mark, without a declaration,
+/// or with the name in double quotes. The stream is left where it stood.
+Word SingleQuotedEncoding(TStream* AStream) {
+  const Int64 Start = AStream->GetPosition();
+  std::string Head;
+  char Char = 0;
+  while (Head.size() < 1025 && AStream->Read(&Char, 1) == 1) {
+    Head += Char;
+    if (Char == '>')
+      break;
+  }
+  AStream->SetPosition(Start);
+  const std::string Lower = StringToUTF8(LowerCase(UTF8ToString(Head)));
+  if (Lower.rfind("<?xml", 0) != 0)
+    return 0;
+  const std::size_t Word = Lower.find("encoding");
+  if (Word == std::string::npos)
+    return 0;
+  std::size_t At = Lower.find_first_not_of(" \t\r\n", Word + 8);
+  if (At == std::string::npos || Lower[At] != '=')
+    return 0;
+  At = Lower.find_first_not_of(" \t\r\n", At + 1);
+  if (At == std::string::npos || Lower[At] != '\'')
+    return 0;
+  const std::size_t Close = Lower.find('\'', At + 1);
+  if (Close == std::string::npos)
+    return 0;
+  return LxCodePage(Trim(UTF8ToString(Head.substr(At + 1, Close - At - 1))));
+}
+
+/// Loads the file into an XML document, XML or JSON alike, and writes it as XML.
 int RunFormatXML(const TFileName& AFileName, bool AFormatted) {
   TOwned<TMemoryStream> Output(New<TMemoryStream>());
   try {
     TOwned<TLxDOMDocument> Document(New<TLxDOMDocument>());
     {
       TOwned<TFileStream> Input(New<TFileStream>(AFileName, fmOpenRead | fmShareDenyWrite));
-      Document->LoadFromStream(Input.get());
+      if (const Word Declared = SingleQuotedEncoding(Input.get()); Declared != 0)
+        Document->LoadFromStream(Input.get(), Declared);
+      else
+        Document->LoadFromStream(Input.get());
     }
     DeclareUTF8(Document.get());
     // Into memory first: the writer reads back what it wrote.
@@ -320,16 +406,18 @@ int Misuse(const char* AMessage = nullptr) {
   return 2;
 }
 
-/// `format [--compact] [--json] FILE`, the options before or behind the file; AArgs follow the
-/// command.
+/// `format [--compact] [--json] [--as-xml] FILE`, the options before or behind the file; AArgs
+/// follow the command.
 int Format(const std::vector<std::string_view>& AArgs) {
-  bool Compact = false, AsJSON = false;
+  bool Compact = false, AsJSON = false, AsXML = false;
   std::string_view FileName;
   for (std::string_view Arg : AArgs) {
     if (Arg == "--compact")
       Compact = true;
     else if (Arg == "--json")
       AsJSON = true;
+    else if (Arg == "--as-xml")
+      AsXML = true;
     else if (Arg.starts_with("--") || !FileName.empty())
       return Misuse();
     else
@@ -344,10 +432,13 @@ int Format(const std::vector<std::string_view>& AArgs) {
   } catch (const Exception& E) {
     return Fail(StringToUTF8(E.Message()));
   }
-  if (!IsXML)
+  if (AsJSON && AsXML)
+    return Misuse("format takes --json or --as-xml, not both");
+  if (!IsXML && !AsXML)
     return RunFormatJSON(Name, !Compact);
   if (AsJSON)
     return Misuse("format --json is not supported yet for XML input");
+  // XML, or JSON that the document loader reads into an XML tree.
   return RunFormatXML(Name, !Compact);
 }
 
@@ -462,7 +553,9 @@ int main(int argc, char** argv) {
   }
   try {
     if (argc == 3 && Command == "events")
-      return RunEvents(argv[2]);
+      return RunEvents(argv[2], /*AAsXML=*/false);
+    if (argc == 4 && Command == "events" && std::string_view(argv[2]) == "--as-xml")
+      return RunEvents(argv[3], /*AAsXML=*/true);
     if (Command == "format")
       return Format(std::vector<std::string_view>(argv + 2, argv + argc));
     if (Command == "query")

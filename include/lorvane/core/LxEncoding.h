@@ -1,5 +1,5 @@
 /// Text encodings of the core:
-///   cLxUTF8, cLxUTF16LE        the byte order marks that output paths write
+///   cLxUTF8, cLxUTF16LE, cLxUTF16BE  the byte order marks that output paths write
 ///   _SEncodingNotSupported     the message for an encoding that can't be read
 ///   TLxEncoding                UTF-16 to and from bytes in a code page
 ///   LxGetCodePage, LxCodePage  code page of a byte order mark, of a name, and a code page's name
@@ -16,6 +16,7 @@ namespace lorvane {
 
 inline constexpr std::array<Byte, 3> cLxUTF8{0xEF, 0xBB, 0xBF};
 inline constexpr std::array<Byte, 2> cLxUTF16LE{0xFF, 0xFE};
+inline constexpr std::array<Byte, 2> cLxUTF16BE{0xFE, 0xFF};
 
 inline constexpr char16_t _SEncodingNotSupported[] = u"The specified encoding is not supported!";
 
@@ -34,10 +35,10 @@ public:
   static UnicodeString ConvertA(std::string_view AText);
 };
 
-/// Reads a byte order mark at the stream's position: EF BB BF gives 65001 and FF FE gives 1200,
-/// and the stream then stands behind the mark. Anything else (FE FF of UTF-16 big endian too,
-/// which no reader of the library reads) gives 0 and leaves the position as it was, also on an
-/// empty stream or one that ends within the first bytes of a mark.
+/// Reads a byte order mark at the stream's position: EF BB BF gives 65001, FF FE gives 1200 and
+/// FE FF 1201 (UTF-16 big endian, which the text cursor reads by turning it into 1200 block by
+/// block), and the stream then stands behind the mark. Anything else gives 0 and leaves the
+/// position as it was, also on an empty stream or one that ends within the first bytes of a mark.
 Word LxGetCodePage(TStream* AStream);
 
 /// The code page of an encoding name as XML declarations write it ("UTF-8", "ISO-8859-1",

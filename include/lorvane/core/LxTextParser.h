@@ -46,6 +46,9 @@ using TLxTextParserPos = Int64;
 /// column counts characters: bytes in csAnsi, code points in csUTF8 and csWide (a surrogate pair
 /// is one column; a byte that starts no valid UTF-8 sequence is one column).
 ///
+/// Code page 1201 (UTF-16 big endian) is read as 1200: each block is turned into little endian
+/// as it is read, so such a source is never read in place, and the parser's code page is 1200.
+///
 /// A memory stream (TLxMemoryStream, TMemoryStream) is read in place, from its position at
 /// construction to its size then; it must not change while the parser lives. Other stream
 /// sources are read in blocks from the stream's position at construction on. Only the
@@ -237,6 +240,8 @@ private:
   void SkipWideNotEqual(WideChar AChar);
   void SkipUTF8Decoded(TLxTextParserSkipOp AOperator, char32_t AChar);
   void InitSource(Word ACodePage);
+  /// Turns the units read last from big endian into little endian (code page 1201).
+  void SwapReadUnits();
 
   Int64 Offset(const Byte* APtr) const noexcept { return FDataOffset + (APtr - FData); }
   const Byte* PtrAt(Int64 AOffset) const noexcept { return FData + (AOffset - FDataOffset); }
@@ -260,6 +265,8 @@ private:
   bool FStreamOwner = false;
   bool FSourceDone = true;
   Int64 FStreamStart = 0;
+  bool FSwapUnits = false; // a 1201 source, read as 1200
+  Int64 FSwappedEnd = 0;   // offset up to which read units are turned around
 
   TLxCharacterSetType FCharSet = csAnsi;
   std::ptrdiff_t FUnitSize = 1;

@@ -16,6 +16,9 @@ class TLxDOMDocument : public TLxDOMNode {
   static TLxDOMDocument* CreateFromFile(const TFileName& AFilename, Word AMode);
   static TLxDOMDocument* CreateFromXML(const UnicodeString& AXML);
   static TLxDOMDocument* CreateFromStream(TStream* AStream, Word AStreamCodePage);
+  /// JSON text as an XML tree (see TLxSAXJSONReader for its shape): root "object" or "array",
+  /// members as elements, simple values with xsd:type or xsi:nil and their raw text.
+  static TLxDOMDocument* CreateFromJSON(const UnicodeString& AJSON);
 
   TLxDOMObjectImpl* CreateDOMImpl(TLxDOMObject* ADOMObject) override;
   bool GetCaseSensitive() override;

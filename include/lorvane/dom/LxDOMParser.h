@@ -28,9 +28,9 @@ class TLxDOMParser : public TComponent,
   Integer _Release() override { return -1; }
 
   /// Reads from the stream's position: '<' as the first character above U+0020 means XML (one
-  /// root for a document, several for an element); anything else is JSON, which the tree can't
-  /// read yet (ELxXMLParseError code 13). A fatal error raises ELxDomSyntax "Line %d, column %d:
-  /// %s" unless OnParseFatalError sets Handled, which lets the reader's exception through.
+  /// root for a document, several for an element); anything else is JSON, read by
+  /// TLxSAXJSONReader into elements. A fatal error raises ELxDomSyntax "Line %d, column %d: %s"
+  /// unless OnParseFatalError sets Handled, which lets the reader's exception through.
   void Parse(TStream* AStream, Word AStreamCodePage);
 
   const TLxDOMParseError& GetOnParseWarning() const noexcept { return FOnParseWarning; }

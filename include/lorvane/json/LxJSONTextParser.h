@@ -14,7 +14,8 @@ using TLxJSONTextParserSkipFunc = void (TLxJSONTextParser::*)(TLxTextParserSkipO
 /// Compare the raw current character with the delimiter at ACharPtr.
 using TLxJSONTextParserCheckFunc = bool (TLxJSONTextParser::*)(const void* ACharPtr, bool ARaise);
 
-/// Encoding decision: code page 1200, 65001 and every multi-byte code page are taken as given.
+/// Encoding decision: code page 1200, 65001, 1201 (UTF-16 big endian, which the text cursor
+/// turns into 1200 as it reads) and every multi-byte code page are taken as given.
 /// A single-byte code page (0 included) is never read as such: the first four bytes decide
 /// between UTF-16 little endian (x 00 x 00) and UTF-8 (anything else); the patterns of UTF-32
 /// and UTF-16 big endian raise Exception "The specified encoding is not supported!" out of the

@@ -36,16 +36,14 @@ using TLxSAXOnEndCDATA = std::function<void(TObject* ASender)>;
 /// No sender: a handler tells parsers apart by the locator, which is valid only during the call.
 using TLxSAXOnError = std::function<void(ILxSAXLocator* ALocator, const LxXMLString& AErrMsg)>;
 
-/// Raised (as ELxXMLParseError) for a text whose first character above U+0020 isn't '<', until
-/// the library reads JSON.
-inline constexpr char16_t cSAXParserJSONNotSupported[] =
-    u"JSON text can't be read yet: only XML is supported";
-inline constexpr Integer cSAXParserErrJSONNotSupported = 13;
-
-/// The first character above U+0020 from the stream's position (2 bytes each for code page 1200,
-/// else 1), read one byte at a time; the stream is left at that character. 0 when the stream ends
-/// first. Readers decide by it between XML ('<') and JSON.
+/// The first character above U+0020 from the stream's position (2 bytes each for code pages 1200
+/// and 1201, in their byte order, else 1), read one byte at a time; the stream is left at that
+/// character. 0 when the stream ends first. Readers decide by it between XML ('<') and JSON.
 char16_t PeekFirstSignificantChar(TStream* AStream, Word AStreamCodePage);
+
+/// The reader for a text whose first character above U+0020 is AFirst: TLxSAXXMLReader for '<',
+/// TLxSAXJSONReader for anything else (0, an empty text, too). The caller frees it.
+TLxSAXReader* LxNewSAXReaderFor(char16_t AFirst);
 
 /// Fires an event for every handler method the reader calls, with this component as sender;
 /// an event left empty costs nothing, and with none assigned a parse only checks the text and
@@ -69,10 +67,11 @@ class TLxSAXParser : public TComponent,
   Integer _Release() override { return -1; }
 
   /// Reads from the stream's position. The first character above U+0020, read one character at
-  /// a time in 2 bytes for code page 1200 and 1 byte otherwise, decides the format: '<' gives
-  /// the XML reader, which then reads the stream from that character on with AStreamCodePage;
-  /// anything else, a byte order mark and an empty stream included, raises ELxXMLParseError
-  /// code 13. A byte order mark is not passed over here: ParseFile does that.
+  /// a time in 2 bytes for code pages 1200 and 1201 and 1 byte otherwise, decides the format:
+  /// '<' gives the XML reader (SingleRoot true), anything else, a byte order mark and an empty
+  /// stream included, the JSON reader (TLxSAXJSONReader); either reads the stream from that
+  /// character on with AStreamCodePage. A byte order mark is not passed over here: ParseFile
+  /// does that.
   void ParseStream(TStream* AStream, Word AStreamCodePage,
                    const LxXMLString& APublicID = LxXMLString());
   /// Opens the file with AMode, passes over a byte order mark and takes its code page (0, the
