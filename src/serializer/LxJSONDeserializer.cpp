@@ -262,8 +262,12 @@ void TLxJSONDeserializer::StartObject() {
 }
 
 void TLxJSONDeserializer::StartArray() {
-  if (FDisabledCnt > 0)
+  // Dropped containers count whatever their kind: the form post reader closes an item's object
+  // with EndArray when its list ends.
+  if (FDisabledCnt > 0) {
+    ++FDisabledCnt;
     return;
+  }
   FCanDeserialize = desYes;
   FArrayStarted = true;
 }
@@ -383,8 +387,10 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
 }
 
 void TLxJSONDeserializer::EndArray() {
-  if (FDisabledCnt > 0)
+  if (FDisabledCnt > 0) {
+    --FDisabledCnt;
     return;
+  }
   if (FParent) {
     DeserializeEndType();
     HandBack();

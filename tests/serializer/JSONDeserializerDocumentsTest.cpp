@@ -357,6 +357,20 @@ TEST_F(JSONDeserializerDocuments, AnItemThatStartsWithABracketIsNoArrayWrittenAs
   EXPECT_EQ(FormAsString->Count, 1);
 }
 
+// A form starts an item's object only behind the pair that could name its class, so the items of
+// a list of objects get no instance; the reader closes the last one's object with EndArray, and
+// the members behind the list are read all the same.
+TEST_F(JSONDeserializerDocuments, AFormPostReadsOnBehindAListOfObjectsWithoutInstances) {
+  TOwned<TJsItem> Item(New<TJsItem>());
+  ReadFormInto(Item.get(), "items[0][className]=TJsItem&items[0][count]=9&items[0][numbers][]=1"
+                           "&items[1][count]=8&count=4&note=n");
+  ASSERT_EQ(Item->Items.size(), 2u);
+  EXPECT_EQ(Item->Items[0], nullptr);
+  EXPECT_EQ(Item->Items[1], nullptr);
+  EXPECT_EQ(Item->Count, 4);
+  EXPECT_EQ(Item->Note, u"n");
+}
+
 TEST_F(JSONDeserializerDocuments, AClassNameLongerThanTheLookAheadIsCut) {
   // The name is looked for in the 255 characters from the member's closing quote on: with 236
   // blanks its value is cut after three characters, with 245 the key itself is.

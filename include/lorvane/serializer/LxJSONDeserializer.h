@@ -87,7 +87,8 @@ protected:
   UnicodeString FMemberName;
   UnicodeString FDataType;
   UnicodeString FNamespace;
-  /// While above 0 the events are dropped: an object that no instance takes, counted by depth.
+  /// While above 0 the events are dropped: an object that no instance takes, counted by depth
+  /// in objects and arrays.
   Integer FDisabledCnt = 0;
   bool FOwnsReader = false;
   /// While an array element's object is started: the reader stands behind its "{".
