@@ -195,7 +195,12 @@ TEST_F(FormPostRoundTrip, TheFormWriterSpellsEachShape) {
                               R"("f":[1,2],"g":[{"h":"i"},{"h":"j"}],"k[l]":"","m":{},"n":[]})"),
             "a=x+y%2B%26%3D%25%5B%5D%C3%A9%F0%9F%98%80&b[c]=1.5&b[d][e]=true&f[]=1&f[]=2"
             "&g[0][h]=i&g[1][h]=j&k%5bl%5d=");
-  for (const char* Unspelled : {R"({"a":null})", R"({"a":[[1]]})", R"({"a":[{},{"b":1}]})"})
+  // Below the root a list of objects, and the object around it, go last.
+  EXPECT_EQ(TFormWriter::Form(R"({"a":{"l":[{"x":1}],"b":2},"c":[{"y":3}],"d":4})"),
+            "a[b]=2&a[l][0][x]=1&c[0][y]=3&d=4");
+  EXPECT_EQ(TFormWriter::Form(R"({"a":{"o":{"l":[{"x":1}]},"b":2}})"), "a[b]=2&a[o][l][0][x]=1");
+  for (const char* Unspelled : {R"({"a":null})", R"({"a":[[1]]})", R"({"a":[{},{"b":1}]})",
+                                R"({"a":{"l":[{"x":1}],"m":[{"x":2}]}})"})
     EXPECT_THROW(TFormWriter::Form(Unspelled), ENoFormSpelling) << Unspelled;
 }
 
