@@ -262,9 +262,14 @@ void TLxJSONDeserializer::StartObject() {
 }
 
 void TLxJSONDeserializer::StartArray() {
-  if (FDisabledCnt > 0)
+  // Dropped containers count whatever their kind: the form post reader closes an item's object
+  // with EndArray when its list ends.
+  if (FDisabledCnt > 0) {
+    ++FDisabledCnt;
     return;
+  }
   FCanDeserialize = desYes;
+  FArrayStarted = true;
 }
 
 void TLxJSONDeserializer::StartMember(const LxJSONString& AName) {
@@ -293,7 +298,9 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
       InitializeArrayElement(u"", FMemberName);
       FCanDeserialize = desIgnore;
     } else {
-      if (!IsBlankOrBracket(AValue))
+      // Blanks and brackets alone, as a member's whole value, are an empty array written as a
+      // string; behind the array's start they are an element's text.
+      if (FArrayStarted || !IsBlankOrBracket(AValue))
         InitializeArrayElement(u"", FMemberName);
       FCanDeserialize = desYes;
     }
@@ -303,9 +310,10 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
   const TLxTypeKind Kind = FInstanceTypeInfo ? FInstanceTypeInfo->GetTypeKind() : ltkUnknown;
   if (FInstancePtr && FInstanceTypeInfo && FMemberName.empty()) {
     if (LxIsArrayKind(Kind)) {
-      // An array written as a string, read into the parent's member this array is.
+      // An array written as a string, read into the parent's member this array is. Behind the
+      // array's own start a value is an element, which may start with "[" as any text may.
       auto* Parent = dynamic_cast<TLxJSONDeserializer*>(FParent);
-      if (Parent && Parent->FInstanceTypeInfo != FInstanceTypeInfo &&
+      if (!FArrayStarted && Parent && Parent->FInstanceTypeInfo != FInstanceTypeInfo &&
           Parent->FMemberTypeInfo == FInstanceTypeInfo && !AValue.empty() &&
           AValue.front() == u'[') {
         const TValue Read = LxDeserialize(ldsJSON, Parent->FMemberValue, StringToUTF8(AValue));
@@ -379,8 +387,10 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
 }
 
 void TLxJSONDeserializer::EndArray() {
-  if (FDisabledCnt > 0)
+  if (FDisabledCnt > 0) {
+    --FDisabledCnt;
     return;
+  }
   if (FParent) {
     DeserializeEndType();
     HandBack();

@@ -331,6 +331,46 @@ TEST_F(JSONDeserializerDocuments, ArraysOfValuesRecordsAndObjects) {
   EXPECT_EQ(Item->Count, 4);
 }
 
+// An item that starts with "[", or holds only brackets and blanks, is a text like any other;
+// only a member's whole value written as a string that starts with "[" is the array itself.
+TEST_F(JSONDeserializerDocuments, AnItemThatStartsWithABracketIsNoArrayWrittenAsAString) {
+  const std::vector<UnicodeString> Words{u"]", u"x", u"[1]", u"[\"a\"]", u"[ ]", u"[>", u" "};
+  TOwned<TJsItem> FromJSON(New<TJsItem>());
+  ReadInto(FromJSON.get(), R"({"words":["]","x","[1]","[\"a\"]","[ ]","[>"," "],"count":3})");
+  TOwned<TJsItem> FromForm(New<TJsItem>());
+  ReadFormInto(FromForm.get(), "words[]=%5D&words[]=x&words[]=%5B1%5D&words[]=%5B%22a%22%5D"
+                               "&words[]=%5B+%5D&words[]=%5B%3E&words[]=+&count=3");
+  for (const TJsItem* Item : {FromJSON.get(), FromForm.get()}) {
+    EXPECT_EQ(Item->Words, Words);
+    EXPECT_EQ(Item->Count, 3);
+  }
+
+  TOwned<TJsItem> AsString(New<TJsItem>());
+  ReadInto(AsString.get(), R"({"numbers":"[4,5]","words":"[ ]","count":1})");
+  EXPECT_EQ(AsString->Numbers, (std::vector<Integer>{4, 5}));
+  EXPECT_TRUE(AsString->Words.empty());
+  EXPECT_EQ(AsString->Count, 1);
+  TOwned<TJsItem> FormAsString(New<TJsItem>());
+  ReadFormInto(FormAsString.get(), "words=%5B%22p%22%2C%22q%22%5D&numbers=%5B4%2C5%5D&count=1");
+  EXPECT_EQ(FormAsString->Words, (std::vector<UnicodeString>{u"p", u"q"}));
+  EXPECT_EQ(FormAsString->Numbers, (std::vector<Integer>{4, 5}));
+  EXPECT_EQ(FormAsString->Count, 1);
+}
+
+// A form starts an item's object only behind the pair that could name its class, so the items of
+// a list of objects get no instance; the reader closes the last one's object with EndArray, and
+// the members behind the list are read all the same.
+TEST_F(JSONDeserializerDocuments, AFormPostReadsOnBehindAListOfObjectsWithoutInstances) {
+  TOwned<TJsItem> Item(New<TJsItem>());
+  ReadFormInto(Item.get(), "items[0][className]=TJsItem&items[0][count]=9&items[0][numbers][]=1"
+                           "&items[1][count]=8&count=4&note=n");
+  ASSERT_EQ(Item->Items.size(), 2u);
+  EXPECT_EQ(Item->Items[0], nullptr);
+  EXPECT_EQ(Item->Items[1], nullptr);
+  EXPECT_EQ(Item->Count, 4);
+  EXPECT_EQ(Item->Note, u"n");
+}
+
 TEST_F(JSONDeserializerDocuments, AClassNameLongerThanTheLookAheadIsCut) {
   // The name is looked for in the 255 characters from the member's closing quote on: with 236
   // blanks its value is cut after three characters, with 245 the key itself is.

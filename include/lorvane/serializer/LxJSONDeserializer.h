@@ -87,11 +87,15 @@ protected:
   UnicodeString FMemberName;
   UnicodeString FDataType;
   UnicodeString FNamespace;
-  /// While above 0 the events are dropped: an object that no instance takes, counted by depth.
+  /// While above 0 the events are dropped: an object that no instance takes, counted by depth
+  /// in objects and arrays.
   Integer FDisabledCnt = 0;
   bool FOwnsReader = false;
   /// While an array element's object is started: the reader stands behind its "{".
   bool FAtElementObject = false;
+  /// Set once this deserializer's array has started: a value is then one of its elements, never
+  /// the whole array written as a string, whatever brackets it holds.
+  bool FArrayStarted = false;
 
 private:
   void DoValue(TLxJSONDataType AType, const LxJSONString& AValue);
