@@ -269,7 +269,6 @@ void TLxJSONDeserializer::StartArray() {
     return;
   }
   FCanDeserialize = desYes;
-  FArrayStarted = true;
 }
 
 void TLxJSONDeserializer::StartMember(const LxJSONString& AName) {
@@ -298,9 +297,7 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
       InitializeArrayElement(u"", FMemberName);
       FCanDeserialize = desIgnore;
     } else {
-      // Blanks and brackets alone, as a member's whole value, are an empty array written as a
-      // string; behind the array's start they are an element's text.
-      if (FArrayStarted || !IsBlankOrBracket(AValue))
+      if (!IsBlankOrBracket(AValue))
         InitializeArrayElement(u"", FMemberName);
       FCanDeserialize = desYes;
     }
@@ -310,10 +307,9 @@ void TLxJSONDeserializer::DoValue(TLxJSONDataType AType, const LxJSONString& AVa
   const TLxTypeKind Kind = FInstanceTypeInfo ? FInstanceTypeInfo->GetTypeKind() : ltkUnknown;
   if (FInstancePtr && FInstanceTypeInfo && FMemberName.empty()) {
     if (LxIsArrayKind(Kind)) {
-      // An array written as a string, read into the parent's member this array is. Behind the
-      // array's own start a value is an element, which may start with "[" as any text may.
+      // An array written as a string, read into the parent's member this array is.
       auto* Parent = dynamic_cast<TLxJSONDeserializer*>(FParent);
-      if (!FArrayStarted && Parent && Parent->FInstanceTypeInfo != FInstanceTypeInfo &&
+      if (Parent && Parent->FInstanceTypeInfo != FInstanceTypeInfo &&
           Parent->FMemberTypeInfo == FInstanceTypeInfo && !AValue.empty() &&
           AValue.front() == u'[') {
         const TValue Read = LxDeserialize(ldsJSON, Parent->FMemberValue, StringToUTF8(AValue));

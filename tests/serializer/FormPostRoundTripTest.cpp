@@ -164,6 +164,8 @@ TRtNode* ReadForm(const std::string& AText) {
 /// - No control characters in texts: the reader drops them.
 /// - No backslash in a text that starts with "[" or "{": the reader hands such a value on as it
 ///   is, not as JSON string text, and the deserializer decodes its escapes all the same.
+/// - No item of a list of texts that starts with "[" or is only blanks and brackets: the JSON
+///   reader itself takes such an item for the list written as a string, or starts no item.
 /// - Variants hold texts only: every form value is a string, and a Variant keeps the type of the
 ///   JSON value it is read from.
 /// Empty lists and nil members stay: they have no pairs, which reads as what a new object holds.
@@ -176,6 +178,7 @@ TRtShapeLimits FormShapes() {
   Limits.ControlCharacters = false;
   Limits.TypedVariants = false;
   Limits.BracketedBackslashes = false;
+  Limits.BracketedWords = false;
   Limits.MorePieces = {u"+", u"[",   u"]",    u"[x]", u"{",  u"}", u"\\", u"%5B",
                        u"_", u"a=b", u"&c=d", u"#",   u"?/", u";", u"%2", u"%%"};
   return Limits;

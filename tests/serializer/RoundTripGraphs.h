@@ -156,6 +156,10 @@ struct TRtShapeLimits {
   bool TypedVariants = true;
   /// Texts whose first character is "[" or "{" and that hold a backslash.
   bool BracketedBackslashes = true;
+  /// Items of a list of texts that start with "[" or are nothing but blanks and brackets: the
+  /// JSON reader takes the first for the whole list written as a string and starts no item for
+  /// the second.
+  bool BracketedWords = true;
   /// Further pieces that texts are made of.
   std::vector<std::u16string_view> MorePieces;
 };
@@ -198,7 +202,7 @@ public:
     for (TRtPoint& Corner : N.Corners)
       Corner = Point();
     for (unsigned I = Below(4); I > 0; --I)
-      N.Words.push_back(Text());
+      N.Words.push_back(Word());
     for (unsigned I = Below(4); I > 0; --I)
       N.Colors.push_back(static_cast<TRtColor>(Below(3)));
     for (unsigned I = Below(3); I > 0; --I)
@@ -281,6 +285,13 @@ private:
     // Blanks alone are white space between tags, which no reader delivers as text.
     if (!Result.empty() && Result.find_first_not_of(u' ') == UnicodeString::npos)
       Result += u'a';
+    return Result;
+  }
+  UnicodeString Word() {
+    UnicodeString Result = Text();
+    if (!FLimits.BracketedWords && (Result.empty() || Result.front() == u'[' ||
+                                    Result.find_first_not_of(u" []\t\r\n") == UnicodeString::npos))
+      Result.insert(Result.begin(), u'w');
     return Result;
   }
   WideChar Letter() {

@@ -93,9 +93,6 @@ protected:
   bool FOwnsReader = false;
   /// While an array element's object is started: the reader stands behind its "{".
   bool FAtElementObject = false;
-  /// Set once this deserializer's array has started: a value is then one of its elements, never
-  /// the whole array written as a string, whatever brackets it holds.
-  bool FArrayStarted = false;
 
 private:
   void DoValue(TLxJSONDataType AType, const LxJSONString& AValue);
