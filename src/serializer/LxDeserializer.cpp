@@ -286,6 +286,7 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
       return;
     }
   }
+  FRunStart = FCreatedObjs ? FCreatedObjs->GetCount() : 0;
   try {
     if (Worker->FInstancePtr)
       Worker->DeserializeStartType();
@@ -299,15 +300,17 @@ void TLxDeserializer::Deserialize(TStream* AStream) {
   FreeStrandedObjects(/*ASucceeded=*/true);
 }
 
-// A run whose list owns nothing (the graph was to keep the objects) frees what the caller can't
-// reach: after a success, objects that the result no longer refers to (a member read twice, an
-// array shortened by a later text); after a failure, also those made for an array or record not
-// yet written back, and for a value given back only by a run that succeeds, all of them. Of those,
-// only the ones that no other stranded object refers to are freed: the graph frees the rest with
-// them.
+// A run whose list owns nothing (the graph was to keep the objects), its own or a caller's,
+// frees what the caller can't reach of what it made: after a success, objects that the result no
+// longer refers to (a member read twice, an array shortened by a later text); after a failure, also
+// those made for an array or record not yet written back, and for a value given back only by a run
+// that succeeds, all of them. Of those, only the ones that no other stranded object refers to are
+// freed: the graph frees the rest with them.
 void TLxDeserializer::FreeStrandedObjects(bool ASucceeded) {
-  TLxDeserializerObjectList* Own = OwnList();
-  if (!Own || Own->GetOwnsObjects() || Own->GetCount() == 0)
+  // A caller's list that owns nothing says the same as a list of the run's own that owns
+  // nothing; of a caller's list only what this run added is looked at.
+  TObjectList* Own = OwnList() ? OwnList() : FCreatedObjs;
+  if (!Own || Own->GetOwnsObjects() || Own->GetCount() <= FRunStart)
     return;
   const std::unordered_set<TObject*> None;
   TReferenceCleaner Walk(None);
@@ -318,7 +321,7 @@ void TLxDeserializer::FreeStrandedObjects(bool ASucceeded) {
     Walk.Clean(FMemberValue.GetReferenceToRawData(), FMemberValue.LxTypeInfo());
   const bool Walked = InPlace || (ASucceeded && !FMemberValue.GetIsEmpty());
   std::vector<TObject*> Stranded;
-  for (Integer I = 0; I < Own->GetCount(); ++I)
+  for (Integer I = FRunStart; I < Own->GetCount(); ++I)
     if (TObject* Made = Own->GetItems(I); !Walked || !Walk.Reached().contains(Made))
       Stranded.push_back(Made);
   if (ASucceeded && Stranded.empty())

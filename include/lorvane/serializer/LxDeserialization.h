@@ -5,7 +5,10 @@
 /// Objects made during a run for members that were nil go to a list: without ACreatedObjects, a
 /// list of the run that frees them at its end (members that refer to them are set to nil first,
 /// so that nothing points at a freed object); with the address of a nil list, a list that frees
-/// nothing (the object graph owns them); with the address of a list, that list.
+/// nothing (the object graph owns them); with the address of a list, that list. A list that frees
+/// nothing, the run's or the caller's, keeps only what the result reaches: the objects the run
+/// made that it doesn't reach (after a failure, those made for an array or record not yet
+/// stored) leave the list and are freed.
 #pragma once
 
 #include "lorvane/serializer/LxDeserializer.h"

@@ -137,6 +137,8 @@ protected:
   /// FCreatedObjs, made on demand.
   TObjectList* CreatedObjects();
   Integer FArrIdx = -1;
+  /// The count of the created-objects list when the root's run began.
+  Integer FRunStart = 0;
   IPtr<ILxDeserializerHelper> FIHelper;
   TLxDeserializerHelper* FCHelper = nullptr;
   const TLxFieldDescription* FMemberField = nullptr;
