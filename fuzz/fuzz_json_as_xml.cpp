@@ -10,6 +10,7 @@
 #include "lorvane/core/LxStreams.h"
 #include "lorvane/platform/CodePages.h"
 #include "support/DocumentedFailures.h"
+#include "support/TestStreams.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -108,37 +109,6 @@ private:
   unsigned FSum = 0;
 };
 
-/// A stream that hands out at most a few bytes per Read, so that the reader refills its window
-/// in the middle of every kind of token.
-class TPieceStream : public TStream {
-  LX_CLASS(TPieceStream, TStream)
-  TPieceStream(const uint8_t* AData, size_t ASize, size_t APiece)
-      : FData(AData), FSize(ASize), FPiece(APiece) {}
-  Int64 Read(void* ABuffer, Int64 ACount) override {
-    const size_t Count = std::min({static_cast<size_t>(ACount), FPiece, FSize - FPosition});
-    std::memcpy(ABuffer, FData + FPosition, Count);
-    FPosition += Count;
-    return static_cast<Int64>(Count);
-  }
-  Int64 Write(const void*, Int64) override { return 0; }
-  Int64 Seek(Int64 AOffset, TSeekOrigin AOrigin) override {
-    const Int64 Base = AOrigin == soBeginning ? 0
-                       : AOrigin == soCurrent ? Int64(FPosition)
-                                              : Int64(FSize);
-    FPosition = static_cast<size_t>(std::clamp<Int64>(Base + AOffset, 0, Int64(FSize)));
-    return static_cast<Int64>(FPosition);
-  }
-
-protected:
-  ~TPieceStream() override = default;
-
-private:
-  const uint8_t* FData;
-  size_t FSize;
-  size_t FPiece;
-  size_t FPosition = 0;
-};
-
 constexpr Word CodePages[] = {0, CP_UTF8, CP_UTF16LE, CP_UTF16BE, 1252};
 
 std::string SavedXML(TLxDOMDocument* ADocument, bool AFormatted) {
@@ -171,7 +141,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* AData, size_t ASize) {
             [&] { Reader->ParseBuffer(Text, static_cast<Cardinal>(Size), CodePage); });
     Checker->Reset();
     Guarded(TEntry::SAXJSONReader, [&] {
-      TOwned<TPieceStream> Stream(New<TPieceStream>(Text, Size, 1 + (Choice >> 5)));
+      // At most a few bytes per read: the reader refills its window inside every kind of token.
+      TOwned<test::TChunkedStream> Stream(New<test::TChunkedStream>(
+          std::string(reinterpret_cast<const char*>(Text), Size), Int64(1 + (Choice >> 5))));
       Reader->ParseStream(Stream.get(), CodePage);
     });
   }

@@ -526,6 +526,9 @@ void TJSONPathText::Select(TLxJSONBase* AThis, TLxJDOCSelectOptions AOptions,
 }
 
 Integer& TJSONPathDepthGuard::Depth() noexcept {
+  // Per thread, like the node paths' counter: the nesting of the evaluation running on this
+  // thread, which the recursive filter parser and evaluator would otherwise have to pass through
+  // every call.
   thread_local Integer Nesting = 0;
   return Nesting;
 }

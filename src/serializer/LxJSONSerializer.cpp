@@ -40,19 +40,15 @@ public:
   }
   /// Text as UTF-8, unescaped: JSON that is already text (numbers, "null", raw JSON strings).
   TJSONPiece& Raw(std::u16string_view AText) {
-    while (!AText.empty()) {
-      std::size_t Take = std::min(AText.size(), cUnitsPerRound);
-      // A surrogate pair stays in one round.
-      if (Take < AText.size() && AText[Take - 1] >= 0xD800 && AText[Take - 1] <= 0xDBFF)
-        --Take;
-      Reserve(Take * 3);
-      FUsed += utf::EncodeUTF16AsUTF8(AText.data(), Take, FBytes + FUsed);
-      AText.remove_prefix(Take);
-    }
+    utf::ForEachUnitRun(AText, cUnitsPerRound, [this](std::u16string_view ARun) {
+      Reserve(ARun.size() * 3);
+      FUsed += utf::EncodeUTF16AsUTF8(ARun.data(), ARun.size(), FBytes + FUsed);
+    });
     return *this;
   }
   /// The text between a string's quotes.
   TJSONPiece& Escaped(std::u16string_view AText) {
+    // Escapes go unit by unit: a round may end inside a pair.
     while (!AText.empty()) {
       const std::size_t Take = std::min(AText.size(), cUnitsPerRound);
       Reserve(Take * 6);

@@ -84,14 +84,9 @@ void TLxSerializer::Write(std::u16string_view AText) {
   // Through a buffer on the stack: the walk writes many short pieces, none worth a heap string.
   constexpr std::size_t cChunk = 256;
   char Bytes[cChunk * 3];
-  while (!AText.empty()) {
-    std::size_t Take = std::min(AText.size(), cChunk);
-    // A surrogate pair stays in one piece.
-    if (Take < AText.size() && AText[Take - 1] >= 0xD800 && AText[Take - 1] <= 0xDBFF)
-      --Take;
-    Write(std::string_view(Bytes, utf::EncodeUTF16AsUTF8(AText.data(), Take, Bytes)));
-    AText.remove_prefix(Take);
-  }
+  utf::ForEachUnitRun(AText, cChunk, [&](std::u16string_view ARun) {
+    Write(std::string_view(Bytes, utf::EncodeUTF16AsUTF8(ARun.data(), ARun.size(), Bytes)));
+  });
 }
 
 // --- the write operations: nothing in the driver -------------------------------------------------

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace lorvane::utf {
 
@@ -49,5 +50,18 @@ void AppendUTF16AsUTF8(std::string& AOut, const char16_t* AText, std::size_t ALe
 std::size_t UTF8LengthOfUTF16(const char16_t* AText, std::size_t ALength) noexcept;
 /// Writes the UTF-8 of AText to AOut, which has room for 3 bytes per unit; gives the bytes written.
 std::size_t EncodeUTF16AsUTF8(const char16_t* AText, std::size_t ALength, char* AOut) noexcept;
+
+/// Cuts AText into runs of at most AUnits units (AUnits > 1) that split no surrogate pair, and
+/// hands each to ATake: for writers that convert text through a fixed buffer.
+template <class TTake>
+void ForEachUnitRun(std::u16string_view AText, std::size_t AUnits, TTake ATake) {
+  while (!AText.empty()) {
+    std::size_t Take = AText.size() < AUnits ? AText.size() : AUnits;
+    if (Take < AText.size() && AText[Take - 1] >= 0xD800 && AText[Take - 1] <= 0xDBFF)
+      --Take;
+    ATake(std::u16string_view(AText.data(), Take));
+    AText.remove_prefix(Take);
+  }
+}
 
 } // namespace lorvane::utf
